@@ -1,0 +1,284 @@
+// nls.cpp: the message system, see nls.h.
+#include "common/nls/nls.h"
+
+#include <nl_types.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include "common/ut/nfdate.h"
+#include "common/ut/psterm.h"
+#include "common/ut/strutil.h"
+#include "common/ut/trace.h"
+
+namespace {
+
+constexpr int kMessageSet = 1;
+constexpr int kResponseSet = 2;
+constexpr std::size_t kPrefixLength = 3;
+constexpr std::size_t kIdentifierLength = kPrefixLength + 4;
+constexpr const char* kYesNo = "YN";  // for a catalog that lists no letters
+
+const nl_catd kNoCatalog = reinterpret_cast<nl_catd>(-1);
+
+// An entry of the catalog, taken apart.
+struct Entry {
+  enum class State { kGood, kMissing, kCorrupted };
+  int number = -1;
+  State state = State::kMissing;
+  char letter = 'Z';
+  std::string identifier;  // empty for a text that is shown alone
+  std::string text;
+};
+
+class Catalog {
+ public:
+  Catalog() = default;
+  ~Catalog() { close(); }
+  Catalog(const Catalog&) = delete;
+  Catalog& operator=(const Catalog&) = delete;
+
+  void setPrefix(const char* prefix) {
+    ut::ignoreResult(ut::copyText(prefix_, prefix), "a prefix has three letters");
+  }
+
+  bool open(const char* path, std::size_t cacheSize) {
+    close();
+    descriptor_ = ::catopen(path, 0);
+    if (descriptor_ == kNoCatalog) return false;
+    cache_.resize(cacheSize == 0 ? 1 : cacheSize);
+    return true;
+  }
+
+  void close() {
+    if (descriptor_ != kNoCatalog) {
+      ut::ignoreResult(::catclose(descriptor_), "it was only read");
+    }
+    descriptor_ = kNoCatalog;
+    cache_.clear();
+  }
+
+  const Entry& fetch(int number) {
+    if (cache_.empty()) cache_.resize(1);
+    for (const Entry& entry : cache_) {
+      if (entry.number == number) return entry;
+    }
+    Entry& slot = cache_[oldest_++ % cache_.size()];
+    slot = takeApart(number, raw(kMessageSet, number));
+    return slot;
+  }
+
+  std::string responses(int number) const {
+    const char* letters = raw(kResponseSet, number);
+    std::string result = letters == nullptr ? "" : letters;
+    ut::upperCase(result.data());
+    return result.empty() ? kYesNo : result;
+  }
+
+ private:
+  const char* raw(int set, int number) const {
+    if (descriptor_ == kNoCatalog) return nullptr;
+    static const char kNone[] = "";
+    const char* text = ::catgets(descriptor_, set, number, kNone);
+    return text == kNone ? nullptr : text;
+  }
+
+  Entry takeApart(int number, const char* raw) const {
+    Entry entry;
+    entry.number = number;
+    char identifier[24];
+    std::snprintf(identifier, sizeof identifier, "%.3s%04d", prefix_, number);
+    entry.identifier = identifier;
+    entry.letter = 'E';
+    if (raw == nullptr) return entry;
+    entry.state = Entry::State::kCorrupted;
+    const std::size_t length = std::strlen(raw);
+    if (length <= kIdentifierLength || raw[kIdentifierLength] < 'E' ||
+        raw[kIdentifierLength] > 'Z') {
+      return entry;
+    }
+    entry.state = Entry::State::kGood;
+    const char letter = raw[kIdentifierLength];
+    entry.letter = std::strchr("EISWZ", letter) != nullptr ? letter : 'I';
+    if (entry.letter == 'Z') {
+      entry.identifier.clear();
+    } else {
+      entry.identifier.assign(raw, kIdentifierLength + 1);
+    }
+    entry.text = raw + kIdentifierLength + 1;
+    return entry;
+  }
+
+  char prefix_[kPrefixLength + 1] = "";
+  nl_catd descriptor_ = kNoCatalog;
+  std::vector<Entry> cache_;
+  std::size_t oldest_ = 0;
+};
+
+// The one message object. Written by newNlsGlobalObject and destroyNlsGlobalObject only.
+Catalog* catalog = nullptr;
+
+// The message in the code's own words: what is wrong with the entry, and all that the caller had
+// to say.
+std::string substitute(int number, const char* wrong, std::span<const nls::Insert> inserts) {
+  char start[64];
+  std::snprintf(start, sizeof start, "QRB%04dE Message %s", number, wrong);
+  std::string result = start;
+  const char* between = ": ";
+  for (const nls::Insert& insert : inserts) {
+    result += between;
+    const bool text = insert.kind() == nls::Insert::Kind::kText;
+    const bool letter = insert.kind() == nls::Insert::Kind::kCharacter;
+    const bool done = nls::render(text ? "%s" : letter ? "%c" : "%d", {&insert, 1}, result);
+    ut::ignoreResult(done, "the conversion was chosen to fit");
+    between = ", ";
+  }
+  return result;
+}
+
+struct Shown {
+  std::string text;
+  bool ownLine;  // begins with an identifier, so it is a line of its own
+};
+
+Shown compose(int number, std::span<const nls::Insert> inserts) {
+  // Messages 1 and 2 must work without any catalog: everything else is shown through them.
+  const bool noCatalog = catalog == nullptr;
+  const Entry missing;
+  const Entry& entry = noCatalog ? missing : catalog->fetch(number);
+  if (entry.state == Entry::State::kMissing && number <= 2 && inserts.size() == 1 &&
+      inserts[0].kind() == nls::Insert::Kind::kText) {
+    return {std::string(inserts[0].text()) + (number == 2 ? "\n" : ""), false};
+  }
+  if (entry.state == Entry::State::kMissing) {
+    return {substitute(number, "not found in the message catalog", inserts), true};
+  }
+  std::string result = entry.identifier;
+  if (!result.empty()) result += ' ';
+  if (entry.state == Entry::State::kGood && nls::render(entry.text, inserts, result)) {
+    return {result, !entry.identifier.empty()};
+  }
+  return {substitute(number, "corrupted in the message catalog", inserts), true};
+}
+
+bool openIn(const char* directory, const char* name, int cacheSize, nlsReturnInfo* info) {
+  std::string path = directory;
+  if (path.empty() || path.back() != '/') path += '/';
+  path += name;
+  if (!catalog->open(path.c_str(), static_cast<std::size_t>(cacheSize > 0 ? cacheSize : 1))) {
+    return false;
+  }
+  if (info != nullptr) {
+    ut::ignoreResult(ut::copyText(info->catalogPath, path), "only shown");
+  }
+  return true;
+}
+
+}  // namespace
+
+unsigned short newNlsGlobalObject() {
+  if (catalog == nullptr) catalog = new (std::nothrow) Catalog;
+  return catalog == nullptr ? 102 : 0;
+}
+
+void destroyNlsGlobalObject() {
+  delete catalog;
+  catalog = nullptr;
+}
+
+void nlsSetPrefix(const char* prefix) {
+  if (catalog != nullptr) catalog->setPrefix(prefix);
+}
+
+unsigned short nlinit(const char* repository, int cacheSize, const char* directory,
+                      [[maybe_unused]] int clientType, int dateFormat, int timeFormat,
+                      int numberFormat, nlsReturnInfo* info, const char* defaultCatalog) {
+  ut::setRunFormats({dateFormat, timeFormat, numberFormat});
+  if (info != nullptr) *info = {};
+  if (catalog == nullptr) return nls::kCatalogNotOpened;
+  try {
+    if (openIn(directory, repository, cacheSize, info)) return 0;
+    if (!openIn(directory, defaultCatalog, cacheSize, info)) return nls::kCatalogNotOpened;
+    if (info != nullptr) info->usedDefault = 1;
+    TRACE(TR_NLS, " %s: '%s' cannot be opened, using '%s'\n", "nlinit()", repository,
+          defaultCatalog);
+    return 0;
+  } catch (const std::bad_alloc&) {
+    return nls::kCatalogNotOpened;
+  }
+}
+
+void nlterm() {
+  if (catalog != nullptr) catalog->close();
+}
+
+void psNlsGetReposName(const char* language, char* out, std::size_t size) {
+  char name[64] = "";
+  std::size_t used = 0;
+  for (; *language != '\0' && used + 1 < sizeof name; ++language) {
+    const char c = *language;
+    const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+    if (letter || (c >= '0' && c <= '9') || c == '_') name[used++] = c;
+  }
+  name[used] = '\0';
+  ut::upperCase(name);
+  const bool english = used == 0 || std::strncmp(name, "EN", 2) == 0 ||
+                       std::strncmp(name, "AMENG", 5) == 0;
+  for (char* p = name; *p != '\0'; ++p) *p = *p >= 'A' && *p <= 'Z' ? static_cast<char>(*p + 32) : *p;
+  std::snprintf(out, size, english ? "vexo.cat" : "vexo_%s.cat", name);
+}
+
+namespace nls {
+
+std::string format(int number, std::span<const Insert> inserts) {
+  try {
+    return compose(number, inserts).text;
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
+void print(int number, std::span<const Insert> inserts) {
+  try {
+    const Shown shown = compose(number, inserts);
+    std::fwrite(shown.text.data(), 1, shown.text.size(), stdout);
+    if (shown.ownLine) std::fputc('\n', stdout);
+  } catch (const std::bad_alloc&) {
+    std::fputs("QRB2522S Not enough memory.\n", stdout);
+  }
+}
+
+std::string plainText(int number) {
+  try {
+    if (catalog == nullptr) return {};
+    const Entry& entry = catalog->fetch(number);
+    return entry.state == Entry::State::kGood ? entry.text : std::string();
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
+int ask(int question, int mismatch) {
+  try {
+    const std::string letters = catalog == nullptr ? kYesNo : catalog->responses(question);
+    for (;;) {
+      nlprintf(question);
+      std::fflush(stdout);
+      char answer[64];
+      if (ut::readLine(stdin, answer, sizeof answer) == ut::ReadResult::kEnd) return -1;
+      const char* first = answer + std::strspn(answer, " ");
+      char letter[2] = {*first, '\0'};
+      ut::upperCase(letter);
+      const std::size_t place = letter[0] == '\0' ? letters.npos : letters.find(letter[0]);
+      if (place != letters.npos) return static_cast<int>(place);
+      nlprintf(mismatch, letters);
+    }
+  } catch (const std::bad_alloc&) {
+    return -1;
+  }
+}
+
+}  // namespace nls

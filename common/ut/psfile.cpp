@@ -1,0 +1,95 @@
+// psfile.cpp: private files in public directories, see psfile.h.
+#include "common/ut/psfile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <exception>
+#include <random>
+
+#include "common/ut/strutil.h"
+
+namespace {
+
+constexpr int kNameTries = 100;
+constexpr std::size_t kPrefixLength = 5;
+constexpr std::size_t kRandomLength = 6;
+
+std::string tempDirectory() {
+  struct stat entry;
+  const char* wanted = std::getenv("TMPDIR");
+  if (wanted != nullptr && *wanted != '\0' && ::stat(wanted, &entry) == 0 &&
+      S_ISDIR(entry.st_mode)) {
+    return wanted;
+  }
+  return "/tmp";
+}
+
+std::string randomText() {
+  static constexpr std::string_view kLetters =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+  std::random_device source;
+  std::uniform_int_distribution<std::size_t> letter(0, kLetters.size() - 1);
+  std::string text;
+  for (std::size_t i = 0; i < kRandomLength; ++i) text += kLetters[letter(source)];
+  return text;
+}
+
+bool isFree(const std::string& path) {
+  struct stat entry;
+  return ::lstat(path.c_str(), &entry) != 0 && errno == ENOENT;
+}
+
+// A plain file of this user that has no second name elsewhere.
+bool isOurs(int descriptor) {
+  struct stat entry;
+  return ::fstat(descriptor, &entry) == 0 && S_ISREG(entry.st_mode) &&
+         entry.st_uid == ::geteuid() && entry.st_nlink == 1;
+}
+
+}  // namespace
+
+void ut::FileCloser::ignoreClose(std::FILE* file) {
+  ignoreResult(std::fclose(file), "only for files that were read, or given up after an error");
+}
+
+bool ut::closeFile(FilePtr file) {
+  const bool written = std::ferror(file.get()) == 0;
+  return std::fclose(file.release()) == 0 && written;
+}
+
+std::string ut::tempName(std::string_view prefix) {
+  try {
+    std::string start = tempDirectory();
+    if (start.back() != '/') start += '/';
+    start += prefix.substr(0, kPrefixLength);
+    for (int i = 0; i < kNameTries; ++i) {
+      std::string path = start + randomText();
+      if (isFree(path)) return path;
+    }
+  } catch (const std::exception&) {
+    // No memory or no randomness: the caller reports that there is no name.
+  }
+  return {};
+}
+
+ut::FilePtr ut::openPrivateFile(const char* path) {
+  // Without O_TRUNC: what is there is emptied only after it turned out to be ours. O_NONBLOCK so
+  // that a planted pipe cannot hold the program up.
+  const int descriptor = ::open(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
+  if (descriptor < 0) return nullptr;
+  if (!isOurs(descriptor)) {
+    ignoreResult(::close(descriptor), "nothing was written");
+    errno = EEXIST;
+    return nullptr;
+  }
+  std::FILE* file = nullptr;
+  if (::fchmod(descriptor, 0600) == 0 && ::ftruncate(descriptor, 0) == 0) {
+    file = ::fdopen(descriptor, "w+");
+  }
+  if (file == nullptr) ignoreResult(::close(descriptor), "nothing was written");
+  return FilePtr(file);
+}

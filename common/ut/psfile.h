@@ -1,0 +1,42 @@
+// psfile.h: files that hold what nobody else may read, in directories where anybody may write.
+//
+// The SQL script (it holds a password), the spool file and the diagnostic list live in the
+// system's temporary directory. Somebody else may plant a link or a file of his own under a name
+// that he guessed; such an entry is refused, never followed and never truncated.
+#ifndef COMMON_UT_PSFILE_H
+#define COMMON_UT_PSFILE_H
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace ut {
+
+struct FileCloser {
+  void operator()(std::FILE* file) const {
+    if (file != nullptr) ignoreClose(file);
+  }
+  static void ignoreClose(std::FILE* file);
+};
+
+// Owns an open stream. A file that was written is closed by hand with closeFile, so that a full
+// disk is noticed; this closes it on every other way out.
+using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
+
+// Closes a stream and says whether everything that was written to it arrived.
+[[nodiscard]] bool closeFile(FilePtr file);
+
+// A new name in the directory of the environment variable TMPDIR, or in /tmp when that is not set
+// or is no directory: `prefix` (at most 5 characters of it) and six random characters. Nothing
+// exists under the name at that moment; nothing is created. Empty: no such name could be made.
+std::string tempName(std::string_view prefix);
+
+// Opens `path` for reading and writing, empty, as a plain file that only this user can read (mode
+// 0600). A new file is created; an existing one is emptied only if it is a plain file of this
+// user under this one name. Null with errno otherwise (EEXIST when the entry is not acceptable).
+FilePtr openPrivateFile(const char* path);
+
+}  // namespace ut
+
+#endif  // COMMON_UT_PSFILE_H

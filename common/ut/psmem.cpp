@@ -1,0 +1,56 @@
+// psmem.cpp: tracked memory allocation, see psmem.h. Each block carries a header in front of it.
+#include "common/ut/psmem.h"
+
+#include <cstdlib>
+
+#include "common/ut/psmutex.h"
+#include "common/ut/trace.h"
+
+namespace {
+
+struct alignas(std::max_align_t) Header {
+  Header* next;
+  Header* previous;
+  const char* file;
+  std::size_t size;
+  int line;
+};
+
+psMutex_t memoryMutex = {PTHREAD_MUTEX_INITIALIZER};
+Header* firstBlock = nullptr;
+ut::MemoryUse use = {0, 0};
+
+}  // namespace
+
+void* psMalloc(const char* file, int line, std::size_t size) {
+  auto* header = static_cast<Header*>(std::malloc(sizeof(Header) + size));
+  if (header == nullptr) {
+    TRACE(TR_MEM, " %s: no memory for %zu bytes at %s(%d)\n", "psMalloc()", size, file, line);
+    return nullptr;
+  }
+  ut::MutexGuard guard(memoryMutex);
+  *header = {firstBlock, nullptr, file, size, line};
+  if (firstBlock != nullptr) firstBlock->previous = header;
+  firstBlock = header;
+  ++use.blocks;
+  use.bytes += size;
+  return header + 1;
+}
+
+void psFree(const char* file, int line, void* block) {
+  if (block == nullptr) return;
+  Header* header = static_cast<Header*>(block) - 1;
+  TRACE(TR_MEM, " %s: %zu bytes of %s(%d) at %s(%d)\n", "psFree()", header->size, header->file,
+        header->line, file, line);
+  ut::MutexGuard guard(memoryMutex);
+  (header->previous == nullptr ? firstBlock : header->previous->next) = header->next;
+  if (header->next != nullptr) header->next->previous = header->previous;
+  --use.blocks;
+  use.bytes -= header->size;
+  std::free(header);
+}
+
+ut::MemoryUse ut::trackedMemory() {
+  MutexGuard guard(memoryMutex);
+  return use;
+}

@@ -1,0 +1,52 @@
+// psterm.cpp: the terminal, see psterm.h.
+#include "common/ut/psterm.h"
+
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "common/ut/strutil.h"
+
+void psGetScreenSize(int* rows, int* cols) {
+  if (rows == nullptr || cols == nullptr) return;
+  *rows = 23;
+  struct stat output;
+  if (::fstat(STDOUT_FILENO, &output) == 0 &&
+      (S_ISREG(output.st_mode) || S_ISFIFO(output.st_mode))) {
+    *cols = 1024;
+    return;
+  }
+  *cols = 79;
+  struct winsize window;
+  if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) == 0 && window.ws_row > 0 && window.ws_col > 0) {
+    *rows = window.ws_row - 1;
+    *cols = window.ws_col - 1;
+  }
+}
+
+void psClearScrn() {
+  ut::ignoreResult(std::fflush(stdout), "a failed write is seen when the program ends");
+  ut::ignoreResult(std::system("tput clear"), "a screen that is not cleared is still readable");
+}
+
+ut::ReadResult ut::readLine(std::FILE* input, char* buffer, std::size_t size) {
+  std::size_t length = 0;
+  bool cut = false;
+  int c = std::getc(input);
+  if (c == EOF) {
+    std::clearerr(input);  // a terminal can go on after Ctrl-D
+    buffer[0] = '\0';
+    return ReadResult::kEnd;
+  }
+  for (; c != EOF && c != '\n'; c = std::getc(input)) {
+    if (length + 1 < size) {
+      buffer[length++] = static_cast<char>(c);
+    } else {
+      cut = true;
+    }
+  }
+  buffer[length] = '\0';
+  return cut ? ReadResult::kCut : ReadResult::kLine;
+}

@@ -1,0 +1,31 @@
+// psterm.h: the terminal: its size, clearing it, and reading a line from it.
+#ifndef COMMON_UT_PSTERM_H
+#define COMMON_UT_PSTERM_H
+
+#include <cstddef>
+#include <cstdio>
+
+// Usable rows and columns of the terminal on standard output: the window size less 1 each, or 23
+// by 79 when it cannot be asked. A file or a pipe gives 23 by 1024. Does nothing if either pointer
+// is null.
+void psGetScreenSize(int* rows, int* cols);
+
+// Clears the terminal with the external command "tput clear". What stands in standard output's
+// buffer is written first, so that it does not come after the clearing.
+void psClearScrn();
+
+namespace ut {
+
+enum class ReadResult {
+  kLine,  // a whole line
+  kCut,   // a line that was longer than the buffer; its rest was read and dropped
+  kEnd    // end of input, or a read error, before any character
+};
+
+// Reads one line into `buffer` without its line end and terminates it. At most size - 1 bytes are
+// kept, and the rest of a longer line is dropped, so that it cannot pass for the next answer.
+ReadResult readLine(std::FILE* input, char* buffer, std::size_t size);
+
+}  // namespace ut
+
+#endif  // COMMON_UT_PSTERM_H
