@@ -225,9 +225,10 @@ void psNlsGetReposName(const char* language, char* out, std::size_t size) {
   }
   name[used] = '\0';
   ut::upperCase(name);
-  const bool english = used == 0 || std::strncmp(name, "EN", 2) == 0 ||
-                       std::strncmp(name, "AMENG", 5) == 0;
-  for (char* p = name; *p != '\0'; ++p) *p = *p >= 'A' && *p <= 'Z' ? static_cast<char>(*p + 32) : *p;
+  const bool english =
+      used == 0 || std::strncmp(name, "EN", 2) == 0 || std::strncmp(name, "AMENG", 5) == 0;
+  for (char* p = name; *p != '\0'; ++p)
+    *p = *p >= 'A' && *p <= 'Z' ? static_cast<char>(*p + 32) : *p;
   std::snprintf(out, size, english ? "vexo.cat" : "vexo_%s.cat", name);
 }
 

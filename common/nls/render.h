@@ -27,13 +27,14 @@ class Insert {
   Insert(const char* text) : kind_(Kind::kText), text_(text == nullptr ? "" : text) {}
   Insert(std::string_view text) : kind_(Kind::kText), text_(text) {}
   Insert(const std::string& text) : kind_(Kind::kText), text_(text) {}
-  Insert(char character) : kind_(Kind::kCharacter), number_(static_cast<unsigned char>(character)) {}
+  Insert(char character)
+      : kind_(Kind::kCharacter), number_(static_cast<unsigned char>(character)) {}
   template <std::signed_integral T>
-    requires(!std::same_as<T, char>)
-  Insert(T number) : kind_(Kind::kSigned), number_(static_cast<std::uint64_t>(number)) {}
+  requires(!std::same_as<T, char>) Insert(T number)
+      : kind_(Kind::kSigned), number_(static_cast<std::uint64_t>(number)) {}
   template <std::unsigned_integral T>
-    requires(!std::same_as<T, char> && !std::same_as<T, bool>)
-  Insert(T number) : kind_(Kind::kUnsigned), number_(number) {}
+  requires(!std::same_as<T, char> && !std::same_as<T, bool>) Insert(T number)
+      : kind_(Kind::kUnsigned), number_(number) {}
 
   Kind kind() const { return kind_; }
   std::string_view text() const { return text_; }

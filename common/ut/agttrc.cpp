@@ -140,8 +140,8 @@ void VEXCTraceStatement::write(const char* format, ...) {
   }
   va_list arguments;
   va_start(arguments, format);
-  const int more = std::vsnprintf(text + used, sizeof text - static_cast<std::size_t>(used), format,
-                                  arguments);
+  const int more =
+      std::vsnprintf(text + used, sizeof text - static_cast<std::size_t>(used), format, arguments);
   va_end(arguments);
   if (more >= 0) {
     std::size_t length = static_cast<std::size_t>(used) + static_cast<std::size_t>(more);

@@ -64,8 +64,8 @@ unsigned short parseDaysAhead(const char* text, nfDate* date) {
   for (; isDigit(*text) && ahead <= kMostDays; ++text) ahead = ahead * 10 + (*text - '0');
   if (ahead > kMostDays) return ut::kInvalidDate;
   const nfDate today = ut::localNow();
-  const sys_days start = year_month_day(year(static_cast<int>(ut::yearOf(today))),
-                                        month(today.month), day(today.day));
+  const sys_days start =
+      year_month_day(year(static_cast<int>(ut::yearOf(today))), month(today.month), day(today.day));
   const year_month_day result(start + days(ahead));
   if (static_cast<int>(result.year()) > static_cast<int>(kLastYear)) return ut::kInvalidDate;
   *date = ut::makeDate(static_cast<unsigned>(static_cast<int>(result.year())),
@@ -76,8 +76,8 @@ unsigned short parseDaysAhead(const char* text, nfDate* date) {
 // The digits of a number with a separator in front of every group of three but the first.
 void groupDigits(std::uint64_t number, char group, char* out, std::size_t size) {
   char digits[24];
-  const int length = std::snprintf(digits, sizeof digits, "%llu",
-                                   static_cast<unsigned long long>(number));
+  const int length =
+      std::snprintf(digits, sizeof digits, "%llu", static_cast<unsigned long long>(number));
   std::size_t used = 0;
   for (int i = 0; i < length && used + 2 < size; ++i) {
     if (i > 0 && (length - i) % 3 == 0) out[used++] = group;
@@ -128,8 +128,12 @@ unsigned yearOf(const nfDate& date) { return date.year[0] * 256u + date.year[1];
 nfDate makeDate(unsigned year, unsigned month, unsigned day, unsigned hour, unsigned minute,
                 unsigned second) {
   const auto byte = [](unsigned value) { return static_cast<unsigned char>(value); };
-  return {{byte(year / 256), byte(year % 256)}, byte(month),  byte(day), byte(hour),
-          byte(minute),                         byte(second)};
+  return {{byte(year / 256), byte(year % 256)},
+          byte(month),
+          byte(day),
+          byte(hour),
+          byte(minute),
+          byte(second)};
 }
 
 nfDate localNow(unsigned* milliseconds) {

@@ -148,8 +148,8 @@ class TraceFile {
   std::size_t linePrefix(char* out, std::size_t size) const {
     int used = 0;
     const auto add = [&](const char* format, auto... values) {
-      const int more = std::snprintf(out + used, size - static_cast<std::size_t>(used), format,
-                                     values...);
+      const int more =
+          std::snprintf(out + used, size - static_cast<std::size_t>(used), format, values...);
       used += more;
     };
     if (TR_TIMESTAMP) {
@@ -184,7 +184,8 @@ class TraceFile {
 
   bool notePosition() {
     char field[kPositionLength + 1];
-    std::snprintf(field, sizeof field, "%012lld", static_cast<long long>(position_) % 1000000000000);
+    std::snprintf(field, sizeof field, "%012lld",
+                  static_cast<long long>(position_) % 1000000000000);
     return ::pwrite(descriptor_, field, kPositionLength, kMarkLength) ==
            static_cast<ssize_t>(kPositionLength);
   }

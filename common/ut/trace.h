@@ -34,13 +34,13 @@ extern unsigned char TR_ALL;
 #define TRACE(flag, ...) TRACE_AS(flag, __FILE__, __VA_ARGS__)
 
 // The same with a source name of the caller's choice in the line's prefix.
-#define TRACE_AS(flag, source, ...)                       \
-  do {                                                    \
-    if (flag) [[unlikely]] {                              \
-      VEXCTraceStatement traceStatement_;                 \
-      traceStatement_.initStatement((source), __LINE__);  \
-      traceStatement_.write(__VA_ARGS__);                 \
-    }                                                     \
+#define TRACE_AS(flag, source, ...)                      \
+  do {                                                   \
+    if (flag) [[unlikely]] {                             \
+      VEXCTraceStatement traceStatement_;                \
+      traceStatement_.initStatement((source), __LINE__); \
+      traceStatement_.write(__VA_ARGS__);                \
+    }                                                    \
   } while (false)
 
 // Closes the trace file, if one is open. Tracing is off afterwards.

@@ -1,0 +1,48 @@
+// clientdirs.cpp: the storage client's files, see clientdirs.h.
+#include "api/clientdirs.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "common/ut/installdirs.h"
+#include "common/ut/strutil.h"
+
+namespace {
+
+// `text` followed by `suffix`, whole or not at all.
+unsigned short put(char* out, std::size_t size, const char* text, const char* suffix) {
+  const std::size_t length = std::strlen(text);
+  if (length + std::strlen(suffix) < size) {
+    std::memcpy(out, text, length);
+    std::memcpy(out + length, suffix, std::strlen(suffix) + 1);
+    return 0;
+  }
+  ut::ignoreResult(ut::copyText(out, size, ""), "half a path would name another file");
+  return api::kPathTooLong;
+}
+
+const char* environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr && *value != '\0' ? value : nullptr;
+}
+
+unsigned short directory(const char* variable, const char* installed, char* out, std::size_t size) {
+  const char* value = environment(variable);
+  if (value == nullptr) return put(out, size, installed, "");
+  return put(out, size, value, value[std::strlen(value) - 1] == '/' ? "" : "/");
+}
+
+}  // namespace
+
+unsigned short psGetMARLAPIDir(char* out, std::size_t size) {
+  return directory("VLTI_DIR", ut::kApiDir, out, size);
+}
+
+unsigned short psGetMARLAPILog(char* out, std::size_t size) {
+  return directory("VLTI_LOG", ut::kAgentDir, out, size);
+}
+
+unsigned short psGetMARLAPIConfig(char* out, std::size_t size) {
+  const char* value = environment("VLTI_CONFIG");
+  return value != nullptr ? put(out, size, value, "") : put(out, size, ut::kAgentDir, "/vlt.opt");
+}

@@ -1,0 +1,39 @@
+// vltrecords.h: the system's own copies of the library's object records.
+//
+// The agent keeps objects in records of its own, so that a new version of the library's records
+// touches this file only. Texts are copied as they stand.
+#ifndef API_VLTRECORDS_H
+#define API_VLTRECORDS_H
+
+#include "api/vltlib.h"
+
+struct VEXS_vltObjName {
+  char fileSpace[VLT_MAX_FILESPACE + 1];
+  char highLevel[VLT_MAX_HIGHLEVEL + 1];
+  char lowLevel[VLT_MAX_LOWLEVEL + 1];
+  uint8_t objType;
+};
+
+struct VEXS_qryRespBackupData {
+  uint8_t objState;
+  VEXS_vltObjName objName;
+  char owner[VLT_MAX_OWNER + 1];
+  VltWord64 objId;
+  VltDate insDate;
+  VltWord64 sizeEstimate;
+  uint8_t compressType;
+  uint8_t encryptionType;
+  uint8_t clientDeduplicated;
+};
+
+namespace api {
+
+void copyObjName(const VltObjName& from, VEXS_vltObjName* to);
+void copyObjName(const VEXS_vltObjName& from, VltObjName* to);
+void copyResponse(const VltQryRespBackup& from, VEXS_qryRespBackupData* to);
+// Leaves the library record's structVersion as it is.
+void copyResponse(const VEXS_qryRespBackupData& from, VltQryRespBackup* to);
+
+}  // namespace api
+
+#endif  // API_VLTRECORDS_H
