@@ -42,6 +42,12 @@ inline void upperCase(char* text) {
   }
 }
 
+// Overwrites memory that held a secret, in a way that the compiler cannot drop.
+inline void wipe(void* memory, std::size_t size) {
+  volatile unsigned char* bytes = static_cast<unsigned char*>(memory);
+  while (size > 0) bytes[--size] = 0;
+}
+
 // Drops a result on purpose. The reason is for the reader of the call.
 template <typename T>
 void ignoreResult([[maybe_unused]] const T& result, [[maybe_unused]] const char* reason) {}

@@ -1,0 +1,105 @@
+// errormsg.cpp: the agent's error log, see errormsg.h.
+#include "agent/errormsg.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <new>
+#include <string>
+
+#include "agent/orcctx.h"
+#include "agent/parser2.h"
+#include "agent/psutil2.h"
+#include "api/clientdirs.h"
+#include "common/ut/nfdate.h"
+#include "common/ut/psfile.h"
+#include "common/ut/strutil.h"
+
+namespace {
+
+constexpr char kLogName[] = "vexoerror.log";
+constexpr std::size_t kTimeSize = 80;
+
+// The log in `directory` when that can be written, else in the current directory.
+void logIn(const char* directory, char* path) {
+  *path = '\0';
+  if (::access(directory, W_OK) == 0) {
+    const std::size_t length = std::strlen(directory);
+    const char* slash = length > 0 && directory[length - 1] == '/' ? "" : "/";
+    const int wanted = std::snprintf(path, api::kPathSize, "%s%s%s", directory, slash, kLogName);
+    if (wanted < static_cast<int>(api::kPathSize)) return;
+  }
+  ut::ignoreResult(ut::copyText(path, api::kPathSize, kLogName), "made to fit");
+}
+
+void writeAll(int descriptor, const char* text) {
+  std::size_t length = std::strlen(text);
+  while (length > 0) {
+    const ssize_t written = ::write(descriptor, text, length);
+    if (written <= 0) return;
+    text += written;
+    length -= static_cast<std::size_t>(written);
+  }
+}
+
+}  // namespace
+
+void vexoGetCurTime(char* out) {
+  const nfDate now = ut::localNow();
+  std::snprintf(out, kTimeSize, "%s %s", ut::formatDate(now).text, ut::formatTime(now).text);
+}
+
+unsigned short getErrorLog(char* path) {
+  char directory[kOptionSize] = "";
+  const ut::FilePtr options = agent::openOptionFileQuietly(nullptr);
+  if (options == nullptr || vexoGetOption(options.get(), "VLTI_LOG", directory) != 0) {
+    if (psvexoGetVexoDir(directory, sizeof directory) != 0) *directory = '\0';
+  }
+  logIn(directory, path);
+  return 0;
+}
+
+void psWriteError(const char* path, const char* line) {
+  if (*path == '\0') return;
+  const int descriptor = ::open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600);
+  if (descriptor < 0) return;
+  if (::lockf(descriptor, F_LOCK, 0) == 0) {
+    if (::lseek(descriptor, 0, SEEK_END) >= 0) writeAll(descriptor, line);
+    // The lock covers the file from its beginning; the position has moved since.
+    ut::ignoreResult(::lseek(descriptor, 0, SEEK_SET), "closing unlocks in any case");
+    ut::ignoreResult(::lockf(descriptor, F_ULOCK, 0), "closing unlocks in any case");
+  }
+  ut::ignoreResult(::close(descriptor), "a lost line stops nothing");
+}
+
+void vexoErrorMsg(const char* text, int plain) {
+  char time[kTimeSize];
+  vexoGetCurTime(time);
+  char path[api::kPathSize];
+  ut::ignoreResult(getErrorLog(path), "always finds one");
+  try {
+    std::string line = time;
+    if (plain == 0) line += " TID<" + std::to_string(psvexoGetID()) + "> ==>";
+    line += std::string(" ") + text + "\n";
+    psWriteError(path, line.c_str());
+  } catch (const std::bad_alloc&) {
+    psWriteError(path, "QRB2522S Not enough memory.\n");
+  }
+}
+
+void psNonNlsErrorMsg(const char* text) {
+  std::fflush(stdout);
+  std::fprintf(stderr, "%s\n", text);
+  char time[kTimeSize];
+  vexoGetCurTime(time);
+  char directory[kOptionSize] = "";
+  if (psvexoGetVexoDir(directory, sizeof directory) != 0) *directory = '\0';
+  char path[api::kPathSize];
+  logIn(directory, path);
+  const ut::FilePtr log(std::fopen(path, "a+"));
+  if (log == nullptr) return;
+  // Two blanks on each side of the arrow, unlike vexoErrorMsg; tools that read the log know both.
+  std::fprintf(log.get(), "%s TID<%d>  ==>  %s\n", time, psvexoGetID(), text);
+}

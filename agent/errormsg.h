@@ -1,0 +1,29 @@
+// errormsg.h: the agent's error log, vexoerror.log.
+//
+// Lines are appended whole, under a lock on the file, so that several agent processes can share
+// it. A log that cannot be opened or locked loses its line silently: nothing else fails for that.
+#ifndef AGENT_ERRORMSG_H
+#define AGENT_ERRORMSG_H
+
+// Appends `text` as one line, behind the date and time, and behind the process number unless
+// `plain` is not 0:
+//   11/21/2026 03:15:00 TID<4711> ==> text
+void vexoErrorMsg(const char* text, int plain);
+
+// The same before the message system stands, to the log in the installation directory (else in the
+// current directory) and to standard error.
+void psNonNlsErrorMsg(const char* text);
+
+// The path of the error log, at most 1280 bytes with the terminator: in the directory that the
+// options file names with VLTI_LOG, else in the agent's; in the current directory when that one
+// cannot be written. Returns 0.
+unsigned short getErrorLog(char* path);
+
+// Appends a ready line to a file, which is created with mode 0600 if needed. Does nothing for an
+// empty path.
+void psWriteError(const char* path, const char* line);
+
+// The local date and time in the run's formats; `out` has room for 80 bytes.
+void vexoGetCurTime(char* out);
+
+#endif  // AGENT_ERRORMSG_H

@@ -1,0 +1,36 @@
+// password.h: the agent's own password file.
+//
+// The directory is VEXO_PSWDPATH, else the agent's; the file is "VEXO." and the node's name.
+//
+//   offset 0   39 bytes   "Agent for Oracle Backup - Password file"
+//          39  9 bytes a chunk, to the end of the file:
+//                1 byte   "1" to "8": how many bytes of the password the chunk holds
+//                8 bytes  those bytes, padded with zeros, enciphered with the node's key
+//
+// The key is made by the storage client library from the node's name; it is stored nowhere.
+#ifndef AGENT_PASSWORD_H
+#define AGENT_PASSWORD_H
+
+#include "agent/orcctx.h"
+
+// The directory and the whole name of the node's password file; both have room for
+// agent::kPasswordPathSize bytes.
+void psvexoGetFileName(char* dir, char* path, orcObj_t* orc);
+
+// The node's key, two words.
+void psvexoSetKey(unsigned int* key, orcObj_t* orc);
+
+// Reads the node's password, at most 64 characters, into `password` (kPasswordSize bytes). With
+// `renameAfterRead` not 0 the file is then renamed to end in ".save"; a failure of that is shown
+// and logged and changes nothing else. Returns 0 or 168.
+[[nodiscard]] short psvexoReadPswd(char* password, orcObj_t* orc, int renameAfterRead);
+
+// Reads a password file with a key. Returns 0, or 168 when it is missing, no plain file, or cannot
+// be opened. A chunk that the end of the file cuts short ends the reading.
+[[nodiscard]] short psvexoReadPswdFromFile(const char* path, char* password, unsigned int* key);
+
+namespace agent {
+inline constexpr std::size_t kPasswordPathSize = 1152;
+}
+
+#endif  // AGENT_PASSWORD_H

@@ -1,0 +1,213 @@
+// session2.cpp: set-up and logon, see session2.h.
+#include "agent/session2.h"
+
+#include <cstring>
+
+#include "agent/errormsg.h"
+#include "agent/password.h"
+#include "agent/utility2.h"
+#include "api/vltapi.h"
+#include "common/nls/nls.h"
+#include "common/ut/strutil.h"
+#include "common/ut/trace.h"
+
+namespace {
+
+constexpr int kLogonTries = 5;
+constexpr char kGenerate[] = " -PASSWORDACCESS=GENERATE";
+constexpr char kPasswordDir[] = " -PASSWORDDIR=";
+
+// Reports a code of the library in the context and in the error log. Returns the text.
+const char* reportFailure(orcObj_t* orc, int16_t rc) {
+  vexoGetApiMsg(orc->vltHandle, 1, rc, orc->lastErrorMsg);
+  char text[VLT_MAX_RC_TEXT + 1] = "";
+  ut::ignoreResult(gVltApiObjP->dvltRCMsg(VltApiStatusObjP, orc->vltHandle, rc, text),
+                   "then the text is empty");
+  vexoErrorMsg(text, 0);
+  return orc->lastErrorMsg;
+}
+
+int16_t setUpLibrary(orcObj_t* orc, [[maybe_unused]] const char* caller) {
+  VltEnvSetUp record = {};
+  FillEnvSetUp(&record, orc);
+  TRACE(TR_ORCLEVEL2,
+        " %s: Using version %d of envSetUp\n envSetUp.incExlCaseSensitive = FALSE\n"
+        " envSetUp.vltiDir             = '%s'\n envSetUp.vltiConfig          = '%s'\n"
+        " envSetUp.vltiLog             = '%s'\n envSetUp.logName             = '%s'\n",
+        caller, record.structVersion, record.vltiDir, record.vltiConfig, record.vltiLog,
+        record.logName);
+  const int16_t rc = gVltApiObjP->dvltSetUp(VltApiStatusObjP, VLT_MULTITHREAD, &record);
+  if (rc != 0) {
+    ut::ignoreResult(reportFailure(orc, rc), "kept in the context");
+    TRACE(TR_ORCLEVEL0, " %s: Exit - VLTSETUP() failed, rc = %d\n\n", caller, rc);
+    return rc;
+  }
+  orc->apiSetUp = 1;
+  return 0;
+}
+
+void appendOption(orcObj_t* orc, const char* option, const char* value) {
+  if (std::strstr(orc->apiOptions, option) != nullptr) return;
+  ut::ignoreResult(ut::appendText(orc->apiOptions, option), "the options' sizes leave room");
+  ut::ignoreResult(ut::appendText(orc->apiOptions, value), "the options' sizes leave room");
+}
+
+// The password for the logon, and the options that go with it. `password` stays empty where the
+// library keeps it.
+unsigned short preparePassword(orcObj_t* orc, char* password) {
+  static constexpr char kFunction[] = "vexoSession()";
+  if (orc->bUsePwGenerate == 1 && !TEST_LEGACYPWD) {
+    appendOption(orc, kGenerate, "");
+    if (*orc->VEXO_PSWDPATH != '\0') appendOption(orc, kPasswordDir, orc->VEXO_PSWDPATH);
+    if (*orc->legacyPassword != '\0') {
+      ut::ignoreResult(ut::copyText(password, kPasswordSize, orc->legacyPassword), "same size");
+      TRACE(TR_ORCLEVEL2, " %s: Using a password from the legacy file\n", kFunction);
+    }
+  }
+  if (orc->bUsePwGenerate != 0) return 0;
+  const short rc = psvexoReadPswd(password, orc, 0);
+  if (rc == 0) return 0;
+  TRACE(TR_ORCLEVEL0, " %s: Exit psReadPswd() failed. vltHandle = %d, rc = %d\n\n", kFunction,
+        orc->vltHandle, rc);
+  char dir[agent::kPasswordPathSize];
+  char path[agent::kPasswordPathSize];
+  psvexoGetFileName(dir, path, orc);
+  ut::ignoreResult(ut::copyText(orc->lastErrorMsg, nlsprintf(rc, static_cast<const char*>(path))),
+                   "a message is shorter");
+  vexoErrorMsg(orc->lastErrorMsg, 0);
+  return static_cast<unsigned short>(rc);
+}
+
+const char* nullIfEmpty(const char* text) { return *text == '\0' ? nullptr : text; }
+
+// Calls the library's logon until it answers, at most kLogonTries times. The password is wiped
+// whatever comes of it.
+int16_t initSession(orcObj_t* orc, char* password, uint32_t* handle) {
+  static constexpr VltApiVersionEx kBuiltFor = {2, api::kVersion, api::kRelease, api::kLevel,
+                                                api::kSubLevel};
+  VltInitExIn in = {};
+  in.structVersion = 5;
+  in.apiVersion = &kBuiltFor;
+  in.clientNodeName = nullIfEmpty(orc->VEXO_NODE);
+  in.clientOwnerName = nullIfEmpty(orc->VEXO_OWNER);
+  in.clientPassword = password;
+  in.applicationType = api::kApplicationType;
+  in.configFile = orc->VLTI_ORC_CONFIG;
+  in.options = orc->apiOptions;
+  in.clientKind = VLT_CLIENT_KIND_DATABASE_AGENT;
+  VltInitExOut out = {};
+  out.structVersion = 1;
+  int16_t rc = 0;
+  int retry = 0;
+  do {
+    TRACE(TR_ORCLEVEL2,
+          " %s: Calling VLTINITEX(). vltInit() retry = %d, node = %s, owner = %s, rc = %d\n",
+          "vexoSession()", retry, orc->VEXO_NODE, orc->VEXO_OWNER, rc);
+    rc = gVltApiObjP->dvltInitEx(VltApiStatusObjP, handle, &in, &out);
+  } while (rc == VLT_RC_SERVER_UNREACHABLE && ++retry < kLogonTries);
+  ut::wipe(password, kPasswordSize);
+  return rc;
+}
+
+int16_t querySessionOptions(orcObj_t* orc) {
+  static constexpr char kFunction[] = "vexoSession()";
+  VltOptions options = {};
+  options.structVersion = 1;
+  TRACE(TR_ORCLEVEL2, " %s: Calling VLTQUERYSESSOPTIONS(). vltHandle = %d\n", kFunction,
+        orc->vltHandle);
+  const int16_t rc = gVltApiObjP->dvltQuerySessOptions(VltApiStatusObjP, orc->vltHandle, &options);
+  if (rc != 0) {
+    ut::ignoreResult(reportFailure(orc, rc), "kept in the context");
+    TRACE(TR_ORCLEVEL0, " %s: VLTQUERYSESSOPTIONS() failed. vltHandle = %d, rc = %d\n", kFunction,
+          orc->vltHandle, rc);
+    return rc;
+  }
+  TRACE(TR_ORCLEVEL2,
+        " %s: Calling VLTQUERYSESSINFO().\n vltHandle      = %d\n VLTI_CONFIG    = %s\n"
+        " Server Name    = %s\n Server Address = %s\n Node Name      = %s\n"
+        " Compression    = %d\n PW Access      = %d\n\n",
+        kFunction, orc->vltHandle, options.configFile, options.serverName, options.serverAddress,
+        options.nodeName, options.compression, options.passwordAccess);
+  return 0;
+}
+
+int16_t querySessionInfo(orcObj_t* orc) {
+  static constexpr char kFunction[] = "vexoSession()";
+  VltSessInfo info = {};
+  info.structVersion = 1;
+  const int16_t rc = gVltApiObjP->dvltQuerySessInfo(VltApiStatusObjP, orc->vltHandle, &info);
+  if (rc != 0) {
+    ut::ignoreResult(reportFailure(orc, rc), "kept in the context");
+    TRACE(TR_ORCLEVEL0, " Exit %s: VLTQUERYSESSINFO() failed, vltHandle = %d, rc = %d\n\n",
+          kFunction, orc->vltHandle, rc);
+    return rc;
+  }
+  orc->maxObjPerTxn = info.maxObjPerTxn;
+  TRACE(TR_ORCLEVEL2,
+        " %s\n vltHandle         = %d\n Server Host       = %s\n Server Port       = %d\n"
+        " Server Type       = %s\n Server Level      = %d.%d.%d.%d\n Delete Permission = %s\n"
+        " Max Obj Per Txn   = %d\n Domain Name       = %s\n Policy Set Name   = %s\n\n",
+        kFunction, orc->vltHandle, info.serverHost, info.serverPort, info.serverType,
+        info.serverVersion, info.serverRelease, info.serverLevel, info.serverSubLevel,
+        info.backupDeleteAllowed == 1 ? "YES" : "NO", info.maxObjPerTxn, info.domainName,
+        info.policySetName);
+  return 0;
+}
+
+}  // namespace
+
+void FillEnvSetUp(VltEnvSetUp* envSetUp, orcObj_t* orc) {
+  *envSetUp = {};
+  envSetUp->structVersion = 4;
+  envSetUp->incExlCaseSensitive = 0;
+  ut::ignoreResult(ut::copyText(envSetUp->vltiDir, orc->VLTI_DIR), "an option is shorter");
+  ut::ignoreResult(ut::copyText(envSetUp->vltiConfig, orc->VLTI_ORC_CONFIG), "is shorter");
+  ut::ignoreResult(ut::copyText(envSetUp->vltiLog, orc->VLTI_LOG), "an option is shorter");
+  ut::ignoreResult(ut::copyText(envSetUp->logName, "vexoerror.log"), "fits");
+}
+
+unsigned short CallvltSetUp(orcObj_t* orc) {
+  return static_cast<unsigned short>(setUpLibrary(orc, "CallvltSetUp()"));
+}
+
+unsigned short psDoVltSetUp(orcObj_t* orc) {
+  static constexpr char kFunction[] = "psDoVltSetUp()";
+  TRACE(TR_ORCLEVEL1, " %s: Enter\n", kFunction);
+  ut::MutexGuard guard(orcMutex);
+  // A library that is too old never sees a record of ours.
+  if (const unsigned short levelRc = vexoCheck_API_Level(); levelRc != 0) return levelRc;
+  TRACE(TR_ORCLEVEL2, " %s: PASSWORDACCESS is always GENERATE\n", kFunction);
+  orc->bUsePwGenerate = 1;
+  const int16_t setUpRc = setUpLibrary(orc, kFunction);
+  if (setUpRc != 0) return static_cast<unsigned short>(setUpRc);
+  if (psvexoReadPswd(orc->legacyPassword, orc, 1) == 0) {
+    TRACE(TR_ORCLEVEL2, " %s: Saving a password from the legacy file for later use\n", kFunction);
+  } else {
+    ut::wipe(orc->legacyPassword, sizeof orc->legacyPassword);  // no such file is no error
+  }
+  TRACE(TR_ORCLEVEL1, " %s: Exiting with rc = %d\n\n", kFunction, 0);
+  return 0;
+}
+
+unsigned short vexoSession(orcObj_t* orc) {
+  static constexpr char kFunction[] = "vexoSession()";
+  TRACE(TR_ORCLEVEL1, " %s: Enter\n", kFunction);
+  TRACE(TR_ORCLEVEL2, " %s: orcCtxP->bUsePwGenerate = %d\n", kFunction, orc->bUsePwGenerate);
+  char password[kPasswordSize] = "";
+  if (const unsigned short rc = preparePassword(orc, password); rc != 0) return rc;
+  uint32_t handle = 0;
+  int16_t rc = initSession(orc, password, &handle);
+  if (rc != 0) {
+    orc->apiSetUp = 1;  // so that the end of the run cleans up
+    [[maybe_unused]] const char* text = reportFailure(orc, rc);
+    TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text);
+    TRACE(TR_ORCLEVEL0, " %s: Exit - vltInit() failed, vltHandle = %d rc       : %d\n\n", kFunction,
+          orc->vltHandle, rc);
+    return static_cast<unsigned short>(rc);
+  }
+  orc->vltHandle = handle;
+  rc = querySessionOptions(orc);
+  if (rc == 0) rc = querySessionInfo(orc);
+  if (rc == 0) TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
+  return static_cast<unsigned short>(rc);
+}

@@ -1,0 +1,25 @@
+// session2.h: preparing the storage client library, and logging on to the storage server.
+//
+// Every failure of the library is reported the same way: its text becomes the context's last error
+// message and a line of the error log, and its code is returned.
+#ifndef AGENT_SESSION2_H
+#define AGENT_SESSION2_H
+
+#include "agent/orcctx.h"
+#include "api/vltlib.h"
+
+// Prepares the library for this process: checks its version, sets it up, and takes the password of
+// the legacy password file if there is one. Returns 0, 2507, or the library's code.
+[[nodiscard]] unsigned short psDoVltSetUp(orcObj_t* orc);
+
+// Logs on and stores the session's handle and limits in the context. A server that does not answer
+// (-50) is tried five times in all. Returns 0 or the code of the failure.
+[[nodiscard]] unsigned short vexoSession(orcObj_t* orc);
+
+// The set-up by itself, without passwords: for the agent's own start-up.
+[[nodiscard]] unsigned short CallvltSetUp(orcObj_t* orc);
+
+// Fills the record that the library is set up with.
+void FillEnvSetUp(VltEnvSetUp* envSetUp, orcObj_t* orc);
+
+#endif  // AGENT_SESSION2_H

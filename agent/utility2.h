@@ -1,0 +1,49 @@
+// utility2.h: what stands between the options and the first command: message system, trace,
+// version of the storage client library.
+#ifndef AGENT_UTILITY2_H
+#define AGENT_UTILITY2_H
+
+#include <cstddef>
+
+#include "agent/orcctx.h"
+#include "common/ut/psmutex.h"
+
+// Serialise the agent's initialisation; the entry code initialises them first of all.
+extern psMutex_t orcMutex;
+extern psMutex_t initMutex;
+
+// Starts the message system with the run's language and formats. Returns 0; on failure the reason
+// is in the error log and on standard error, the message object is gone, and nlinit's code is
+// returned.
+[[nodiscard]] unsigned short callNlinit(orcObj_t* orc);
+
+// Sets the test flags and starts tracing as the options say. Failures are shown and logged; the
+// run goes on without a trace.
+void vexoInitTrace(orcObj_t* orc);
+
+// Writes versions and options to the trace, while the trace prefix is switched on.
+void vexoTraceHeaderInfo(orcObj_t* orc);
+
+// 0 when the storage client library is new enough; else messages 2572 and 2573, and 2507.
+[[nodiscard]] unsigned short vexoCheck_API_Level();
+
+// Puts the filespace name into shape: the default when empty, one leading "/", none at its end.
+void vexoCheckFS(orcObj_t* orc);
+
+// The library's text for a return code; `out` has room for kMessageSize bytes. With
+// `withIdentifier` the text begins with its identifier.
+void vexoGetApiMsg(unsigned handle, unsigned char withIdentifier, short rc, char* out);
+
+// The default catalog's file name; `language` is not used. `out` has room for 64 bytes.
+void psgetMsgFileName(const char* language, char* out);
+
+namespace agent {
+
+inline constexpr char kDefaultFileSpace[] =
+    "/"
+    "marlorc";
+inline constexpr int kMessageCache = 10;  // fetched messages kept at hand
+
+}  // namespace agent
+
+#endif  // AGENT_UTILITY2_H
