@@ -139,19 +139,30 @@ std::string substitute(int number, const char* wrong, std::span<const nls::Inser
   return result;
 }
 
+// The messages that everything else is shown through work without any catalog.
+bool builtIn(int number, std::span<const nls::Insert> inserts, std::string* out) {
+  static constexpr struct {
+    int number;
+    const char* text;
+  } kTexts[] = {{1, "%s"}, {2, "%s\n"}, {131, "\n"}};
+  for (const auto& row : kTexts) {
+    if (row.number == number) return nls::render(row.text, inserts, *out);
+  }
+  return false;
+}
+
 struct Shown {
   std::string text;
   bool ownLine;  // begins with an identifier, so it is a line of its own
 };
 
 Shown compose(int number, std::span<const nls::Insert> inserts) {
-  // Messages 1 and 2 must work without any catalog: everything else is shown through them.
   const bool noCatalog = catalog == nullptr;
   const Entry missing;
   const Entry& entry = noCatalog ? missing : catalog->fetch(number);
-  if (entry.state == Entry::State::kMissing && number <= 2 && inserts.size() == 1 &&
-      inserts[0].kind() == nls::Insert::Kind::kText) {
-    return {std::string(inserts[0].text()) + (number == 2 ? "\n" : ""), false};
+  std::string plain;
+  if (entry.state == Entry::State::kMissing && builtIn(number, inserts, &plain)) {
+    return {plain, false};
   }
   if (entry.state == Entry::State::kMissing) {
     return {substitute(number, "not found in the message catalog", inserts), true};

@@ -183,7 +183,7 @@ class TraceFile {
   }
 
   bool notePosition() {
-    char field[kPositionLength + 1];
+    char field[24];
     std::snprintf(field, sizeof field, "%012lld",
                   static_cast<long long>(position_) % 1000000000000);
     return ::pwrite(descriptor_, field, kPositionLength, kMarkLength) ==

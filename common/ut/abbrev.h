@@ -1,0 +1,26 @@
+// abbrev.h: the abbreviation test of keywords.
+#ifndef COMMON_UT_ABBREV_H
+#define COMMON_UT_ABBREV_H
+
+#include <string_view>
+
+namespace ut {
+
+template <typename Char>
+bool isAbbreviation(std::basic_string_view<Char> input, std::basic_string_view<Char> keyword,
+                    std::size_t minimum) {
+  return !input.empty() && input.size() >= minimum && keyword.substr(0, input.size()) == input;
+}
+
+}  // namespace ut
+
+// True when `input` is at least one character and at least `minimum` characters long and the
+// keyword begins with it. The comparison is exact: callers upper-case both sides first.
+inline bool Abbrev(const char* input, const char* keyword, std::size_t minimum) {
+  return ut::isAbbreviation<char>(input, keyword, minimum);
+}
+inline bool Abbrev(const wchar_t* input, const wchar_t* keyword, std::size_t minimum) {
+  return ut::isAbbreviation<wchar_t>(input, keyword, minimum);
+}
+
+#endif  // COMMON_UT_ABBREV_H

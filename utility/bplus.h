@@ -1,0 +1,93 @@
+// bplus.h: dsBPlusTree, the in-memory search tree of file names.
+//
+// Items are opaque bytes, ordered by the caller's comparison; the tree stores its own copies, made
+// by the caller's copy function. Despite its name it is a classic B-tree of order 6: items live in
+// inner nodes as well, and leaves are not linked. Nothing is ever deleted from it but all at once.
+// Not for several threads: the functions of a call are kept in the tree.
+#ifndef UTILITY_BPLUS_H
+#define UTILITY_BPLUS_H
+
+#include <cstddef>
+#include <cstdint>
+
+// The searched item compared with a stored one.
+enum compare_t { bEqualTo = 0, bGreaterThan = 1, bLessThan = 2 };
+
+// One stored item.
+struct bData_t {
+  std::uint32_t size;  // bytes
+  void* data;          // owned by the slot; null until an item is stored there
+};
+
+inline constexpr int kMaxItems = 5;    // in a node
+inline constexpr int kSplitPoint = 2;  // the fewest in a node but the root
+
+struct bNodeType_t {
+  std::int16_t count;                 // items in use
+  bNodeType_t* child[kMaxItems + 1];  // child[i] holds the items between item i-1 and item i
+  bData_t* item[kMaxItems];           // each a record of its own, there from the node's creation on
+};
+
+// Results of an insertion.
+inline constexpr short kTreeStored = 0;
+inline constexpr short kTreeNoMemory = 10;
+inline constexpr short DUP_VAL = 11;  // an equal item is there already, nothing was changed
+inline constexpr short PUSH_UP = 12;  // between the steps only: an item rises to the parent
+
+class dsBPlusTree {
+ public:
+  // Copies an item into a buffer of the size that was given with it; 0, or a code that becomes the
+  // insertion's result.
+  using CopyFn = unsigned short (*)(void* from, void* to);
+  // Compares the searched item with a stored one.
+  using CompareFn = compare_t (*)(void* searched, void* stored);
+
+  dsBPlusTree();
+  // `freeFn` is kept for callers that ask for it; the tree releases storage by its own means.
+  explicit dsBPlusTree(void (*freeFn)(void*));
+  ~dsBPlusTree();
+  dsBPlusTree(const dsBPlusTree&) = delete;
+  dsBPlusTree& operator=(const dsBPlusTree&) = delete;
+
+  // Stores a copy of `item`, `size` bytes. Returns kTreeStored, kTreeNoMemory, DUP_VAL, or what
+  // `copyFn` returned. (The name lacks its n; callers know it that way.)
+  [[nodiscard]] short IsertItem(void* item, int size, CopyFn copyFn, CompareFn compareFn);
+
+  // The stored copy that compares equal to `item`, or null. Owned by the tree.
+  void* SearchItem(void* item, CompareFn compareFn);
+
+ private:
+  // What a step hands up to its parent with PUSH_UP.
+  struct Risen {
+    bData_t* item = nullptr;
+    bNodeType_t* right = nullptr;
+  };
+
+  void* SearchTree(void* item, bNodeType_t* node);
+  bool SearchNode(void* item, bNodeType_t* node, int* position);
+  short InsertNode(bData_t* item);
+  short PushDown(bData_t* item, bNodeType_t* node, Risen* risen);
+  short PushIn(bData_t* item, bNodeType_t* rightSibling, bNodeType_t* node, int position);
+  short Split(bData_t* item, bNodeType_t* rightSibling, bNodeType_t* node, int position,
+              Risen* risen);
+  short Store(const bData_t& item, bData_t* slot);
+  short Move(bData_t* from, bData_t* to);
+  static bNodeType_t* NewNode();
+  void FreeMemory(bNodeType_t* node);
+
+  bNodeType_t* root_ = nullptr;
+  CompareFn compareFn_ = nullptr;
+  CopyFn copyFn_ = nullptr;
+
+ protected:
+  void (*freeFn_)(void*) = nullptr;
+};
+
+// The tree's allocator: `size` bytes tagged with the place that asked; null for 0 or without
+// memory.
+[[nodiscard]] void* BTreeMalloc(const char* file, int line, std::size_t size);
+
+// Releases what `*pointer` points at and sets it to null; null addresses are ignored.
+void BTreeFree(const char* file, int line, void** pointer);
+
+#endif  // UTILITY_BPLUS_H

@@ -1,0 +1,169 @@
+// syncdb_catalog.cpp: one Oracle catalog is asked for its handles, by one SQL script through
+// sqlplus.
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "agent/errormsg.h"
+#include "common/nls/nls.h"
+#include "common/ut/psfile.h"
+#include "common/ut/strutil.h"
+#include "common/ut/trace.h"
+#include "utility/syncdb.h"
+
+namespace {
+
+constexpr char kFunction[] = "utQueryCatalog()";
+constexpr unsigned short kScriptNotWritten = 2575;
+constexpr unsigned short kQueryFailed = 2533;
+constexpr std::size_t kScriptSize = 1025;
+constexpr std::size_t kCommandSize = 513;
+
+// The script holds a password: it is wiped when it is done with.
+struct Script {
+  char text[kScriptSize] = "";
+  ~Script() { ut::wipe(text, sizeof text); }
+
+  // False when the whole does not fit; the script is then of no use.
+  template <typename... Parts>
+  [[nodiscard]] bool build(const Parts&... parts) {
+    return (ut::appendText(text, parts) && ...);
+  }
+};
+
+struct DateText {
+  char text[16];
+};
+DateText plainDate(const nfDate& date) {
+  DateText result;
+  std::snprintf(result.text, sizeof result.text, "%d/%d/%d", date.month, date.day,
+                static_cast<int>(ut::yearOf(date)));
+  return result;
+}
+
+bool buildScript(const objCatInfo_s& catalog, const char* spoolPath, const nfDate& start,
+                 const nfDate& end, Script* script) {
+  const DateText from = plainDate(start);
+  const DateText to = plainDate(end);
+  TRACE(TR_ORCLEVEL2, " %s: fromDate = '%s', toDate = '%s'\n", kFunction, from.text, to.text);
+  // "spool off" stands behind the quit and without a line end; sqlplus never reads it. Sites that
+  // compare kept scripts know the text, it stays.
+  return script->build(catalog.userName, "/", catalog.password, "@", catalog.connString, "\nspool ",
+                       spoolPath, "\nset term off \n", "set heading on\n", "set pagesize 0\n",
+                       "set linesize 80\n", "set recsep off\n", "set sqlterminator on\n",
+                       "alter session set NLS_DATE_FORMAT=", "'MM/DD/YYYY:hh24:mi:ss';\n",
+                       catalog.bNoCatalog == 0 ? "select handle from rc_backup_piece where "
+                                               : "select handle from v$backup_piece where ",
+                       "completion_time >='", from.text, ":00:00:00'", " and completion_time <='",
+                       to.text, ":23:59:59';", "\nquit\n", "spool off");
+}
+
+unsigned short refuseLongScript(const objCatInfo_s& catalog) {
+  const std::string text = nlsprintf(2640, catalog.catalogNumber);
+  vexoErrorMsg(text.c_str(), 0);
+  utility::printFramed(text);
+  TRACE(TR_ORCLEVEL0, " %s: Exit - script too long\n\n", kFunction);
+  return kQueryFailed;
+}
+
+// Removes a temporary file unless it is wanted for diagnosis.
+void removeUnlessTraced(const char* path) {
+  if (!TR_ORCLEVEL2) ut::ignoreResult(std::remove(path), "it may not be there");
+}
+
+unsigned short writeScript(const char* path, const Script& script) {
+  ut::FilePtr file = ut::openPrivateFile(path);
+  const bool opened = file != nullptr;
+  // A script that did not reach the disk whole could ask for too few handles.
+  if (opened && std::fputs(script.text, file.get()) >= 0 && ut::closeFile(std::move(file))) {
+    TRACE(TR_ORCLEVEL2, " %s: Opened file '%s' for writing\n", kFunction, path);
+    return 0;
+  }
+  if (opened) removeUnlessTraced(path);
+  nlprintf(131);
+  nlprintf(kScriptNotWritten, path);
+  nlprintf(131);
+  vexoErrorMsg(nlsprintf(kScriptNotWritten, path).c_str(), 0);
+  TRACE(TR_ORCLEVEL0, " %s: Exit cannot open temp file '%s' for writing\n\n", kFunction, path);
+  return kScriptNotWritten;
+}
+
+// Makes the spool file ours before sqlplus writes it, so that nobody can put a link there or read
+// it. Its time is set far back: whether sqlplus wrote it can then be seen.
+bool reserveSpool(const char* path) {
+  ut::FilePtr file = ut::openPrivateFile(path);
+  if (file == nullptr) return false;
+  const struct timespec longAgo[2] = {{0, 0}, {0, 0}};
+  return ::futimens(::fileno(file.get()), longAgo) == 0 && ut::closeFile(std::move(file));
+}
+
+bool wasWritten(const char* path) {
+  struct stat entry;
+  return ::lstat(path, &entry) == 0 && S_ISREG(entry.st_mode) && entry.st_mtim.tv_sec != 0;
+}
+
+// Runs sqlplus with the script. Returns what `system` returned, -1 when the command is too long.
+int runSqlplus(const char* scriptPath) {
+  char command[kCommandSize] = "sqlplus -L @";
+  if (!ut::appendText(command, scriptPath)) return -1;
+  TRACE(TR_ORCLEVEL2, " %s: Calling system() with '%s'\n", kFunction, command);
+  std::fflush(stdout);
+  const int status = std::system(command);
+  if (status != 0) {
+    TRACE(TR_ORCLEVEL0, " %s: Exit - SQLPLUS command '%s' failed\n\n", kFunction, command);
+  }
+  return status;
+}
+
+unsigned short reportQueryFailure() {
+  nlprintf(131);
+  nlprintf(kQueryFailed);
+  nlprintf(131);
+  vexoErrorMsg(nlsprintf(kQueryFailed).c_str(), 0);
+  return kQueryFailed;
+}
+
+unsigned short reportSpoolFailure(const char* spoolPath) {
+  nlprintf(131);
+  nlprintf(kScriptNotWritten, spoolPath);
+  nlprintf(131);
+  vexoErrorMsg(nlsprintf(kScriptNotWritten, spoolPath).c_str(), 0);
+  return kScriptNotWritten;
+}
+
+}  // namespace
+
+unsigned short utQueryCatalog(const objCatInfo_s* catalog, const char* scriptPath,
+                              const char* spoolPath, const nfDate& start, const nfDate& end) {
+  TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
+  TRACE(TR_ORCLEVEL2, " %s: catInfoP->userName = '%s'\n", kFunction, catalog->userName);
+  TRACE(TR_ORCLEVEL2, " %s: catInfoP->connString = '%s'\n", kFunction, catalog->connString);
+  TRACE(TR_ORCLEVEL2, " %s: catInfoP->bNoCatalog = '%s'\n", kFunction,
+        catalog->bNoCatalog == 1 ? "bTrue" : "bFalse");
+  Script script;
+  if (!buildScript(*catalog, spoolPath, start, end, &script)) return refuseLongScript(*catalog);
+  // Only under this flag does a trace hold a password.
+  TRACE(TR_ORCLEVEL2, " %s: Both fromDate and toDate specified, sqlCommand is:\n%s\n", kFunction,
+        script.text);
+  if (const unsigned short rc = writeScript(scriptPath, script); rc != 0) return rc;
+  if (!reserveSpool(spoolPath)) {
+    removeUnlessTraced(scriptPath);
+    return reportSpoolFailure(spoolPath);
+  }
+  if (TEST_SYNCDBNORMAN) return 0;  // no sqlplus: the spool file is there and empty
+  const int status = runSqlplus(scriptPath);
+  removeUnlessTraced(scriptPath);  // at once, it holds the password
+  if (status != 0) {
+    removeUnlessTraced(spoolPath);
+    return reportQueryFailure();
+  }
+  // A spool file that sqlplus never wrote is no answer: without it the reading fails, with it every
+  // backup piece would look forgotten.
+  if (!wasWritten(spoolPath)) ut::ignoreResult(std::remove(spoolPath), "it is ours");
+  TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
+  return 0;
+}

@@ -1,0 +1,157 @@
+// syncdb_deletion.cpp: picked records become deletions, in transactions.
+//
+// This is the one place that deletes. A record leaves the list as soon as its delete call has
+// succeeded, before its transaction commits: after an abort the list lacks records that are still
+// on the server, which is the harmless way round. The first failure ends the work.
+#include "api/vltapi.h"
+#include "common/nls/nls.h"
+#include "common/ut/strutil.h"
+#include "common/ut/trace.h"
+#include "utility/syncdb.h"
+
+namespace {
+
+using utility::Report;
+
+constexpr char kFunction[] = "utDeleteFiles()";
+
+class Deletion {
+ public:
+  Deletion(ObjectList* list, orcObj_t* orc) : list_(list), orc_(orc) {}
+
+  unsigned short run() {
+    nlprintf(131);
+    nlprintf(2580);
+    if (PromptYN() != 1) {
+      TRACE(TR_ORCLEVEL1, " %s: Exit - didn't enter 'y' \n\n", kFunction);
+      return 0;
+    }
+    if (const int16_t rc = begin(Report::kLogAndTerminal); rc != 0) return code(rc);
+    utZylObj_s* object = list_->getFirst();
+    while (object != nullptr) {
+      if (object->selected != 1) {
+        object = list_->getNext(object);
+        continue;
+      }
+      if (transactionIsFull()) {
+        const EndResult ended = breakTransaction();
+        if (ended.failed) return code(ended.rc);
+      }
+      if (const int16_t rc = deleteObject(*object); rc != 0) return abortAfter(rc);
+      TRACE(TR_ORCLEVEL2, " %s: Deleted file '%s' from Zyl Server\n", kFunction, object->name);
+      object = list_->remove(object);
+      ++inTransaction_;
+    }
+    return commitLast();
+  }
+
+ private:
+  struct EndResult {
+    int16_t rc;
+    bool failed;  // also with code 0, when there was a reason
+  };
+
+  static unsigned short code(int16_t rc) { return static_cast<unsigned short>(rc); }
+
+  // A transaction takes one object less than the server allows. Sites' limits reckon with that
+  // spacing, it stays. Unsigned, so that a limit of 0 is never reached; "at least", so that with a
+  // limit of 1 every object gets a transaction of its own.
+  bool transactionIsFull() const {
+    return inTransaction_ >= static_cast<std::uint32_t>(orc_->maxObjPerTxn) - 1;
+  }
+
+  int16_t begin(Report where) {
+    TRACE(TR_ORCLEVEL2, " %s: Calling VLTBEGINTXN(). vltHandle = %d\n", kFunction, orc_->vltHandle);
+    const int16_t rc = gVltApiObjP->dvltBeginTxn(VltApiStatusObjP, orc_->vltHandle);
+    if (rc == 0) return 0;
+    const std::string text = utility::reportCode(orc_, rc, where);
+    TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
+    TRACE(TR_ORCLEVEL0, " %s: Exit - VLTBEGINTXN(). failed rc = %d\n\n", kFunction, rc);
+    return rc;
+  }
+
+  EndResult end(std::uint8_t vote) {
+    TRACE(TR_ORCLEVEL2, " %s: Calling VLTENDTXN(). vltHandle = %d\n", kFunction, orc_->vltHandle);
+    std::uint16_t reason = 0;
+    int16_t rc = gVltApiObjP->dvltEndTxn(VltApiStatusObjP, orc_->vltHandle, vote, &reason);
+    if (rc == VLT_RC_CHECK_REASON) {
+      // Without a reason the code itself stands: an aborted deletion is no success.
+      if (reason != 0) rc = static_cast<int16_t>(reason);
+      TRACE(TR_ORCLEVEL2, " %s: Reason = %d\n", kFunction, reason);
+    }
+    return {rc, rc != 0 || reason != 0};
+  }
+
+  // Commits what is there and begins the next transaction.
+  EndResult breakTransaction() {
+    const EndResult ended = end(VLT_VOTE_COMMIT);
+    if (ended.failed) {
+      ut::ignoreResult(utility::reportCode(orc_, ended.rc, Report::kLogOnly), "logged");
+      TRACE(TR_ORCLEVEL0, " %s: Exit VLTENDTXN() failed rc = %d\n\n", kFunction, ended.rc);
+      return ended;
+    }
+    inTransaction_ = 0;
+    const int16_t rc = begin(Report::kLogOnly);
+    return {rc, rc != 0};
+  }
+
+  int16_t deleteObject(const utZylObj_s& object) {
+    const VltDelInfo info = {1, object.objId};
+    TRACE(TR_ORCLEVEL2, " %s: Calling VLTDELETEOBJ(). vltHandle = %d\n", kFunction,
+          orc_->vltHandle);
+    return gVltApiObjP->dvltDeleteObj(VltApiStatusObjP, orc_->vltHandle, VLT_DELETE_BACKUP_ID,
+                                      &info);
+  }
+
+  // A delete failed: the transaction is taken back.
+  unsigned short abortAfter(int16_t deleteRc) {
+    const std::string text = utility::reportCode(orc_, deleteRc, Report::kLogAndTerminal);
+    TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
+    TRACE(TR_ORCLEVEL0, " %s: VLTDELETEOBJ() failed rc = %d\n", kFunction, deleteRc);
+    const EndResult ended = end(VLT_VOTE_ABORT);
+    if (!ended.failed) {
+      TRACE(TR_ORCLEVEL0, " %s: Exit - VLTDELETEOBJ() failed. rc = %d\n\n", kFunction, deleteRc);
+      return code(deleteRc);
+    }
+    // With a reason but no code, code 0 is reported and returned: callers know it so, it stays.
+    ut::ignoreResult(utility::reportCode(orc_, ended.rc, Report::kLogAndTerminal), "shown");
+    TRACE(TR_ORCLEVEL0, " %s: VLTENDTXN failed rc = %d\n\n", kFunction, ended.rc);
+    return code(ended.rc);
+  }
+
+  unsigned short commitLast() {
+    const EndResult ended = end(VLT_VOTE_COMMIT);
+    if (!ended.failed) {
+      TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
+      return 0;
+    }
+    ut::ignoreResult(utility::reportCode(orc_, ended.rc, Report::kLogAndTerminal), "shown");
+    TRACE(TR_ORCLEVEL0, " %s: Exit VLTENDTXN() failed rc = %d\n", kFunction, ended.rc);
+    return code(ended.rc);
+  }
+
+  ObjectList* list_;
+  orcObj_t* orc_;
+  std::uint32_t inTransaction_ = 0;
+};
+
+}  // namespace
+
+unsigned short utDeleteFiles(CLinkedList<utZylObj_s>* list, orcObj_t* orc) {
+  TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
+  return Deletion(list, orc).run();
+}
+
+unsigned short utDeleteFromZyl(orcObj_t* orc, vexoOptionsInfo_t&, const nfDate& end,
+                               const nfDate& start) {
+  ObjectList list;
+  TRACE(TR_ORCLEVEL1, " %s: ENTER\n", "utDeleteFromZyl()");
+  unsigned short rc = utGetFileList(start, end, orc, &list, nullptr);
+  if (rc == 0) {
+    rc = utProcessPickList(orc, &list);
+  } else {
+    TRACE(TR_ORCLEVEL0, " %s: utGetFileList() failed. rc = %d\n\n", "utDeleteFromZyl()", rc);
+  }
+  TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", "utDeleteFromZyl()", rc);
+  return rc;
+}

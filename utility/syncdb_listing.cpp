@@ -1,0 +1,218 @@
+// syncdb_listing.cpp: the storage objects of a date range become a list.
+#include <cstdio>
+#include <cstring>
+
+#include "agent/errormsg.h"
+#include "api/vltapi.h"
+#include "common/nls/nls.h"
+#include "common/ut/psfile.h"
+#include "common/ut/strutil.h"
+#include "common/ut/trace.h"
+#include "utility/syncdb.h"
+
+namespace {
+
+constexpr char kFunction[] = "utGetFileList()";
+constexpr std::uint32_t kBufferLength = 4600;
+constexpr std::uint16_t kResponseVersion = 8;
+
+// One run of the listing: its records, its diagnostic file, its query.
+class Listing {
+ public:
+  Listing(const nfDate& start, const nfDate& end, orcObj_t* orc, ObjectList* list,
+          dsBPlusTree* tree)
+      : start_(start), end_(end), orc_(orc), list_(list), tree_(tree) {}
+
+  unsigned short run() {
+    openDiagnosticFile();
+    if (const int16_t rc = querySession(); rc != 0) return static_cast<unsigned short>(rc);
+    if (const int16_t rc = beginQuery(); rc != 0) return static_cast<unsigned short>(rc);
+    for (;;) {
+      const int16_t rc = gVltApiObjP->dvltGetNextQObj(VltApiStatusObjP, orc_->vltHandle, &block_);
+      TRACE(TR_ORCLEVEL2, " %s: VLTGETNEXTQOBJ() returned vltRc = %d\n", kFunction, rc);
+      if (rc == VLT_RC_MORE_DATA) {
+        if (const unsigned short taken = takeObject(); taken != 0) return taken;
+      } else if (rc == VLT_RC_UNKNOWN_FORMAT) {
+        TRACE(TR_ORCLEVEL2,
+              " %s: VLTGETNEXTQOBJ returned VLT_RC_UNKNOWN_FORMAT. Skip this object and continue "
+              "querying ZYL server.\n",
+              kFunction);
+      } else {
+        return finish(rc);
+      }
+    }
+  }
+
+ private:
+  // A diagnostic aid under TR_ORCLEVEL2: the names of all objects in the range, never deleted.
+  void openDiagnosticFile() {
+    if (!TR_ORCLEVEL2) return;
+    const std::string path = ut::tempName("ZYLO");
+    if (path.empty()) {
+      TRACE(TR_ORCLEVEL0, " %s: tempnam() failed for ZYLO\n", kFunction);
+      return;
+    }
+    names_ = ut::openPrivateFile(path.c_str());
+    if (names_ == nullptr) {
+      nlprintf(2575, path);
+      nlprintf(131);
+      TRACE(TR_ORCLEVEL0, " %s: could not open file '%s' for writing\n", kFunction, path.c_str());
+      return;
+    }
+    TRACE(TR_ORCLEVEL2, " %s: Opened file '%s' for writing\n", kFunction, path.c_str());
+  }
+
+  int16_t querySession() {
+    session_.structVersion = 1;
+    const int16_t rc = gVltApiObjP->dvltQuerySessInfo(VltApiStatusObjP, orc_->vltHandle, &session_);
+    if (rc == 0) return 0;
+    const std::string text = utility::reportCode(orc_, rc, utility::Report::kLogOnly);
+    TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
+    TRACE(TR_ORCLEVEL0, " Exit %s: VLTQUERYSESSINFO() failed. vltHandle = %d, rc = %d\n\n",
+          kFunction, orc_->vltHandle, rc);
+    return rc;
+  }
+
+  int16_t beginQuery() {
+    VltObjName name = {};
+    ut::ignoreResult(ut::copyText(name.fileSpace, orc_->VEXO_FS), "an option is shorter");
+    ut::ignoreResult(ut::copyText(name.highLevel, "/*"), "fits");
+    ut::ignoreResult(ut::copyText(name.lowLevel, "/*"), "fits");
+    name.objType = VLT_OBJTYPE_FILE;
+    VltQueryBackup query = {};
+    query.structVersion = 2;
+    query.objName = &name;
+    query.owner = orc_->VEXO_OWNER;
+    query.objState = VLT_STATE_ACTIVE;
+    query.pitDate = {
+        static_cast<std::uint16_t>(ut::yearOf(end_)), end_.month, end_.day, 23, 59, 59};
+    const int16_t rc =
+        gVltApiObjP->dvltBeginQuery(VltApiStatusObjP, orc_->vltHandle, VLT_QUERY_BACKUP, &query);
+    if (rc != 0) {
+      const std::string text = utility::reportCode(orc_, rc, utility::Report::kLogAndTerminal);
+      TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
+      TRACE(TR_ORCLEVEL0, " %s: Exit - VLTBEGINQUERY() failed rc = %d\n\n", kFunction, rc);
+      return rc;
+    }
+    block_ = {3, kBufferLength, 0, buffer_.bytes};
+    response().structVersion = kResponseVersion;
+    response().objState = VLT_STATE_ACTIVE;
+    return 0;
+  }
+
+  // Only whole days count here; the server keeps the upper bound.
+  bool beforeStart(const VltDate& date) const {
+    const unsigned year = ut::yearOf(start_);
+    if (date.year != year) return date.year < year;
+    if (date.month != start_.month) return date.month < start_.month;
+    return date.day < start_.day;
+  }
+
+  // Puts the object that was returned into the list, unless it is out of range or Oracle knows it.
+  // Returns 0 or 102.
+  unsigned short takeObject() {
+    VltObjName& name = response().objName;
+    char* key = name.lowLevel + (*name.lowLevel == '/' ? 1 : 0);
+    if (beforeStart(response().insDate)) return 0;
+    TRACE(TR_ORCLEVEL2, " %s: Found '%s' on ZYL Server\n", kFunction, key);
+    if (names_ != nullptr) std::fprintf(names_.get(), "%s\n", key);
+    if (tree_ != nullptr && tree_->SearchItem(key, utFindFilename) != nullptr) return 0;
+    utZylObj_s object = {};
+    fill(&object);
+    TRACE(TR_ORCLEVEL2, " %s: Adding '%s' to the list\n", kFunction, object.name);
+    const unsigned short rc = list_->addTail(object, 0);
+    if (rc == 0) return 0;
+    const std::string text = nlsprintf(2522);
+    vexoErrorMsg(text.c_str(), 0);
+    utility::printFramed(text);
+    TRACE(TR_ORCLEVEL0, " %s: Exit - No Memory. rc =  %d\n\n", kFunction, rc);
+    return rc;
+  }
+
+  void fill(utZylObj_s* object) {
+    const VltQryRespBackup& found = response();
+    std::snprintf(object->name, sizeof object->name, "%s%s%s", found.objName.fileSpace,
+                  found.objName.highLevel, found.objName.lowLevel);
+    ut::ignoreResult(ut::copyText(object->node, session_.nodeName), "only shown");
+    ut::ignoreResult(ut::copyText(object->owner, session_.owner), "of the same size");
+    object->objId = found.objId;
+    object->insDate = found.insDate;
+    object->sizeEstimate = found.sizeEstimate;
+    object->compressed = found.compressType == VLT_COMPRESSED ? 1 : 0;
+    object->encryptionType = found.encryptionType;
+    object->clientDeduplicated = found.clientDeduplicated;
+  }
+
+  // Ends the query after its last answer. A code that is not known here ends it as well and is not
+  // reported: what was listed until then is shown, as callers expect.
+  unsigned short finish(int16_t answer) {
+    const bool noMatch = answer == VLT_RC_NO_MATCH;
+    if (noMatch) {
+      // The text of code 0, not of the answer: that is what the log has always held here.
+      ut::ignoreResult(utility::reportCode(orc_, 0, utility::Report::kLogOnly), "logged");
+      printNothingFound();
+      TRACE(TR_ORCLEVEL2, " %s: Calling VLTENDQUERY(). vltHandle = %d\n", kFunction,
+            orc_->vltHandle);
+    }
+    ut::ignoreResult(gVltApiObjP->dvltEndQuery(VltApiStatusObjP, orc_->vltHandle),
+                     "the list is complete");
+    const bool empty = answer == VLT_RC_FINISHED && list_->getFirst() == nullptr;
+    if (empty) printNothingFound();
+    if (noMatch) {
+      TRACE(TR_ORCLEVEL1, " %s: Exit - No Match rc =%d\n\n", kFunction, 0);
+    } else if (empty) {
+      TRACE(TR_ORCLEVEL1, " %s: Exit - syncList Empty\n\n", kFunction);
+    } else {
+      TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
+    }
+    return 0;
+  }
+
+  static void printNothingFound() {
+    nlprintf(131);
+    nlprintf(131);
+    nlprintf(2599);
+    nlprintf(131);
+    nlprintf(131);
+  }
+
+  VltQryRespBackup& response() { return buffer_.response; }
+
+  const nfDate start_;
+  const nfDate end_;
+  orcObj_t* orc_;
+  ObjectList* list_;
+  dsBPlusTree* tree_;
+  ut::FilePtr names_;
+  VltSessInfo session_ = {};
+  VltDataBlk block_ = {};
+  union Buffer {
+    char bytes[kBufferLength];
+    VltQryRespBackup response;
+  } buffer_ = {};
+  static_assert(sizeof(VltQryRespBackup) <= kBufferLength);
+};
+
+}  // namespace
+
+unsigned short utGetFileList(const nfDate& start, const nfDate& end, orcObj_t* orc,
+                             CLinkedList<utZylObj_s>* list, dsBPlusTree* tree) {
+  TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
+  return Listing(start, end, orc, list, tree).run();
+}
+
+unsigned short utQueryZyl(orcObj_t* orc, vexoOptionsInfo_t&, const nfDate& end,
+                          const nfDate& start) {
+  ObjectList list;
+  TRACE(TR_ORCLEVEL1, " %s: ENTER\n", "utQueryZyl()");
+  const unsigned short rc = utGetFileList(start, end, orc, &list, nullptr);
+  if (rc != 0) {
+    TRACE(TR_ORCLEVEL0, " %s: utGetFileList() failed, rc = %d\n\n", "utQueryZyl()", rc);
+  } else {
+    for (utZylObj_s* object = list.getFirst(); object != nullptr; object = list.getNext(object)) {
+      utPrintBackupItem(object);
+    }
+  }
+  TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", "utQueryZyl()", rc);
+  return rc;
+}

@@ -1,0 +1,58 @@
+// utpick.h: the pick list: a page of backup objects at a time, marks, and one-line commands.
+//
+// It works on the list itself: an object is picked when its `selected` is 1. There is no cursor
+// addressing; after each command the terminal is cleared and the page written again. Every command
+// costs at most one walk over the list, positions are found at once (CLinkedList::elementAt).
+#ifndef UTILITY_UTPICK_H
+#define UTILITY_UTPICK_H
+
+#include <cstddef>
+
+#include "utility/zylobj.h"
+
+inline constexpr int kPickCancelled = 300;
+
+// How an entry is marked.
+inline constexpr int kUnpick = 0;
+inline constexpr int kPick = 1;
+inline constexpr int kToggle = 2;
+
+// Longest horizontal offset, in columns.
+inline constexpr int kMaxOffset = 1054;
+
+// Room for the text of one entry, with the terminator.
+inline constexpr std::size_t kEntryTextSize = 1400;
+
+// Shows the list until the user confirms (0), or cancels, or the list is empty or the terminal too
+// small (300). Only on 0 may the caller act on the marks. All marks are cleared first.
+[[nodiscard]] int pkPickHandler(CLinkedList<utZylObj_s>* list);
+
+// Clears every mark and returns the number of entries.
+unsigned pkInitEntries(CLinkedList<utZylObj_s>* list);
+
+// Marks the entry at `index` (from 1; 0 is taken as 1) by mode. An index past `count` and an
+// unknown mode change nothing.
+void pkHighlightEntry(CLinkedList<utZylObj_s>* list, unsigned index, unsigned count, int mode);
+
+// Writes the text of the entry at `index` into `out` (kEntryTextSize bytes) and returns 1 if it is
+// picked, else 0. Past `count` the text is empty.
+int pkFormatEntry(CLinkedList<utZylObj_s>* list, char* out, unsigned count, unsigned index);
+
+// Draws one page, `rows` (at least 9) by `cols` (at least 20), with the entry `top` first, and
+// returns how many list lines it has, fillers included.
+int DisplayList(CLinkedList<utZylObj_s>* list, unsigned top, int rows, int cols, int hoffset,
+                unsigned count);
+
+// The horizontal window of a line: `width` bytes of `in` from `offset` on, or all that there is.
+// Scrolled past its end a line is one blank. `out` has room for width + 1 bytes, at least 2. A null
+// `out` does nothing, a null `in` gives the empty text.
+void FitStringToScreenSize(char* out, const char* in, int offset, int width);
+
+// Applies a line of entry numbers and ranges: "n" toggles, "n+" picks, "n-" unpicks, "a:b+" and
+// "a:b-" do so for a range; items are separated by blanks or commas.
+void ProcessAnswer(CLinkedList<utZylObj_s>* list, const char* answer, unsigned count);
+
+// Sets `*element` to the entry at `index` (0 is taken as 1), or to null past the end.
+void gotoListElement(CLinkedList<utZylObj_s>* list, utZylObj_s** element, unsigned index);
+
+#endif  // UTILITY_UTPICK_H

@@ -1,0 +1,39 @@
+// zylobj.h: the records that the commands keep in lists.
+#ifndef UTILITY_ZYLOBJ_H
+#define UTILITY_ZYLOBJ_H
+
+#include <cstdint>
+
+#include "api/vltlib.h"
+#include "common/ut/linklist.h"
+
+// One backup object as the storage server lists it. Zero-filled before it is filled.
+struct utZylObj_s {
+  char name[1282];              // filespace, high- and low-level name with nothing between them
+  char node[64];                // of the session
+  char owner[65];               // of the session; may be empty
+  VltWord64 objId;              // names this one copy, deletion goes by it
+  VltDate insDate;              // when it was stored
+  VltWord64 sizeEstimate;       // bytes
+  std::uint32_t selected;       // 1: picked for deletion
+  std::uint32_t compressed;     // 1: the server says so
+  std::uint8_t encryptionType;  // VLT_ENCRYPT_... bits
+  std::uint32_t clientDeduplicated;
+};
+
+static_assert(sizeof utZylObj_s::name > VLT_MAX_FILESPACE + VLT_MAX_HIGHLEVEL + VLT_MAX_LOWLEVEL,
+              "the longest name of the library fits whole");
+
+// One Oracle catalog, as the user named it.
+struct objCatInfo_s {
+  char userName[1025];
+  char password[1025];          // never traced
+  char connString[1026];        // may be empty
+  std::int32_t bNoCatalog;      // 1: the control file of the target database
+  std::uint32_t catalogNumber;  // from 1, for messages
+};
+
+using ObjectList = CLinkedList<utZylObj_s>;
+using CatalogList = CLinkedList<objCatInfo_s>;
+
+#endif  // UTILITY_ZYLOBJ_H
