@@ -1,0 +1,196 @@
+// scripted_api.h: the storage client library as a script of expected calls.
+//
+//   ScriptedApi api({
+//       Step("vltBeginTxn", "7"),
+//       Step("vltDeleteObj", "7 2 id=4711"),
+//       Step("vltEndTxn", "7 1", VLT_RC_CHECK_REASON).fill<uint16_t>([](uint16_t& r) { r = 2; })});
+//   ... code under test, which finds the script through gVltApiObjP ...
+//
+// Every call of the library must be the next step, with these arguments. The first call that is not
+// fails the test and names the step; from there on every call returns kOffScript. The destructor
+// fails the test for steps that were left over. One script at a time.
+//
+// Arguments are written in order, with a blank between them: numbers in decimal, texts in single
+// quotes (or null), and of the records
+//   VltDelInfo      id=NUMBER                VltInitExIn    node='' owner='' password=''
+//   VltQueryBackup  'fs' 'high' 'low' owner=''  VltRcMsgIn  HANDLE RC FLAG
+// All other pointers are left out; `look` and `fill` reach them. "*" stands for any arguments.
+#ifndef TESTS_SUPPORT_SCRIPTED_API_H
+#define TESTS_SUPPORT_SCRIPTED_API_H
+
+#include <gtest/gtest.h>
+
+#include <any>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "api/vltapi.h"
+
+namespace support {
+
+inline constexpr int16_t kOffScript = 2999;
+
+struct Step {
+  explicit Step(std::string name, std::string arguments = "*", int16_t result = 0)
+      : function(std::move(name)), args(std::move(arguments)), rc(result) {}
+
+  // Lets `act` fill the record (or the first element) that the call's pointer to T points at.
+  template <typename T>
+  Step&& fill(std::function<void(T&)> act) && {
+    effects.emplace_back(std::move(act));
+    return std::move(*this);
+  }
+  // The same for a record that the library only reads: checks go here.
+  template <typename T>
+  Step&& look(std::function<void(const T&)> act) && {
+    effects.emplace_back(std::move(act));
+    return std::move(*this);
+  }
+  // For vltRCMsg and vltRCMsgEx: the text that the library has for the code.
+  Step&& text(std::string answer) && {
+    effects.emplace_back(std::function<void(char&)>(
+        [answer](char& first) { std::memcpy(&first, answer.c_str(), answer.size() + 1); }));
+    effects.emplace_back(std::function<void(VltRcMsgOut&)>([answer](VltRcMsgOut& out) {
+      out.text[answer.copy(out.text, out.textSize - 1)] = '\0';
+    }));
+    return std::move(*this);
+  }
+
+  std::string function, args;
+  int16_t rc;
+  std::vector<std::any> effects;
+};
+
+// The two calls with which the agent fetches the text of a code.
+inline std::vector<Step> textSteps(const std::string& handle, int rc, const std::string& text) {
+  const std::string code = handle + " " + std::to_string(rc);
+  return {Step("vltRCMsgEx", code + " 1").text(text), Step("vltRCMsg", code).text(text)};
+}
+
+class ScriptedApi : public DVltApi {
+ public:
+  explicit ScriptedApi(std::vector<Step> steps = {}, const char* optFile = "")
+      : DVltApi("", "", optFile, nullptr), steps_(std::move(steps)), before_(gVltApiObjP) {
+#define VLT_CODE(op, args, ...) \
+  m_fnvlt##op##P = Fake<decltype(&vlt##op)>::template call<kRow##op>;
+#define VLT_VOID(op, args, ...) VLT_CODE(op, args, __VA_ARGS__)
+#include "api/vltentries.def"
+    m_bvltSetUpDone = 0;
+    running_ = this;
+    gVltApiObjP = this;
+  }
+  ~ScriptedApi() {
+    if (next_ < steps_.size() && !offScript_) {
+      ADD_FAILURE() << "left over from " << where() << " on: " << show(steps_[next_]);
+    }
+    ClearPointers();
+    running_ = nullptr;
+    gVltApiObjP = before_;
+  }
+  ScriptedApi(const ScriptedApi&) = delete;
+  ScriptedApi& operator=(const ScriptedApi&) = delete;
+
+  int Setup() override { return 0; }
+  int Cleanup() override { return 0; }
+
+  void add(std::vector<Step> more) {
+    for (Step& step : more) steps_.push_back(std::move(step));
+  }
+  // How many steps were taken.
+  std::size_t taken() const { return next_; }
+
+ private:
+  enum Row {
+#define VLT_CODE(op, args, ...) kRow##op,
+#define VLT_VOID(op, args, ...) kRow##op,
+#include "api/vltentries.def"
+  };
+  static constexpr const char* kNames[] = {
+#define VLT_CODE(op, args, ...) "vlt" #op,
+#define VLT_VOID(op, args, ...) "vlt" #op,
+#include "api/vltentries.def"
+  };
+
+  template <typename Function>
+  struct Fake;
+  template <typename Result, typename... Args>
+  struct Fake<Result (*)(Args...)> {
+    template <Row row>
+    static Result call(Args... args) {
+      std::string text;
+      (describe(text, args), ...);
+      const Step* step = running_->match({kNames[row], text});
+      if (step != nullptr) (applyAll(*step, args), ...);
+      if constexpr (!std::is_void_v<Result>) return step == nullptr ? kOffScript : step->rc;
+    }
+  };
+
+  static std::string quoted(const char* text) {
+    return text == nullptr ? "null" : "'" + std::string(text) + "'";
+  }
+  template <typename Argument>
+  static void describe(std::string& out, Argument argument) {
+    std::string text;
+    if constexpr (std::is_integral_v<Argument>) {
+      text = std::to_string(argument);
+    } else if constexpr (std::is_same_v<Argument, const char*>) {
+      text = quoted(argument);
+    } else if constexpr (std::is_same_v<Argument, const VltDelInfo*>) {
+      text = "id=" + std::to_string(api::toNumber(argument->objId));
+    } else if constexpr (std::is_same_v<Argument, const VltInitExIn*>) {
+      text = "node=" + quoted(argument->clientNodeName) +
+             " owner=" + quoted(argument->clientOwnerName) +
+             " password=" + quoted(argument->clientPassword);
+    } else if constexpr (std::is_same_v<Argument, const VltQueryBackup*>) {
+      const VltObjName& name = *argument->objName;
+      text = quoted(name.fileSpace) + " " + quoted(name.highLevel) + " " + quoted(name.lowLevel) +
+             " owner=" + quoted(argument->owner);
+    } else if constexpr (std::is_same_v<Argument, const VltRcMsgIn*>) {
+      text = std::to_string(argument->handle) + " " + std::to_string(argument->rc) + " " +
+             std::to_string(argument->withIdentifier);
+    }
+    if (!text.empty() && !out.empty()) out += ' ';
+    out += text;
+  }
+
+  template <typename Argument>
+  static void applyAll(const Step& step, Argument argument) {
+    if constexpr (std::is_pointer_v<Argument>) {
+      using Effect = std::function<void(std::remove_pointer_t<Argument>&)>;
+      for (const std::any& effect : step.effects) {
+        if (const Effect* act = std::any_cast<Effect>(&effect)) (*act)(*argument);
+      }
+    }
+  }
+
+  const Step* match(const std::pair<std::string, std::string>& call) {
+    if (offScript_) return nullptr;
+    const bool fits = next_ < steps_.size() && steps_[next_].function == call.first &&
+                      (steps_[next_].args == "*" || steps_[next_].args == call.second);
+    if (fits) return &steps_[next_++];
+    offScript_ = true;
+    ADD_FAILURE() << where() << ": expected "
+                  << (next_ < steps_.size() ? show(steps_[next_]) : "no further call") << ", got "
+                  << call.first << "(" << call.second << ")";
+    return nullptr;
+  }
+
+  std::string where() const {
+    return "step " + std::to_string(next_ + 1) + " of " + std::to_string(steps_.size());
+  }
+  static std::string show(const Step& step) { return step.function + "(" + step.args + ")"; }
+
+  static inline ScriptedApi* running_ = nullptr;
+  std::vector<Step> steps_;
+  std::size_t next_ = 0;
+  bool offScript_ = false;
+  DVltApi* before_;
+};
+
+}  // namespace support
+
+#endif  // TESTS_SUPPORT_SCRIPTED_API_H

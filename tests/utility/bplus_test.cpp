@@ -1,0 +1,110 @@
+// bplus_test.cpp: the search tree against std::set, and what it does with memory.
+#include "utility/bplus.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "common/ut/psmem.h"
+#include "utility/syncdb.h"
+
+namespace {
+
+short insert(dsBPlusTree& tree, const std::string& name) {
+  return tree.IsertItem(const_cast<char*>(name.c_str()), static_cast<int>(name.size()) + 1,
+                        utInsertFilename, utFindFilename);
+}
+
+const char* find(dsBPlusTree& tree, const std::string& name) {
+  return static_cast<const char*>(tree.SearchItem(const_cast<char*>(name.c_str()), utFindFilename));
+}
+
+// Names of very different lengths, so that buffers that are used again would overflow if their
+// sizes were mixed up.
+std::string randomName(std::mt19937& random) {
+  std::string name(random() % (random() % 8 == 0 ? 300 : 6) + 1, 'a');
+  for (char& c : name) c = static_cast<char>('a' + random() % 5);
+  return name;
+}
+
+TEST(BPlusTree, AgreesWithASetOnEveryInsertionAndLookup) {
+  constexpr unsigned kSeed = 4711;
+  std::mt19937 random(kSeed);
+  for (int round = 0; round < 20; ++round) {
+    dsBPlusTree tree(utFreeTree);
+    std::set<std::string> oracle;
+    for (int i = 0; i < 600; ++i) {
+      const std::string name = randomName(random);
+      const short expected = oracle.insert(name).second ? kTreeStored : DUP_VAL;
+      ASSERT_EQ(expected, insert(tree, name)) << "seed " << kSeed << ", " << name;
+      const std::string other = randomName(random);
+      ASSERT_EQ(oracle.count(other) == 1, find(tree, other) != nullptr) << other;
+    }
+    for (const std::string& name : oracle) ASSERT_STREQ(name.c_str(), find(tree, name));
+  }
+}
+
+TEST(BPlusTree, FindsEverythingWhateverTheOrderOfInsertion) {
+  std::vector<std::string> ascending;
+  for (int i = 10000; i < 12000; ++i) ascending.push_back("piece_" + std::to_string(i));
+  std::vector<std::string> descending(ascending.rbegin(), ascending.rend());
+  for (const auto& names : {ascending, descending}) {
+    dsBPlusTree tree;
+    for (const std::string& name : names) ASSERT_EQ(kTreeStored, insert(tree, name));
+    for (const std::string& name : names) {
+      ASSERT_NE(nullptr, find(tree, name));
+      ASSERT_EQ(nullptr, find(tree, name + "x"));
+      ASSERT_EQ(nullptr, find(tree, name.substr(0, name.size() - 1) + "Z"));
+    }
+  }
+}
+
+TEST(BPlusTree, IsEmptyAtFirstAndTellsCapitalsFromSmallLetters) {
+  dsBPlusTree tree;
+  EXPECT_EQ(nullptr, find(tree, "a"));
+  EXPECT_EQ(kTreeNoMemory,
+            tree.IsertItem(const_cast<char*>("a"), 0, utInsertFilename, utFindFilename));
+  EXPECT_EQ(kTreeStored, insert(tree, "Piece"));
+  EXPECT_EQ(nullptr, find(tree, "piece"));
+  EXPECT_EQ(kTreeStored, insert(tree, "piece"));
+}
+
+TEST(BPlusTree, KeepsItsOwnCopies) {
+  dsBPlusTree tree;
+  char name[] = "piece";
+  ASSERT_EQ(kTreeStored, tree.IsertItem(name, sizeof name, utInsertFilename, utFindFilename));
+  name[0] = 'x';
+  EXPECT_STREQ("piece", find(tree, "piece"));
+}
+
+TEST(BPlusTree, ReleasesAllButTheStagingBufferOfEachInsertion) {
+  const ut::MemoryUse before = ut::trackedMemory();
+  std::size_t staged = 0;
+  {
+    dsBPlusTree tree(utFreeTree);
+    for (int i = 0; i < 500; ++i) {
+      const std::string name = std::to_string(i * 7919 % 400);  // some of them twice
+      ASSERT_NE(kTreeNoMemory, insert(tree, name));
+      staged += name.size() + 1;
+    }
+  }
+  EXPECT_EQ(500u, ut::trackedMemory().blocks - before.blocks);
+  EXPECT_EQ(staged, ut::trackedMemory().bytes - before.bytes);
+}
+
+TEST(BPlusTree, PassesOnWhatTheCopyFunctionReturns) {
+  dsBPlusTree tree;
+  const auto refuse = [](void*, void*) -> unsigned short { return 77; };
+  EXPECT_EQ(77, tree.IsertItem(const_cast<char*>("a"), 2, refuse, utFindFilename));
+  EXPECT_EQ(nullptr, find(tree, "a"));
+  EXPECT_EQ(kTreeStored, insert(tree, "b"));
+  EXPECT_EQ(77, tree.IsertItem(const_cast<char*>("c"), 2, refuse, utFindFilename));
+  EXPECT_STREQ("b", find(tree, "b"));
+}
+
+}  // namespace

@@ -1,0 +1,165 @@
+// deletion_test.cpp: the order of transactions for every limit, and each way in which one can fail.
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/captured.h"
+#include "tests/support/scripted_api.h"
+#include "tests/support/tempdir.h"
+#include "tests/utility/messages.h"
+#include "utility/syncdb.h"
+
+namespace {
+
+using support::Step;
+
+// A script in short form, one word a call: B begin, Dn delete object n, C commit, A abort; behind
+// "=" the call's code, behind "/" the reason. "Tn" is the question for the text of code n.
+std::vector<Step> script(const std::string& text) {
+  std::vector<Step> steps;
+  std::istringstream in(text);
+  for (std::string word; in >> word;) {
+    const std::size_t equals = word.find('='), slash = word.find('/');
+    const auto number = [&](std::size_t at) {
+      return at == word.npos ? 0 : std::stoi(word.substr(at + 1));
+    };
+    const auto rc = static_cast<int16_t>(number(equals));
+    const auto reason = static_cast<uint16_t>(number(slash));
+    const auto giveReason = [reason](uint16_t& out) { out = reason; };
+    if (word[0] == 'B') steps.push_back(Step("vltBeginTxn", "7", rc));
+    if (word[0] == 'D') {
+      steps.push_back(
+          Step("vltDeleteObj", "7 2 id=" + std::to_string(std::stoi(word.substr(1))), rc));
+    }
+    if (word[0] == 'C') steps.push_back(Step("vltEndTxn", "7 1", rc).fill<uint16_t>(giveReason));
+    if (word[0] == 'A') steps.push_back(Step("vltEndTxn", "7 2", rc).fill<uint16_t>(giveReason));
+    if (word[0] == 'T') {
+      const std::string code = word.substr(1);
+      steps.push_back(Step("vltRCMsg", "7 " + code).text("ZYL text of " + code));
+    }
+  }
+  return steps;
+}
+
+class Deletion : public WithMessages {
+ protected:
+  void SetUp() override {
+    WithMessages::SetUp();
+    options_.set(dir_.write("vexo.opt", "VLTI_LOG " + dir_.path() + "\n").c_str());
+    orc_.vltHandle = 7;
+  }
+
+  // Lists objects 1 to `count`; those named in `picked` are picked.
+  static void fill(ObjectList& list, unsigned count, const std::string& picked) {
+    for (unsigned id = 1; id <= count; ++id) {
+      utZylObj_s object = {};
+      object.objId = {0, id};
+      object.selected = picked.find(std::to_string(id)) != picked.npos ? 1 : 0;
+      ASSERT_EQ(0, list.addTail(object, 0));
+    }
+  }
+  static std::string left(const ObjectList& list) {
+    std::string ids;
+    for (auto* o = list.getFirst(); o != nullptr; o = list.getNext(o)) {
+      ids += std::to_string(o->objId.lo);
+    }
+    return ids;
+  }
+
+  unsigned short run(ObjectList& list, const std::string& answer, std::string* shown = nullptr) {
+    support::FedInput input(answer);
+    support::Captured output;
+    const unsigned short rc = utDeleteFiles(&list, &orc_);
+    const std::string text = output.take();
+    if (shown != nullptr) *shown = text;
+    return rc;
+  }
+
+  support::TempDir dir_;
+  support::ScopedEnv options_{"VEXO_OPTFILE", nullptr};
+  orcObj_t orc_ = {};
+};
+
+TEST_F(Deletion, FillsTransactionsToOneLessThanTheLimit) {
+  const struct {
+    uint16_t limit;
+    const char* picked;
+    const char* calls;
+    const char* left;
+  } rows[] = {
+      {0, "12345", "B D1 D2 D3 D4 D5 C", ""},
+      {1, "123", "B C B D1 C B D2 C B D3 C", "45"},
+      {2, "123", "B D1 C B D2 C B D3 C", "45"},
+      {3, "12345", "B D1 D2 C B D3 D4 C B D5 C", ""},
+      {3, "2345", "B D2 D3 C B D4 D5 C", "1"},
+      {65535, "15", "B D1 D5 C", "234"},
+      {3, "", "B C", "12345"},
+  };
+  for (const auto& row : rows) {
+    support::ScriptedApi api(script(row.calls));
+    ObjectList list;
+    fill(list, 5, row.picked);
+    orc_.maxObjPerTxn = row.limit;
+    EXPECT_EQ(0, run(list, "y\n")) << row.limit;
+    EXPECT_EQ(row.left, left(list)) << row.limit;
+  }
+}
+
+TEST_F(Deletion, DeletesNothingWithoutAYes) {
+  for (const char* answer : {"n\n", "N\n", "  no\n", "", "x\n\nn\n"}) {
+    support::ScriptedApi api;  // no call at all
+    ObjectList list;
+    fill(list, 3, "123");
+    EXPECT_EQ(0, run(list, answer)) << answer;
+    EXPECT_EQ("123", left(list));
+  }
+}
+
+TEST_F(Deletion, AsksAgainForAnAnswerThatIsNone) {
+  support::ScriptedApi api(script("B D2 C"));
+  ObjectList list;
+  fill(list, 3, "2");
+  std::string shown;
+  EXPECT_EQ(0, run(list, "maybe\nYes please\n", &shown));
+  EXPECT_NE(std::string::npos, shown.find("QRB2580W"));
+  EXPECT_NE(std::string::npos, shown.find("QRB0372E That is not one of the answers YN."));
+  EXPECT_EQ("13", left(list));
+}
+
+TEST_F(Deletion, StopsAtTheFirstFailureAndKeepsTheRest) {
+  const struct {
+    const char* what;
+    const char* calls;
+    unsigned short rc;
+    const char* left;
+    bool onTerminal;
+  } rows[] = {
+      {"first begin", "B=54 T54", 54, "12345", true},
+      {"delete", "B D1 D2=2 T2 A", 2, "2345", true},
+      {"delete, abort fails", "B D1=2 T2 A=-50 T-50", 65486, "12345", true},
+      {"delete, abort checks reason", "B D1=2 T2 A=2302/9 T9", 9, "12345", true},
+      {"delete, abort with a reason only", "B D1=2 T2 A/9 T0", 0, "12345", true},
+      {"commit of a full transaction", "B D1 D2 C=2302/9 T9", 9, "345", false},
+      {"the same, a code", "B D1 D2 C=-50 T-50", 65486, "345", false},
+      {"the same, a reason only", "B D1 D2 C/9 T0", 0, "345", false},
+      {"begin after it", "B D1 D2 C B=2410 T2410", 2410, "345", false},
+      {"last commit", "B D1 D2 C B D3 D4 C B D5 C=2302/11 T11", 11, "", true},
+      {"last commit, a reason only", "B D1 D2 C B D3 D4 C B D5 C/11 T0", 0, "", true},
+      {"last commit, no reason given", "B D1 D2 C B D3 D4 C B D5 C=2302 T2302", 2302, "", true},
+  };
+  orc_.maxObjPerTxn = 3;
+  for (const auto& row : rows) {
+    support::ScriptedApi api(script(row.calls));
+    ObjectList list;
+    fill(list, 5, "12345");
+    std::string shown;
+    EXPECT_EQ(row.rc, run(list, "y\n", &shown)) << row.what;
+    EXPECT_EQ(row.left, left(list)) << row.what;
+    EXPECT_EQ(row.onTerminal, shown.find("\nZYL text of ") != shown.npos) << row.what;
+  }
+  EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find("> ==> ZYL text of 2410\n"));
+}
+
+}  // namespace

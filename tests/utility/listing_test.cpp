@@ -1,0 +1,261 @@
+// listing_test.cpp: which objects of the server come into the list, and what ends a listing.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "common/ut/trace.h"
+#include "tests/support/captured.h"
+#include "tests/support/scripted_api.h"
+#include "tests/support/tempdir.h"
+#include "tests/utility/messages.h"
+#include "utility/syncdb.h"
+
+namespace {
+
+using support::Step;
+
+template <std::size_t N>
+void put(char (&to)[N], const std::string& text) {
+  std::snprintf(to, N, "%s", text.c_str());
+}
+
+// The library's answer to the next-object call: one object.
+Step found(const std::string& lowLevel, VltDate date = {2026, 3, 7, 8, 5, 9}) {
+  return Step("vltGetNextQObj", "7", VLT_RC_MORE_DATA)
+      .fill<VltDataBlk>([lowLevel, date](VltDataBlk& block) {
+        auto& object = *static_cast<VltQryRespBackup*>(block.buffer);
+        EXPECT_EQ(8, object.structVersion);
+        EXPECT_EQ(4600u, block.bufferLen);
+        put(object.objName.fileSpace, "/fs");
+        put(object.objName.highLevel, "/oracle");
+        put(object.objName.lowLevel, lowLevel);
+        object.objId = {1, 2};
+        object.insDate = date;
+        object.sizeEstimate = {1, 5};
+        object.compressType = 1;
+        object.encryptionType = 8 + 16;
+        object.clientDeduplicated = 1;
+      });
+}
+Step answer(int16_t rc) { return Step("vltGetNextQObj", "7", rc); }
+Step ended() { return Step("vltEndQuery", "7"); }
+
+std::vector<Step> started() {
+  return {Step("vltQuerySessInfo", "7").fill<VltSessInfo>([](VltSessInfo& info) {
+            put(info.nodeName, "ORANODE");
+            put(info.owner, "DBA");
+          }),
+          Step("vltBeginQuery", "7 1 '/fs' '/*' '/*' owner='DBA'")
+              .look<VltQueryBackup>([](const VltQueryBackup& query) {
+                EXPECT_EQ(2, query.structVersion);
+                EXPECT_EQ(VLT_STATE_ACTIVE, query.objState);
+                EXPECT_EQ(2026, query.pitDate.year);
+                EXPECT_EQ(3, query.pitDate.month);
+                EXPECT_EQ(31, query.pitDate.day);
+                EXPECT_EQ(23, query.pitDate.hour);
+                EXPECT_EQ(59, query.pitDate.minute);
+                EXPECT_EQ(59, query.pitDate.second);
+              })};
+}
+
+class FileList : public WithMessages {
+ protected:
+  void SetUp() override {
+    WithMessages::SetUp();
+    options_.set(dir_.write("vexo.opt", "VLTI_LOG " + dir_.path() + "\n").c_str());
+    orc_.vltHandle = 7;
+    put(orc_.VEXO_FS, "/fs");
+    put(orc_.VEXO_OWNER, "DBA");
+  }
+
+  // Runs a listing from 7 March to 31 March 2026 against `steps`.
+  unsigned short list(std::vector<Step> steps, dsBPlusTree* tree = nullptr, bool query = false) {
+    support::ScriptedApi api(query ? std::vector<Step>{} : started());
+    api.add(std::move(steps));
+    support::Captured output;
+    const unsigned short rc =
+        utGetFileList(ut::makeDate(2026, 3, 7), ut::makeDate(2026, 3, 31), &orc_, &list_, tree);
+    shown_ = output.take();
+    return rc;
+  }
+  std::string names() const {
+    std::string text;
+    for (auto* o = list_.getFirst(); o != nullptr; o = list_.getNext(o)) {
+      text += std::string(text.empty() ? "" : " ") + o->name;
+    }
+    return text;
+  }
+
+  support::TempDir dir_;
+  support::ScopedEnv options_{"VEXO_OPTFILE", nullptr};
+  orcObj_t orc_ = {};
+  ObjectList list_;
+  std::string shown_;
+};
+
+TEST_F(FileList, TakesAnObjectOverWithAllThatTheServerSaysOfIt) {
+  EXPECT_EQ(0, list({found("/piece"), answer(VLT_RC_FINISHED), ended()}));
+  const utZylObj_s* object = list_.getFirst();
+  ASSERT_NE(nullptr, object);
+  EXPECT_STREQ("/fs/oracle/piece", object->name);
+  EXPECT_STREQ("ORANODE", object->node);
+  EXPECT_STREQ("DBA", object->owner);
+  EXPECT_EQ((1ull << 32) + 2, api::toNumber(object->objId));
+  EXPECT_EQ((1ull << 32) + 5, api::toNumber(object->sizeEstimate));
+  EXPECT_EQ(1u, object->compressed);
+  EXPECT_EQ(24, object->encryptionType);
+  EXPECT_EQ(1u, object->clientDeduplicated);
+  EXPECT_EQ(0u, object->selected);
+  EXPECT_EQ("", shown_);
+  support::Captured output;
+  utPrintBackupItem(list_.getFirst());
+  const std::string text = output.take();
+  for (const char* part :
+       {"/fs/oracle/piece", "AES_128BIT", "03/07/2026 08:05:09", "4,294,967,301"}) {
+    EXPECT_NE(std::string::npos, text.find(part)) << text;
+  }
+}
+
+TEST_F(FileList, CountsTheStartDateByWholeDays) {
+  EXPECT_EQ(0, list({found("/a", {2026, 3, 7, 0, 0, 0}), found("/b", {2026, 3, 6, 23, 59, 59}),
+                     found("/c", {2026, 2, 28, 1, 1, 1}), found("/d", {2025, 12, 31, 1, 1, 1}),
+                     found("/e", {2026, 4, 1, 1, 1, 1}), found("/f", {2027, 1, 1, 1, 1, 1}),
+                     answer(VLT_RC_FINISHED), ended()}));
+  EXPECT_EQ("/fs/oracle/a /fs/oracle/e /fs/oracle/f", names());
+}
+
+// Everything turns on this comparison: one leading "/" is dropped, the rest counts byte for byte.
+TEST_F(FileList, LeavesOutWhatTheTreeHolds) {
+  dsBPlusTree tree;
+  const std::string longest(255, 'x');
+  for (const std::string& handle : {std::string("known"), std::string("/deep"), longest}) {
+    ASSERT_EQ(0,
+              tree.IsertItem(const_cast<char*>(handle.c_str()), static_cast<int>(handle.size()) + 1,
+                             utInsertFilename, utFindFilename));
+  }
+  EXPECT_EQ(0, list({found("/known"), found("known"), found("//deep"), found("/deep"),
+                     found("/Known"), found("/know"), found("/known "), found("/"),
+                     found("/" + longest), found("x" + longest), answer(VLT_RC_FINISHED), ended()},
+                    &tree));
+  EXPECT_EQ(
+      "/fs/oracle/deep /fs/oracle/Known /fs/oracle/know /fs/oracle/known  /fs/oracle/ "
+      "/fs/oraclex" +
+          longest,
+      names());
+}
+
+TEST_F(FileList, EndsAsTheServerSays) {
+  const std::string nothing = "\n\nQRB2599I There are no backup objects to show.\n\n\n";
+  const struct {
+    std::vector<Step> steps;
+    const char* names;
+    std::string shown;
+  } rows[] = {
+      {{answer(VLT_RC_FINISHED), ended()}, "", nothing},
+      {{answer(VLT_RC_NO_MATCH), Step("vltRCMsg", "7 0").text("ok"), ended()}, "", nothing},
+      {{answer(VLT_RC_UNKNOWN_FORMAT), found("/a"), answer(VLT_RC_UNKNOWN_FORMAT),
+        answer(VLT_RC_FINISHED), ended()},
+       "/fs/oracle/a",
+       ""},
+      {{found("/a"), answer(-50), ended()}, "/fs/oracle/a", ""},
+      {{answer(-50), ended()}, "", ""},
+  };
+  for (const auto& row : rows) {
+    list_.freeAll();
+    EXPECT_EQ(0, list(row.steps));
+    EXPECT_EQ(row.names, names());
+    EXPECT_EQ(row.shown, shown_);
+  }
+}
+
+TEST_F(FileList, PassesOnTheCodeOfASessionOrAQueryThatFails) {
+  EXPECT_EQ(2402,
+            list({Step("vltQuerySessInfo", "7", 2402), Step("vltRCMsg", "7 2402").text("ZYL gone")},
+                 nullptr, true));
+  EXPECT_EQ("", shown_);
+  EXPECT_EQ(54, list({Step("vltQuerySessInfo", "7"), Step("vltBeginQuery", "*", 54),
+                      Step("vltRCMsg", "7 54").text("ZYL not yours")},
+                     nullptr, true));
+  EXPECT_EQ("\nZYL not yours\n\n", shown_);
+  EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find("ZYL gone\n"));
+}
+
+TEST_F(FileList, WritesTheNamesToAFileOnlyForDiagnosis) {
+  support::ScopedEnv tmp("TMPDIR", dir_.path().c_str());
+  const auto diagnostic = [&] {
+    std::string name;
+    for (const auto& entry : std::filesystem::directory_iterator(dir_.path())) {
+      const std::string file = entry.path().filename();
+      if (file.find("ZYLO") == 0) name = file;
+    }
+    return name;
+  };
+  EXPECT_EQ(0, list({found("/a"), answer(VLT_RC_FINISHED), ended()}));
+  EXPECT_EQ("", diagnostic());
+  TR_ORCLEVEL2 = 1;
+  EXPECT_EQ(0, list({found("/a"), found("/b", {2026, 3, 1, 0, 0, 0}), found("c"),
+                     answer(VLT_RC_FINISHED), ended()}));
+  TR_ORCLEVEL2 = 0;
+  ASSERT_NE("", diagnostic());
+  EXPECT_EQ("a\nc\n", dir_.read(diagnostic()));
+}
+
+TEST_F(FileList, OffersDefaultDatesInEveryFormat) {
+  const struct {
+    int format;
+    const char* start;
+    const char* end;
+  } rows[] = {{1, "01/01/1990", "%02d/%02d/%04d"},
+              {2, "01-01-1990", ""},
+              {3, "1990-01-01", ""},
+              {4, "01.01.1990", ""},
+              {5, "1990.01.01", ""}};
+  for (const auto& row : rows) {
+    destroyNlsGlobalObject();
+    open(row.format);
+    char start[16], end[16];
+    utGetDefaultDates(start, end);
+    EXPECT_STREQ(row.start, start);
+    nfDate today = {};
+    ASSERT_EQ(0, dateParse(end, &today, 0)) << end;
+    const nfDate now = ut::localNow();
+    EXPECT_EQ(0, dateCmp(ut::makeDate(ut::yearOf(now), now.month, now.day), today)) << end;
+  }
+}
+
+TEST_F(FileList, AsksForDatesUntilTheRangeIsValid) {
+  const struct {
+    const char* answers;
+    nfDate start, end;  // a year of 0: today
+    int usedDefault;
+  } rows[] = {
+      {"\n\n", ut::makeDate(1990, 1, 1), {}, 1},
+      {"", ut::makeDate(1990, 1, 1), {}, 1},
+      {"03/07/2026\n3/31/2026\n", ut::makeDate(2026, 3, 7), ut::makeDate(2026, 3, 31), 0},
+      {"x\n02/30/2026\n03/07/2026\n03/31/2026 \n03/31/2026\n", ut::makeDate(2026, 3, 7),
+       ut::makeDate(2026, 3, 31), 0},
+      {"nonsense\n\n03/31/2026\n", ut::makeDate(1990, 1, 1), ut::makeDate(2026, 3, 31), 0},
+      {"03/07/2026\n03/06/2026\n03/01/2026\n03/06/2026\n", ut::makeDate(2026, 3, 1),
+       ut::makeDate(2026, 3, 6), 0},
+      // The default end was taken once: the flag stays, whatever comes later.
+      {"12/31/9999\n\n03/01/2026\n03/06/2026\n", ut::makeDate(2026, 3, 1), ut::makeDate(2026, 3, 6),
+       1},
+  };
+  for (const auto& row : rows) {
+    support::FedInput input(row.answers);
+    support::Captured output;
+    nfDate start = {}, end = {};
+    int usedDefault = 0;
+    utGetDates(&start, &end, usedDefault);
+    output.take();
+    EXPECT_EQ(0, dateCmp(row.start, start)) << row.answers;
+    if (ut::yearOf(row.end) != 0) {
+      EXPECT_EQ(0, dateCmp(row.end, end)) << row.answers;
+    }
+    EXPECT_EQ(row.usedDefault, usedDefault) << row.answers;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,161 @@
+// utparser_test.cpp: command lines, what becomes of them, and what is said about them.
+#include "utility/utparser.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/utility/messages.h"
+
+namespace {
+
+// The parts of a command line, in storage that the parser may change.
+class Arguments {
+ public:
+  explicit Arguments(const std::string& line) {
+    std::istringstream in(line);
+    words_.push_back("vexosync");
+    for (std::string word; in >> word;) words_.push_back(word);
+    for (std::string& word : words_) pointers_.push_back(word.data());
+    pointers_.push_back(nullptr);
+  }
+  int count() const { return static_cast<int>(words_.size()); }
+  char** values() { return pointers_.data(); }
+
+ private:
+  std::vector<std::string> words_;
+  std::vector<char*> pointers_;
+};
+
+struct Parsed {
+  unsigned short rc;
+  vexoCommandsInfo_t commands = {};
+  vexoOptionsInfo_t options = {};
+};
+
+class CommandLine : public WithMessages {
+ protected:
+  static Parsed parse(const std::string& line) {
+    Arguments arguments(line);
+    Parsed result = {};
+    result.rc =
+        vexoParseCmdLine(arguments.count(), arguments.values(), &result.commands, &result.options);
+    return result;
+  }
+};
+
+TEST_F(CommandLine, GivesAResultForEveryLine) {
+  const struct {
+    const char* line;
+    unsigned short rc;
+  } rows[] = {
+      {"", 12},
+      {"q", 0},
+      {"QUERY", 0},
+      {"queryx", 1},
+      {"sync", 0},
+      {"SyncDb", 0},
+      {"syn", 1},
+      {"syncdbx", 1},
+      {"delet", 1},
+      {"help", 0},
+      {"hel", 1},
+      {"password", 0},
+      {"passw", 0},
+      {"pass", 1},
+      {"showsessinfo", 0},
+      {"showsessinf", 1},
+      {"showver -out=x", 0},
+      {"help -out=x", 4},
+      {"delete -out=x", 4},
+      {"query -numcat=2", 4},
+      {"sync -numcat=3", 0},
+      {"sync -NUMCATALOGS=3", 0},
+      {"sync -numcatalogsx=3", 4},
+      {"sync -numca=3", 4},
+      {"sync -numcat=10", 14},
+      {"sync -numcat=20", 14},
+      {"sync -numcat=-1", 14},
+      {"sync -numcat=2x", 14},
+      {"sync -numcat=", 13},
+      {"sync -numcat", 13},
+      {"sync -numcat=2 -nocat", 4},
+      {"sync -nocat -numcat=2", 4},
+      {"sync -nocat=whatever -numorcinst=2", 0},
+      {"sync -numorcinst=2 -numcat=2", 4},
+      {"sync -numcat=2 -numorcinst=2", 4},
+      {"sync nocat", 4},
+      {"query -vexo_opt=/a/b=c.opt", 0},
+      {"query -vexo_opt", 13},
+      {"query -vexo_op=/a", 4},
+      {"password abc xyz", 0},
+      {"password -vexo_optfile=a.opt abc xyz", 13},
+      {"password abc xyz -vexo_optfile=a.opt", 0},
+      {"password abc xyz -nocat", 4},
+  };
+  for (const auto& row : rows) {
+    const Parsed parsed = parse(row.line);
+    EXPECT_EQ(row.rc, parsed.rc) << row.line;
+    if (row.rc != 0) {
+      EXPECT_EQ(1u, parsed.commands.help) << row.line;
+    }
+  }
+}
+
+TEST_F(CommandLine, SetsTheFlagOfTheCommandAlone) {
+  const Parsed query = parse("q");
+  EXPECT_EQ(1u, query.commands.query);
+  EXPECT_EQ(0u, query.commands.syncdb + query.commands.deleteObj + query.commands.help);
+  EXPECT_EQ(1u, parse("sync").commands.syncdb);
+  EXPECT_EQ(1u, parse("delete").commands.deleteObj);
+  EXPECT_EQ(1u, parse("help").commands.help);
+  EXPECT_EQ(1u, parse("showversions").commands.showVersions);
+}
+
+TEST_F(CommandLine, KeepsValuesAsTheyWereWritten) {
+  EXPECT_STREQ("/a/B=c.opt", parse("query -vexo_opt=/a/B=c.opt").options.optFile);
+  const Parsed two = parse("sync -nocat -numorcinst=25");
+  EXPECT_EQ(25, two.options.numOrcInstances);
+  EXPECT_EQ(1, two.options.noCatalog);
+  EXPECT_EQ(2147483647, parse("sync -numcat=99999999999999999999").options.numCatalogs);
+}
+
+TEST_F(CommandLine, RefusesAFileNameThatDoesNotFitWhole) {
+  EXPECT_EQ(0, parse("query -vexo_opt=" + std::string(1024, 'x')).rc);
+  const Parsed parsed = parse("query -vexo_opt=" + std::string(1025, 'x'));
+  EXPECT_EQ(4, parsed.rc);
+  EXPECT_STREQ("", parsed.options.optFile);
+}
+
+// They are tried as options first, which upper-cases them and cuts them at "=".
+TEST_F(CommandLine, TakesPasswordsAsTheTrialAsOptionsLeavesThem) {
+  const Parsed parsed = parse("password abc=d xyz");
+  EXPECT_STREQ("ABC", parsed.options.oldPassword);
+  EXPECT_STREQ("XYZ", parsed.options.newPassword);
+  EXPECT_EQ(
+      64u,
+      std::string(parse("password " + std::string(99, 'x') + " b").options.oldPassword).size());
+}
+
+TEST_F(CommandLine, SaysWhatIsWrong) {
+  const struct {
+    unsigned short result;
+    const char* number;
+    bool echoed;
+  } rows[] = {{4, "QRB0103E", true},   {12, "QRB0100E", false}, {13, "QRB0105E", false},
+              {14, "QRB2622E", false}, {1, "QRB0102E", true},   {99, "QRB0102E", true}};
+  for (const auto& row : rows) {
+    testing::internal::CaptureStdout();
+    vexoPrintError(row.result, "SYNX");
+    const std::string said = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(0u, said.find(std::string("\n") + row.number)) << said;
+    EXPECT_EQ(row.echoed, said.find("\nSYNX\n\n") != said.npos) << said;
+  }
+  testing::internal::CaptureStdout();
+  vexoPrintError(1, nullptr);
+  EXPECT_EQ(std::string::npos, testing::internal::GetCapturedStdout().find("(null)"));
+}
+
+}  // namespace

@@ -1,0 +1,325 @@
+// utpick_test.cpp: the pick list: answers, keys, and the exact page at several sizes and offsets.
+#include "utility/utpick.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/utility/messages.h"
+
+namespace {
+
+utZylObj_s object(unsigned number, const char* owner = "") {
+  utZylObj_s result = {};
+  std::snprintf(result.name, sizeof result.name, "/marlorc/oracle/PIECE_%u", number);
+  std::snprintf(result.node, sizeof result.node, "ORANODE");
+  std::snprintf(result.owner, sizeof result.owner, "%s", owner);
+  result.insDate = {2026, 3, 7, 8, 5, 9};
+  result.sizeEstimate = {0, number * 1024};
+  return result;
+}
+
+void fill(ObjectList& list, unsigned count, const char* owner = "") {
+  for (unsigned i = 1; i <= count; ++i) ASSERT_EQ(0, list.addTail(object(i, owner), 0));
+}
+
+std::string picks(const ObjectList& list) {
+  std::string result;
+  int position = 1;
+  for (const utZylObj_s* o = list.getFirst(); o != nullptr; o = list.getNext(o), ++position) {
+    if (o->selected == 1) result += (result.empty() ? "" : " ") + std::to_string(position);
+  }
+  return result;
+}
+
+class PickList : public WithMessages {
+ protected:
+  void SetUp() override {
+    ::setenv("TERM", "ansi", 1);
+    WithMessages::SetUp();
+  }
+
+  // What a command writes to standard output, without the codes that clear the screen.
+  template <typename Command>
+  static std::string shown(Command command) {
+    testing::internal::CaptureStdout();
+    command();
+    std::fflush(stdout);
+    const std::string raw = testing::internal::GetCapturedStdout();
+    std::string text;
+    for (std::size_t i = 0; i < raw.size(); ++i) {
+      if (raw[i] != '\x1b') {
+        text += raw[i];
+      } else {
+        i = raw.find_first_of("HJ", i);
+      }
+    }
+    return text;
+  }
+
+  static std::vector<std::string> page(ObjectList& list, unsigned top, int rows, int cols,
+                                       int hoffset, int* pageSize = nullptr) {
+    const std::string text = shown([&] {
+      const int size =
+          DisplayList(&list, top, rows, cols, hoffset, static_cast<unsigned>(list.count()));
+      if (pageSize != nullptr) *pageSize = size;
+    });
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+  }
+
+  // Runs the list with a text on standard input. The output is no terminal: 23 rows, 1024 columns,
+  // pages of 13 lines.
+  static int run(ObjectList& list, const std::string& input, std::string* output = nullptr) {
+    std::FILE* answers = std::tmpfile();
+    std::fputs(input.c_str(), answers);
+    std::rewind(answers);
+    std::FILE* saved = stdin;
+    stdin = answers;
+    int rc = -1;
+    const std::string text = shown([&] { rc = pkPickHandler(&list); });
+    stdin = saved;
+    std::fclose(answers);
+    if (output != nullptr) *output = text;
+    return rc;
+  }
+};
+
+TEST_F(PickList, AppliesEveryFormOfAnswer) {
+  const struct {
+    const char* answer;
+    const char* before;  // "+": all picked
+    const char* picked;
+  } rows[] = {
+      {"7", "", "7"},
+      {"7 7", "", ""},
+      {"2 4 6", "", "2 4 6"},
+      {"2,4", "", "2 4"},
+      {"2\t4", "", "2 4"},
+      {"2:5+", "", "2 3 4 5"},
+      {"2:5-", "+", "1 6 7 8 9"},
+      {"5+", "", "5"},
+      {"5-", "+", "1 2 3 4 6 7 8 9"},
+      {"5:2+", "", ""},
+      {"3:7", "", "7"},                 // without a sign only the last one is turned
+      {"3:5 9+", "", "3 4 5 6 7 8 9"},  // the open range waits for the next sign
+      {"1-5", "+", "2 3 4 6 7 8 9"},    // no range: 1 is dropped, 5 turned
+      {"2+4+", "", "1 2 3 4"},          // a second signed item starts at the first entry
+      {"8+2-", "", "8"},                // ... also when it drops
+      {"2+ 4+", "", "2 4"},             // two delimiters: the sign of 4 is not seen
+      {"0", "", ""},
+      {"0:3+", "", "1 2 3"},
+      {"0+", "", "1"},  // entry 0 is the first one
+      {"10", "", ""},
+      {"8:99999999999999999999+", "", "8 9"},
+      {"99999999999999999999", "", ""},
+      {"x y", "", ""},
+      {"3  4+", "", "3 4"},  // two delimiters: the sign is looked for one place too early
+      {"3   4+", "+", "1 2 5 6 7 8 9"},
+      {" 5+", "", "5"},
+      {"++5+", "", "5"},
+      {"", "", ""},
+      {"+-:,", "", ""},
+  };
+  for (const auto& row : rows) {
+    ObjectList list;
+    fill(list, 9);
+    if (*row.before == '+') ProcessAnswer(&list, "1:9+", 9);
+    ProcessAnswer(&list, row.answer, 9);
+    EXPECT_EQ(row.picked, picks(list)) << "answer: " << row.answer;
+  }
+}
+
+TEST_F(PickList, MarksByModeAndIgnoresWhatIsNotThere) {
+  ObjectList list;
+  fill(list, 3);
+  pkHighlightEntry(&list, 2, 3, kPick);
+  pkHighlightEntry(&list, 2, 3, kPick);
+  pkHighlightEntry(&list, 3, 3, kToggle);
+  pkHighlightEntry(&list, 1, 3, 7);
+  pkHighlightEntry(&list, 4, 3, kPick);
+  EXPECT_EQ("2 3", picks(list));
+  pkHighlightEntry(&list, 3, 3, kToggle);
+  pkHighlightEntry(&list, 2, 3, kUnpick);
+  EXPECT_EQ("", picks(list));
+  utZylObj_s* element = nullptr;
+  gotoListElement(&list, &element, 0);
+  EXPECT_EQ(list.getFirst(), element);
+  gotoListElement(&list, &element, 4);
+  EXPECT_EQ(nullptr, element);
+  char text[kEntryTextSize] = "x";
+  EXPECT_EQ(0, pkFormatEntry(&list, text, 3, 4));
+  EXPECT_STREQ("", text);
+}
+
+TEST_F(PickList, CutsAndShiftsLines) {
+  const struct {
+    const char* in;
+    int offset, width;
+    const char* out;
+  } rows[] = {{"abcdef", 0, 6, "abcdef"},
+              {"abcdef", 0, 5, "abcde"},
+              {"abcdef", 2, 3, "cde"},
+              {"abcdef", 2, 9, "cdef"},
+              {"abcdef", 6, 3, ""},
+              {"abcdef", 7, 3, " "},
+              {"", 0, 3, ""},
+              {"", 1, 3, " "},
+              {nullptr, 0, 3, ""}};
+  for (const auto& row : rows) {
+    char out[16] = "unchanged";
+    FitStringToScreenSize(out, row.in, row.offset, row.width);
+    EXPECT_STREQ(row.out, out);
+  }
+  FitStringToScreenSize(nullptr, "abc", 0, 3);
+}
+
+TEST_F(PickList, DrawsThreeEntriesOnTwentyFourLines) {
+  ObjectList list;
+  fill(list, 3);
+  list.getFirst()->selected = 1;
+  int pageSize = 0;
+  const std::vector<std::string> lines = page(list, 1, 22, 79, 0, &pageSize);
+  std::vector<std::string> expected = {
+      "Backup objects on the storage server",
+      "Node:  ORANODE",
+      "",
+      "          Date       Time              Size  Object name",
+      "        " + std::string(71, '-'),
+      "x      1| 03/07/2026 08:05:09       1.00 KB  /marlorc/oracle/PIECE_1",
+      "       2| 03/07/2026 08:05:09       2.00 KB  /marlorc/oracle/PIECE_2",
+      "       3| 03/07/2026 08:05:09       3.00 KB  /marlorc/oracle/PIECE_3",
+  };
+  for (int i = 0; i < 10; ++i) expected.push_back("        | ");
+  expected.push_back(
+      "        0---------10--------20--------30--------40--------50--------60--------7");
+  ASSERT_EQ(23u, lines.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(expected[i], lines[i]) << i;
+  EXPECT_EQ("Command ==> ", lines.back());
+  EXPECT_EQ(13, pageSize);
+}
+
+TEST_F(PickList, GivesTheOwnerALineOfTheList) {
+  ObjectList list;
+  fill(list, 30, "DBA");
+  int pageSize = 0;
+  const std::vector<std::string> lines = page(list, 19, 22, 79, 0, &pageSize);
+  EXPECT_EQ("Owner: DBA", lines[2]);
+  EXPECT_EQ(0u, lines[6].find("      19| "));
+  EXPECT_EQ(0u, lines[17].find("      30| "));
+  EXPECT_EQ(12, pageSize);
+  EXPECT_EQ(23u, lines.size());
+}
+
+TEST_F(PickList, ScrollsTextHeadingAndRulerTogether) {
+  ObjectList list;
+  fill(list, 1);
+  const std::vector<std::string> shifted = page(list, 1, 12, 40, 35);
+  EXPECT_EQ("    Size  Object name", shifted[3]);
+  EXPECT_EQ("       1| /marlorc/oracle/PIECE_1", shifted[5]);
+  EXPECT_EQ("        -----40--------50--------60-----", shifted[8]);
+  const std::vector<std::string> past = page(list, 1, 12, 40, 1000);
+  EXPECT_EQ(" ", past[3]);
+  EXPECT_EQ("       1|  ", past[5]);
+  // One column too many after each number from 100 to 999.
+  const std::vector<std::string> hundreds = page(list, 1, 12, 60, 90);
+  EXPECT_EQ("        90--------100------110------120------130------140", hundreds[8].substr(0, 57));
+}
+
+TEST_F(PickList, FitsEveryWidthFromTwentyColumnsOn) {
+  ObjectList list;
+  fill(list, 40);
+  for (const int cols : {20, 21, 40, 79, 80, 132, 199}) {
+    for (const std::string& line : page(list, 1, 30, cols, 0)) {
+      EXPECT_LE(line.size(), static_cast<std::size_t>(cols)) << cols << ": " << line;
+    }
+  }
+}
+
+// Keys, then the first entry and the first number of the ruler on the last page.
+TEST_F(PickList, MovesByWholePagesAndStaysInTheList) {
+  const struct {
+    const char* keys;
+    unsigned count;
+    unsigned top;
+    const char* ruler;
+  } rows[] = {
+      {"", 30, 1, "0-"},
+      {"d", 30, 14, "0-"},
+      {"d\nd", 30, 27, "0-"},
+      {"d\nd\nD", 30, 27, "0-"},
+      {"b", 30, 18, "0-"},
+      {"d\nu", 30, 1, "0-"},
+      {"g5\nu", 30, 1, "0-"},
+      {"b\nt", 30, 1, "0-"},
+      {"d", 3, 1, "0-"},
+      {"b", 3, 1, "0-"},
+      {"g 5", 30, 5, "0-"},
+      {"G:5", 30, 5, "0-"},
+      {"g 0\ng 31\ng\ng x\ng -3", 30, 1, "0-"},
+      {"r", 30, 1, "20-"},
+      {"R 5\nr5", 30, 1, "10-"},
+      {"r 15\nl", 30, 1, "0-"},
+      {"r 40\nL 10", 30, 1, "30-"},
+      {"r 1040\nr", 30, 1, "------1060"},  // 1054
+      {"r 99999999999999999999", 30, 1, "------1060"},
+      {"l -99999999999999999999", 30, 1, "------1060"},
+      {"r -5", 30, 1, "0-"},
+      {"\n  \nzzz", 30, 1, "0-"},
+  };
+  for (const auto& row : rows) {
+    ObjectList list;
+    fill(list, row.count);
+    std::string output;
+    EXPECT_EQ(kPickCancelled, run(list, std::string(row.keys) + "\nq\n", &output));
+    const std::size_t last = output.rfind("Backup objects on the storage server");
+    char expected[32];
+    std::snprintf(expected, sizeof expected, "\n%8u| ", row.top);
+    const std::size_t entry = output.find('|', last);
+    EXPECT_EQ(expected, output.substr(entry - 9, 11)) << row.keys;
+    const std::size_t ruler = output.find(std::string("\n        ") + row.ruler, entry);
+    EXPECT_NE(std::string::npos, ruler) << row.keys;
+  }
+}
+
+TEST_F(PickList, ReturnsThePicksOnlyWhenTheyAreConfirmed) {
+  ObjectList list;
+  fill(list, 20);
+  list.getFirst()->selected = 1;  // from an earlier time: forgotten
+  EXPECT_EQ(0, run(list, "3 5\no\n"));
+  EXPECT_EQ("3 5", picks(list));
+  EXPECT_EQ(0, run(list, "+ 3\nO whatever\n"));
+  EXPECT_EQ("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20", picks(list));
+  EXPECT_EQ(0, run(list, "+\n- 3\n7\no\n"));
+  EXPECT_EQ("7", picks(list));
+  for (const char* leave : {"c\n", "C\n", "q\n", "Quit\n"}) EXPECT_EQ(300, run(list, leave));
+}
+
+// Half of an answer could mark what was not meant.
+TEST_F(PickList, IgnoresAnAnswerThatIsTooLong) {
+  ObjectList list;
+  fill(list, 20);
+  const std::string blanks(253, ' ');
+  EXPECT_EQ(0, run(list, "3" + blanks + "5\no\n"));
+  EXPECT_EQ("", picks(list)) << "255 characters are one too many";
+  EXPECT_EQ(0, run(list, "3 " + std::string(250, ',') + "5+\no\n"));
+  EXPECT_EQ("3 5", picks(list));
+  EXPECT_EQ(0, run(list, "3 " + std::string(5000, ' ') + "O\no\n")) << "its rest is no command";
+  EXPECT_EQ("", picks(list));
+}
+
+TEST_F(PickList, SaysNothingAboutAnEmptyList) {
+  ObjectList list;
+  std::string output = "x";
+  EXPECT_EQ(kPickCancelled, run(list, "o\n", &output));
+  EXPECT_EQ("", output);
+}
+
+}  // namespace
