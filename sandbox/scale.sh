@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# scale.sh: SYNCDB on a large generated site in directory $1 with $2 orphans: all of them picked with
+# "+" and deleted. Called by ./dev, which has made the site with the catalogs prod and test. Prints
+# the time; exit status 0 only if exactly the orphans are gone.
+set -euo pipefail
+site=$1 orphans=$2
+
+cat >"$site/session" <<'EOF'
+expect Start date
+send
+expect End date
+send +0
+expect user name
+send rman
+expect password
+secret rman
+expect connect string
+send prod
+expect user name
+send rman
+expect password
+secret rman
+expect connect string
+send test
+expect Command ==>
+send +
+expect Command ==>
+send b
+expect Command ==>
+send O
+expect Do you want to continue?
+send y
+expect There are no backup objects to show.
+EOF
+before=$(zylstore list | wc -l)
+status=0
+TIMEFORMAT='SYNCDB on the terminal: %R s (user %U, system %S, children included)'
+time playsession --timeout 600 "$site/session" -- vexosync SYNCDB -NUMCATALOGS=2 >"$site/screen" || status=$?
+after=$(zylstore list | wc -l)
+echo "objects before $before, after $after, orphans $orphans, exit status $status"
+[[ $status == 44 && $((before - after)) == "$orphans" ]]

@@ -1,0 +1,57 @@
+// zylstore.cpp: the administrator's tool of the sandbox: its main function.
+//
+// Exit status: 0 done, 1 could not be done, 2 typed wrong; for 1 and 2 one line on standard error.
+#include <cstdio>
+#include <iostream>
+
+#include "sandbox/site.h"
+#include "sandbox/zylstore_commands.h"
+
+namespace sandbox {
+namespace {
+
+std::vector<CommandRow> allCommands() {
+  std::vector<CommandRow> commands;
+  for (const auto rows : {objectCommands(), catalogCommands(), faultCommands()})
+    commands.insert(commands.end(), rows.begin(), rows.end());
+  return commands;
+}
+
+void run(std::span<const std::string> words) {
+  const std::vector<CommandRow> commands = allCommands();
+  if (!words.empty() && (words[0] == "--help" || words[0] == "help")) {
+    std::cout << helpText(commands);
+    return;
+  }
+  size_t used = 0;
+  const CommandRow& command = findCommand(commands, words, used);
+  const Arguments arguments(command, words.subspan(used));
+  if (arguments.wantsHelp())
+    std::cout << helpText(command);
+  else
+    command.run(arguments);
+}
+
+int complain(const char* what, int status) {
+  std::cout.flush();
+  std::fprintf(stderr, "zylstore: %s\n", what);
+  return status;
+}
+
+}  // namespace
+}  // namespace sandbox
+
+int main(int argc, char** argv) {
+  std::ios::sync_with_stdio(false);
+  try {
+    const std::vector<std::string> words(argv + 1, argv + argc);
+    sandbox::run(words);
+    // A full disk or a closed pipe shows here at the latest.
+    if (!std::cout.flush()) throw sandbox::CommandError("standard output cannot be written");
+    return 0;
+  } catch (const sandbox::UsageError& error) {
+    return sandbox::complain(error.what(), 2);
+  } catch (const std::exception& error) {
+    return sandbox::complain(error.what(), 1);
+  }
+}
