@@ -80,9 +80,12 @@ void vexoErrorMsg(const char* text, int plain) {
   char path[api::kPathSize];
   ut::ignoreResult(getErrorLog(path), "always finds one");
   try {
-    std::string line = time;
-    if (plain == 0) line += " TID<" + std::to_string(psvexoGetID()) + "> ==>";
-    line += std::string(" ") + text + "\n";
+    std::string line(std::strlen(text) + sizeof time + 64, '\0');
+    if (plain != 0) {
+      std::snprintf(line.data(), line.size(), "%s %s\n", time, text);
+    } else {
+      std::snprintf(line.data(), line.size(), "%s TID<%d> ==> %s\n", time, psvexoGetID(), text);
+    }
     psWriteError(path, line.c_str());
   } catch (const std::bad_alloc&) {
     psWriteError(path, "QRB2522S Not enough memory.\n");

@@ -31,6 +31,14 @@ constexpr int kClientType = 10;
 
 void printBanner() { nlprintf(475, 8, 1, 13, 1, 0, "1997", "2021"); }
 
+void deleteTrace() {
+  delete trcClass;
+  trcClass = nullptr;
+}
+
+}  // namespace
+
+// Prints the help text.
 void utSyncHelp() {
   nlprintf(131);
   printBanner();
@@ -54,20 +62,82 @@ void closeSess(orcObj_t* orc) {
   TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n", "closeSess()");
 }
 
-void deleteTrace() {
-  delete trcClass;
-  trcClass = nullptr;
+namespace {
+
+// What main owns for the whole run.
+struct Run {
+  orcObj_t orc = {};
+  vexoCommandsInfo_t commands = {};
+  vexoOptionsInfo_t options = {};
+  unsigned short parsed = 0;
+  char* command = nullptr;  // as it was given
+};
+
+// Makes the trace object. False after a plain-text error.
+bool createTrace() {
+  trcClass = new (std::nothrow) VEXCTrace;
+  if (trcClass != nullptr) return true;
+  char message[1025];
+  std::snprintf(message, sizeof message, " %s: Error - Could not initialize Trace Object.", kMain);
+  psNonNlsErrorMsg(message);
+  return false;
 }
 
-// The common way out of everything after the trace object was made.
-int leave(orcObj_t* orc, int result) {
-  closeSess(orc);
-  deleteTrace();
-  return result;
+// Options, message catalog and trace; then the command line's error, which waited for them so that
+// it can be reported in the user's language. An error of the options wins over it.
+int prepare(Run* run) {
+  const unsigned short optionsRc = vexoSetOptions(&run->orc);
+  if (optionsRc != 0) {
+    if (run->commands.help != 0) utSyncHelp();
+    nlprintf(131);
+    nlprintf(2534);
+    nlprintf(131);
+    return optionsRc;
+  }
+  run->orc.clientType = kClientType;
+  if (const unsigned short rc = callNlinit(&run->orc); rc != 0) return rc;
+  vexoInitTrace(&run->orc);
+  if (run->parsed != 0) {
+    utSyncHelp();
+    vexoPrintError(run->parsed, run->command);
+  }
+  return run->parsed;
 }
 
-bool anyCommand(const vexoCommandsInfo_t& commands) {
-  return commands.syncdb != 0 || commands.deleteObj != 0 || commands.query != 0;
+// Loads the storage client library and sets it up.
+int setUpApi(orcObj_t* orc) {
+  gVltApiObjP = new (std::nothrow) DVltApiDL;  // for the rest of the process, never deleted
+  if (gVltApiObjP == nullptr) {
+    nlprintf(kNoMemory);
+    return kNoMemory;
+  }
+  if (const int rc = gVltApiObjP->Setup(); rc != 0) {
+    nlprintf(156);
+    return rc;
+  }
+  const unsigned short rc = psDoVltSetUp(orc);
+  if (*orc->lastErrorMsg != '\0') {
+    nlprintf(131);
+    nlprintf(2, orc->lastErrorMsg);
+  }
+  if (rc == 0) vexoTraceHeaderInfo(orc);
+  return rc;
+}
+
+int dispatch(Run* run) {
+  const vexoCommandsInfo_t& commands = run->commands;
+  if (commands.syncdb != 0 || commands.deleteObj != 0 || commands.query != 0) {
+    return vexoProcessCommand(&run->orc, run->options, commands);
+  }
+  // PASSWORD and the SHOW commands are accepted and end here, with the help and success: scripts
+  // rely on the status.
+  if (commands.help == 0) {
+    nlprintf(131);
+    nlprintf(102);
+    nlprintf(131);
+  }
+  utSyncHelp();
+  return 0;
 }
 
 }  // namespace
@@ -76,12 +146,8 @@ int main(int argc, char** argv) {
   ::umask(077);  // every file of this run is this user's alone, sqlplus's spool files included
   psMutexInit(&orcMutex);
   psMutexInit(&initMutex);
-
-  orcObj_t orc = {};
-  vexoCommandsInfo_t commands = {};
-  vexoOptionsInfo_t options = {};
-  char environment[1025 + sizeof "VEXO_OPTFILE="] = "";  // putenv keeps it: it lives here
-  char message[1025] = "";
+  Run run;
+  char environment[sizeof run.options.optFile + sizeof "VEXO_OPTFILE="];  // putenv keeps it
 
   if (newNlsGlobalObject() != 0) {
     psNonNlsErrorMsg("newNlsGlobalObject() failed.  No memory left.\n");
@@ -89,88 +155,33 @@ int main(int argc, char** argv) {
     return kNoMessageObject;
   }
   nlsSetPrefix("QRB");
-
-  // The result waits until the options, the catalog and the trace are there, so that it can be
-  // reported in the user's language.
-  const unsigned short parsed = vexoParseCmdLine(argc, argv, &commands, &options);
+  run.parsed = vexoParseCmdLine(argc, argv, &run.commands, &run.options);
+  run.command = argc > 1 ? argv[1] : nullptr;
   psClearScrn();
-  if (commands.help == 0 && parsed == 0) printBanner();
+  if (run.commands.help == 0 && run.parsed == 0) printBanner();
 
-  if (*options.optFile != '\0') {
-    std::snprintf(environment, sizeof environment, "VEXO_OPTFILE=%s", options.optFile);
+  if (*run.options.optFile != '\0') {
+    std::snprintf(environment, sizeof environment, "VEXO_OPTFILE=%s", run.options.optFile);
     if (::putenv(environment) != 0) {
-      nlprintf(2522);
-      closeSess(&orc);
+      nlprintf(kNoMemory);
+      closeSess(&run.orc);
       return -1;
     }
   }
-
-  trcClass = new (std::nothrow) VEXCTrace;
-  if (trcClass == nullptr) {
-    std::snprintf(message, sizeof message, " %s: Error - Could not initialize Trace Object.",
-                  kMain);
-    psNonNlsErrorMsg(message);
-    closeSess(&orc);
+  if (!createTrace()) {
+    closeSess(&run.orc);
     return -1;
   }
 
-  const unsigned short optionsRc = vexoSetOptions(&orc);
-  if (optionsRc != 0) {
-    if (commands.help != 0) utSyncHelp();
-    nlprintf(131);
-    nlprintf(2534);
-    nlprintf(131);
-    return leave(&orc, optionsRc);
+  int rc = prepare(&run);
+  if (rc == 0) rc = setUpApi(&run.orc);
+  const bool ready = rc == 0;
+  if (ready) rc = dispatch(&run);
+  closeSess(&run.orc);
+  if (ready && rc == 0) TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kMain);
+  if (ready && rc != 0) {
+    TRACE(TR_ORCLEVEL0, " %s: Exit - vexoProcessCommand() failed. rc = %d\n\n", kMain, rc);
   }
-
-  orc.clientType = kClientType;
-  if (const unsigned short rc = callNlinit(&orc); rc != 0) return leave(&orc, rc);
-  vexoInitTrace(&orc);
-
-  if (parsed != 0) {
-    utSyncHelp();
-    vexoPrintError(parsed, argc > 1 ? argv[1] : nullptr);
-    return leave(&orc, parsed);
-  }
-
-  gVltApiObjP = new (std::nothrow) DVltApiDL;  // for the rest of the process, never deleted
-  if (gVltApiObjP == nullptr) {
-    nlprintf(2522);
-    return leave(&orc, kNoMemory);
-  }
-  if (const int rc = gVltApiObjP->Setup(); rc != 0) {
-    nlprintf(156);
-    return leave(&orc, rc);
-  }
-
-  const unsigned short setUpRc = psDoVltSetUp(&orc);
-  if (*orc.lastErrorMsg != '\0') {
-    nlprintf(131);
-    nlprintf(2, orc.lastErrorMsg);
-  }
-  if (setUpRc != 0) return leave(&orc, setUpRc);
-  vexoTraceHeaderInfo(&orc);
-
-  if (anyCommand(commands)) {
-    const unsigned short rc = vexoProcessCommand(&orc, options, commands);
-    if (rc != 0) {
-      closeSess(&orc);
-      TRACE(TR_ORCLEVEL0, " %s: Exit - vexoProcessCommand() failed. rc = %d\n\n", kMain, rc);
-      deleteTrace();
-      return rc;
-    }
-  } else {
-    // PASSWORD and the SHOW commands are accepted and end here, with the help and success: scripts
-    // rely on the status.
-    if (commands.help == 0) {
-      nlprintf(131);
-      nlprintf(102);
-      nlprintf(131);
-    }
-    utSyncHelp();
-  }
-  closeSess(&orc);
-  TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kMain);
   deleteTrace();
-  return 0;
+  return rc;
 }

@@ -20,7 +20,7 @@ struct Conversion {
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-// Reads one conversion specification after its "%", bounded by the end of the text.
+// Reads one conversion after its "%", bounded by the end of the text.
 class Scanner {
  public:
   explicit Scanner(std::string_view text) : rest_(text) {}
