@@ -139,6 +139,7 @@ int16_t DVltApi::dvltInitEx(DBaseApiStatus* status, uint32_t* handle, VltInitExI
 
 int16_t DVltApi::dvltTerminate(DBaseApiStatus* status, uint32_t handle) {
   if (handle == 0) {  // no session: the library is not asked
+    TRACE(TR_API, "Enter %s\n", "DVltApi::dvltTerminate()");
     TRACE(TR_API, "Exit %s, rc = %d\n", "DVltApi::dvltTerminate()", 0);
     return 0;
   }

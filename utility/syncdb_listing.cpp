@@ -112,6 +112,10 @@ class Listing {
   // Returns 0 or 102.
   unsigned short takeObject() {
     VltObjName& name = response().objName;
+    // A library that forgot a terminator must not make us read past a name.
+    name.fileSpace[VLT_MAX_FILESPACE] = '\0';
+    name.highLevel[VLT_MAX_HIGHLEVEL] = '\0';
+    name.lowLevel[VLT_MAX_LOWLEVEL] = '\0';
     char* key = name.lowLevel + (*name.lowLevel == '/' ? 1 : 0);
     if (beforeStart(response().insDate)) return 0;
     TRACE(TR_ORCLEVEL2, " %s: Found '%s' on ZYL Server\n", kFunction, key);

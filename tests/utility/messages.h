@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "common/nls/nls.h"
+#include "common/ut/installdirs.h"
 
 class WithMessages : public testing::Test {
  protected:
@@ -14,8 +15,7 @@ class WithMessages : public testing::Test {
   static void open(int dateFormat) {
     ASSERT_EQ(0, newNlsGlobalObject());
     nlsSetPrefix("QRB");
-    ASSERT_EQ(0,
-              nlinit("vexo.cat", 10, CATALOG_DIRECTORY, 10, dateFormat, 1, 1, nullptr, "vexo.cat"));
+    ASSERT_EQ(0, nlinit("vexo.cat", 10, ut::kAgentDir, 10, dateFormat, 1, 1, nullptr, "vexo.cat"));
   }
 };
 

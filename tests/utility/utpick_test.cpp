@@ -202,6 +202,7 @@ TEST_F(PickList, DrawsThreeEntriesOnTwentyFourLines) {
       "        0---------10--------20--------30--------40--------50--------60--------7");
   ASSERT_EQ(23u, lines.size());
   for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(expected[i], lines[i]) << i;
+  for (std::size_t help = 19; help < 22; ++help) EXPECT_LT(lines[help].size(), 79u) << "cut";
   EXPECT_EQ("Command ==> ", lines.back());
   EXPECT_EQ(13, pageSize);
 }
