@@ -1,15 +1,25 @@
-// control.cpp: faults to order and the record of calls, both kept in the store.
+// control.cpp: faults to order and the record of calls.
 #include "sandbox/control.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 
 #include "sandbox/names.h"
 
 namespace sandbox {
 namespace {
+
+constexpr const char* kCallSchema = R"(
+CREATE TABLE IF NOT EXISTS call(
+  seq INTEGER PRIMARY KEY AUTOINCREMENT,
+  process INTEGER NOT NULL,
+  operation TEXT NOT NULL,
+  arguments TEXT NOT NULL,
+  code INTEGER NOT NULL);
+)";
 
 // Without "vlt". The five operations that return nothing are not here: they cannot fail.
 constexpr std::array<std::string_view, 40> kFallibleOperations = {"BeginGetData",
@@ -66,6 +76,8 @@ Fault readFault(const Statement& row) {
 
 }  // namespace
 
+std::string callsPath(const std::string& storePath) { return storePath + "-calls"; }
+
 std::optional<std::string> findOperation(std::string_view name) {
   if (equalIgnoringCase(name.substr(0, 3), "vlt")) name.remove_prefix(3);
   for (std::string_view operation : kFallibleOperations)
@@ -106,9 +118,11 @@ void Control::countDown(const Fault& fault) {
 }
 
 void Control::record(std::string_view operation, std::string_view arguments, int16_t code) {
-  if (!insertCall_)
-    insertCall_ = store_.database().prepare(
-        "INSERT INTO call(process,operation,arguments,code) VALUES(?,?,?,?)");
+  if (!insertCall_) {
+    calls_.emplace(callsPath(store_.path()), Database::Mode::kExisting);
+    insertCall_ =
+        calls_->prepare("INSERT INTO call(process,operation,arguments,code) VALUES(?,?,?,?)");
+  }
   insertCall_->bind(1, int64_t{getpid()})
       .bind(2, operation)
       .bind(3, arguments)
@@ -137,13 +151,29 @@ std::vector<Fault> Control::faults() {
   return result;
 }
 
-void Control::switchRecording(bool on) { store_.changeSetting("recordCalls", on ? 1 : 0); }
+void Control::switchRecording(bool on) {
+  // Made before anybody writes to it, so that programs only ever find it complete.
+  if (on)
+    Database(callsPath(store_.path()), Database::Mode::kCreate)
+        .execute(std::string("PRAGMA journal_mode=WAL;") + kCallSchema);
+  store_.changeSetting("recordCalls", on ? 1 : 0);
+}
 
-void Control::clearCalls() { store_.database().execute("DELETE FROM call"); }
+std::optional<Database> Control::openCalls() const {
+  const std::string path = callsPath(store_.path());
+  if (!std::filesystem::exists(path)) return std::nullopt;
+  return Database(path, Database::Mode::kExisting);
+}
+
+void Control::clearCalls() {
+  if (std::optional<Database> calls = openCalls()) calls->execute("DELETE FROM call");
+}
 
 void Control::eachCall(const std::function<void(const Call&)>& show) {
-  Statement all = store_.database().prepare(
-      "SELECT seq,process,operation,arguments,code FROM call ORDER BY seq");
+  std::optional<Database> calls = openCalls();
+  if (!calls) return;
+  Statement all =
+      calls->prepare("SELECT seq,process,operation,arguments,code FROM call ORDER BY seq");
   Call call;
   while (all.step()) {
     call.sequence = all.integer(0);

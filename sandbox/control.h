@@ -1,7 +1,8 @@
-// control.h: faults to order and the record of calls, both kept in the store.
+// control.h: faults to order and the record of calls.
 //
 // An armed fault makes the client library fail an operation instead of carrying it out; the record
-// lists the calls that programs made, over all processes in one order. Two tables of the store:
+// lists the calls that programs made, over all processes in one order. Two tables, the first in the
+// store, the second in a file beside it, `<store>-calls`:
 //
 //   fault  id          ascending: among the faults of one operation the oldest unfinished one acts
 //          operation   "vltDeleteObj"
@@ -14,6 +15,9 @@
 //          operation
 //          arguments   short text, never a password
 //          code
+//
+// The record is a file of its own because an open query keeps the store's write-ahead log from
+// being emptied: the calls that read a million objects would let it grow by gigabytes.
 //
 // Counting happens in the store, so that a fault for the third call fails the third call no matter
 // which processes made them.
@@ -31,7 +35,7 @@
 
 namespace sandbox {
 
-inline constexpr const char* kControlSchema = R"(
+inline constexpr const char* kFaultSchema = R"(
 CREATE TABLE fault(
   id INTEGER PRIMARY KEY AUTOINCREMENT,
   operation TEXT NOT NULL,
@@ -39,12 +43,6 @@ CREATE TABLE fault(
   reason INTEGER NOT NULL,
   remaining INTEGER NOT NULL,
   times INTEGER NOT NULL);
-CREATE TABLE call(
-  seq INTEGER PRIMARY KEY AUTOINCREMENT,
-  process INTEGER NOT NULL,
-  operation TEXT NOT NULL,
-  arguments TEXT NOT NULL,
-  code INTEGER NOT NULL);
 )";
 
 struct Fault {
@@ -65,6 +63,9 @@ struct Call {
 // The full name ("vltEndTxn") of an operation that returns a code, given with or without "vlt" and
 // in any letter case; nothing for any other text.
 std::optional<std::string> findOperation(std::string_view name);
+
+// The path of the file that holds a store's record of calls.
+std::string callsPath(const std::string& storePath);
 
 // What one program sees of faults and recording. Has a connection of its own, so that its counting
 // and recording never take part in another transaction.
@@ -95,8 +96,11 @@ class Control {
 
  private:
   void countDown(const Fault& fault);
+  // The file of the record, if there is one.
+  std::optional<Database> openCalls() const;
 
   Store store_;
+  std::optional<Database> calls_;  // open once something was recorded
   std::optional<Statement> insertCall_;
   bool recording_ = false;
   bool armed_ = false;

@@ -38,7 +38,7 @@ CREATE TABLE object(
   unknown INTEGER NOT NULL);
 )";
 
-void removeFile(const std::string& path) {
+void removeDatabase(const std::string& path) {
   // The log files belong to the database: a new one must not take over those of the old one.
   for (const char* suffix : {"", "-wal", "-shm"}) {
     std::remove((path + suffix).c_str());  // ignore: most often there is none
@@ -75,12 +75,13 @@ Store::Store(const std::string& path, Database database)
     : path_(path), database_(std::move(database)) {}
 
 Store Store::create(const std::string& path, int64_t firstId) {
-  removeFile(path);
+  removeDatabase(path);
+  removeDatabase(callsPath(path));
   Store store(path, Database(path, Database::Mode::kCreate));
   // The kind goes in last: a process that is killed here leaves no half-made store.
   WriteTransaction schema(store.database_);
   store.database_.execute(kSchema);
-  store.database_.execute(kControlSchema);
+  store.database_.execute(kFaultSchema);
   store.database_.prepare("INSERT INTO sqlite_sequence(name,seq) VALUES('object',?)")
       .bind(1, firstId - 1)
       .run();

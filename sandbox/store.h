@@ -20,7 +20,6 @@
 //            compressed, encryption (4 DES 56, 8 AES 128, 16 AES 256, 0 none), deduplicated
 //            unknown     1: the client library cannot show this one
 //   fault    see control.h
-//   call     see control.h
 //
 // Objects have no index but their identifier: a query goes through the table in the order of
 // identifiers, which is the order that callers see, and needs no sort and no second look-up.

@@ -1,6 +1,7 @@
 // zylstore.cpp: the administrator's tool of the sandbox: its main function.
 //
 // Exit status: 0 done, 1 could not be done, 2 typed wrong; for 1 and 2 one line on standard error.
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 
@@ -17,7 +18,16 @@ std::vector<CommandRow> allCommands() {
   return commands;
 }
 
-void run(std::span<const std::string> words) {
+// Moves a --store in front of the command behind it, where the command's options are.
+void moveStoreOption(std::vector<std::string>& words) {
+  if (words.empty() || !words[0].starts_with("--store")) return;
+  const std::ptrdiff_t length = words[0] == "--store" && words.size() > 1 ? 2 : 1;
+  std::rotate(words.begin(), words.begin() + length, words.end());
+}
+
+void run(std::vector<std::string> allWords) {
+  moveStoreOption(allWords);
+  const std::span<const std::string> words = allWords;
   const std::vector<CommandRow> commands = allCommands();
   if (!words.empty() && (words[0] == "--help" || words[0] == "help")) {
     std::cout << helpText(commands);
@@ -44,8 +54,7 @@ int complain(const char* what, int status) {
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   try {
-    const std::vector<std::string> words(argv + 1, argv + argc);
-    sandbox::run(words);
+    sandbox::run(std::vector<std::string>(argv + 1, argv + argc));
     // A full disk or a closed pipe shows here at the latest.
     if (!std::cout.flush()) throw sandbox::CommandError("standard output cannot be written");
     return 0;
