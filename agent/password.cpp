@@ -1,10 +1,14 @@
 // password.cpp: the agent's own password file, see password.h.
 #include "agent/password.h"
 
+#include <dirent.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -19,7 +23,12 @@
 namespace {
 
 constexpr short kNotReadable = 168;
-constexpr std::size_t kHeaderLength = 39;
+constexpr short kDirectoryNotOpened = 2521;
+constexpr short kDirectoryNotCreated = 167;
+constexpr short kNotWritten = -1;
+constexpr char kHeader[] = "Agent for Oracle Backup - Password file";
+constexpr std::size_t kHeaderLength = sizeof kHeader - 1;
+static_assert(kHeaderLength == 39);
 constexpr std::size_t kBlock = 8;
 
 // Appends what a chunk's digit promises of its deciphered block. Digits other than "1" to "8" are
@@ -45,6 +54,39 @@ void renameToSave(const char* path) {
   const std::string text = nlsprintf(2629, path, reason);
   vexoErrorMsg(text.c_str(), 0);
   nlprintf(2, text);
+}
+
+// Makes sure that the directory is there. Returns 0, 2521 or 167.
+short openDirectory(const char* dir) {
+  char name[agent::kPasswordPathSize];
+  ut::ignoreResult(ut::copyText(name, dir), "directories are shorter");
+  for (std::size_t length = std::strlen(name); length > 1 && name[length - 1] == '/'; --length) {
+    name[length - 1] = '\0';
+  }
+  if (DIR* opened = ::opendir(name)) {
+    ut::ignoreResult(::closedir(opened), "it was only looked at");
+    return 0;
+  }
+  if (errno != ENOENT) return kDirectoryNotOpened;
+  return ::mkdir(name, 0700) == 0 ? 0 : kDirectoryNotCreated;
+}
+
+// Writes header and chunks. False when something did not reach the file.
+bool writeChunks(std::FILE* file, const char* password, const unsigned int* key) {
+  bool good = std::fputs(kHeader, file) >= 0;
+  std::size_t count = kBlock;
+  for (std::size_t rest = std::strlen(password); good && count == kBlock; password += count) {
+    count = std::min(rest, kBlock);
+    if (count == 0) break;
+    rest -= count;
+    uint8_t block[kBlock] = {};
+    std::memcpy(block, password, count);
+    gVltApiObjP->dvltEncryptEx(VltApiStatusObjP, key, block, block);
+    good = std::fputc('0' + static_cast<int>(count), file) != EOF &&
+           std::fwrite(block, 1, kBlock, file) == kBlock;
+    ut::wipe(block, sizeof block);
+  }
+  return good;
 }
 
 }  // namespace
@@ -98,5 +140,38 @@ short psvexoReadPswd(char* password, orcObj_t* orc, int renameAfterRead) {
   ut::wipe(key, sizeof key);
   if (rc == 0 && renameAfterRead != 0) renameToSave(path);
   TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", "psvexoReadPswd()", rc);
+  return rc;
+}
+
+short psvexoWritePswdToFile(const char* dir, const char* path, const char* password,
+                            unsigned int* key) {
+  if (const short rc = openDirectory(dir); rc != 0) return rc;
+  // Beside the file and then into its place: a full disk must not cost the old password.
+  char made[agent::kPasswordPathSize];
+  if (std::snprintf(made, sizeof made, "%s.XXXXXX", path) >= static_cast<int>(sizeof made)) {
+    return kNotWritten;
+  }
+  const int descriptor = ::mkstemp(made);
+  if (descriptor < 0) return kNotWritten;
+  ut::FilePtr file(::fdopen(descriptor, "w"));
+  if (file == nullptr) ut::ignoreResult(::close(descriptor), "nothing was written");
+  const bool written = file != nullptr && ::fchmod(descriptor, 0644) == 0 &&
+                       writeChunks(file.get(), password, key) && ut::closeFile(std::move(file)) &&
+                       std::rename(made, path) == 0;
+  if (written) return 0;
+  ut::ignoreResult(std::remove(made), "the old file stands");
+  return kNotWritten;
+}
+
+short psvexoUpdatePswd(const char* password, orcObj_t* orc) {
+  TRACE(TR_ORCLEVEL1, " %s: Enter\n", "psvexoUpdatePswd()");
+  char dir[agent::kPasswordPathSize];
+  char path[agent::kPasswordPathSize];
+  psvexoGetFileName(dir, path, orc);
+  unsigned int key[2] = {0, 0};
+  psvexoSetKey(key, orc);
+  const short rc = psvexoWritePswdToFile(dir, path, password, key);
+  ut::wipe(key, sizeof key);
+  TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", "psvexoUpdatePswd()", rc);
   return rc;
 }

@@ -29,6 +29,16 @@ void psvexoSetKey(unsigned int* key, orcObj_t* orc);
 // be opened. A chunk that the end of the file cuts short ends the reading.
 [[nodiscard]] short psvexoReadPswdFromFile(const char* path, char* password, unsigned int* key);
 
+// Stores the node's password. Returns the codes of psvexoWritePswdToFile.
+[[nodiscard]] short psvexoUpdatePswd(const char* password, orcObj_t* orc);
+
+// Writes a password file with a key, mode 0644, in place of the one that is there, which stays as
+// it is until the new one is complete. The last level of `dir` is created, with mode 0700, when it
+// is missing. Returns 0, 2521 when the directory cannot be opened, 167 when it cannot be created,
+// or -1 when the file cannot be written.
+[[nodiscard]] short psvexoWritePswdToFile(const char* dir, const char* path, const char* password,
+                                          unsigned int* key);
+
 namespace agent {
 inline constexpr std::size_t kPasswordPathSize = 1152;
 }

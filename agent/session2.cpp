@@ -1,7 +1,14 @@
 // session2.cpp: set-up and logon, see session2.h.
 #include "agent/session2.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "agent/errormsg.h"
 #include "agent/password.h"
@@ -13,6 +20,8 @@
 
 namespace {
 
+constexpr char kSetUp[] = "psDoVltSetUp()";
+constexpr int16_t kNoTempFile = 2531;
 constexpr int kLogonTries = 5;
 constexpr char kGenerate[] = " -PASSWORDACCESS=GENERATE";
 constexpr char kPasswordDir[] = " -PASSWORDDIR=";
@@ -27,9 +36,13 @@ const char* reportFailure(orcObj_t* orc, int16_t rc) {
   return orc->lastErrorMsg;
 }
 
-int16_t setUpLibrary(orcObj_t* orc, [[maybe_unused]] const char* caller) {
+// Sets the library up, with `config` in place of the context's client options when not null.
+int16_t setUpLibrary(orcObj_t* orc, [[maybe_unused]] const char* caller, const char* config) {
   VltEnvSetUp record = {};
   FillEnvSetUp(&record, orc);
+  if (config != nullptr) {
+    ut::ignoreResult(ut::copyText(record.vltiConfig, config), "a path that we made");
+  }
   TRACE(TR_ORCLEVEL2,
         " %s: Using version %d of envSetUp\n envSetUp.incExlCaseSensitive = FALSE\n"
         " envSetUp.vltiDir             = '%s'\n envSetUp.vltiConfig          = '%s'\n"
@@ -57,8 +70,7 @@ void appendOption(orcObj_t* orc, const char* option, const char* value) {
 unsigned short preparePassword(orcObj_t* orc, char* password) {
   static constexpr char kFunction[] = "vexoSession()";
   if (orc->bUsePwGenerate == 1 && !TEST_LEGACYPWD) {
-    appendOption(orc, kGenerate, "");
-    if (*orc->VEXO_PSWDPATH != '\0') appendOption(orc, kPasswordDir, orc->VEXO_PSWDPATH);
+    agent::addPasswordOptions(orc);
     if (*orc->legacyPassword != '\0') {
       ut::ignoreResult(ut::copyText(password, kPasswordSize, orc->legacyPassword), "same size");
       TRACE(TR_ORCLEVEL2, " %s: Using a password from the legacy file\n", kFunction);
@@ -83,18 +95,8 @@ const char* nullIfEmpty(const char* text) { return *text == '\0' ? nullptr : tex
 // Calls the library's logon until it answers, at most kLogonTries times. The password is wiped
 // whatever comes of it.
 int16_t initSession(orcObj_t* orc, char* password, uint32_t* handle) {
-  static constexpr VltApiVersionEx kBuiltFor = {2, api::kVersion, api::kRelease, api::kLevel,
-                                                api::kSubLevel};
   VltInitExIn in = {};
-  in.structVersion = 5;
-  in.apiVersion = &kBuiltFor;
-  in.clientNodeName = nullIfEmpty(orc->VEXO_NODE);
-  in.clientOwnerName = nullIfEmpty(orc->VEXO_OWNER);
-  in.clientPassword = password;
-  in.applicationType = api::kApplicationType;
-  in.configFile = orc->VLTI_ORC_CONFIG;
-  in.options = orc->apiOptions;
-  in.clientKind = VLT_CLIENT_KIND_DATABASE_AGENT;
+  agent::fillLogon(&in, *orc, password, orc->apiOptions);
   VltInitExOut out = {};
   out.structVersion = 1;
   int16_t rc = 0;
@@ -154,7 +156,120 @@ int16_t querySessionInfo(orcObj_t* orc) {
   return 0;
 }
 
+// The normal way: the library keeps the password, and takes over the one of the agent's own file.
+int16_t setUpGenerated(orcObj_t* orc) {
+  TRACE(TR_ORCLEVEL2, " %s: PASSWORDACCESS is always GENERATE\n", kSetUp);
+  orc->bUsePwGenerate = 1;
+  if (const int16_t rc = setUpLibrary(orc, kSetUp, nullptr); rc != 0) return rc;
+  if (psvexoReadPswd(orc->legacyPassword, orc, 1) == 0) {
+    TRACE(TR_ORCLEVEL2, " %s: Saving a password from the legacy file for later use\n", kSetUp);
+  } else {
+    ut::wipe(orc->legacyPassword, sizeof orc->legacyPassword);  // no such file is no error
+  }
+  return 0;
+}
+
+// An empty client options file for a library that is asked for its own options, removed with the
+// object.
+class TemporaryOptions {
+ public:
+  bool make() {
+    const int descriptor = ::mkstemp(path_);
+    if (descriptor < 0) return false;
+    made_ = true;
+    if (::fchmod(descriptor, 0600) != 0) {
+      TRACE(TR_ORCLEVEL0, " %s: Exiting - chmod() failed for file '%s', errno = %d\n\n", kSetUp,
+            path_, errno);
+    }
+    ut::ignoreResult(::close(descriptor), "nothing was written");
+    return true;
+  }
+  ~TemporaryOptions() {
+    if (made_) ut::ignoreResult(std::remove(path_), "an empty file harms nobody");
+  }
+  const char* path() const { return path_; }
+
+ private:
+  char path_[32] = "/tmp/vexoXXXXXX";
+  bool made_ = false;
+};
+
+// The first set-up of the legacy way, after which the client options can be asked for.
+int16_t setUpForOptions(orcObj_t* orc) {
+  TemporaryOptions temporary;
+  if (!temporary.make()) {
+    const std::string text = nlsprintf(kNoTempFile);
+    nlprintf(2, text);
+    vexoErrorMsg(text.c_str(), 0);
+    TRACE(TR_ORCLEVEL0, " %s: Exiting - mkstemp() for '%s' failed,\n with errno = %d\n\n", kSetUp,
+          temporary.path(), errno);
+    return kNoTempFile;
+  }
+  return setUpLibrary(orc, kSetUp, *orc->VLTI_ORC_CONFIG == '\0' ? temporary.path() : nullptr);
+}
+
+// With a generated password the library decides on node, owner and directory.
+void ignoreNodeAndOwner(orcObj_t* orc) {
+  const bool any =
+      *orc->VEXO_NODE != '\0' || *orc->VEXO_OWNER != '\0' || *orc->VEXO_PSWDPATH != '\0';
+  if (!any) return;
+  TRACE(TR_ORCLEVEL2, "%s: vexo_node and/or vexo_owner are set.\n", kSetUp);
+  const std::string text = nlsprintf(2610);
+  nlprintf(2, text);
+  ut::ignoreResult(ut::copyText(orc->lastErrorMsg, text), "a message is shorter");
+  vexoErrorMsg(text.c_str(), 0);
+  *orc->VEXO_NODE = *orc->VEXO_OWNER = *orc->VEXO_PSWDPATH = '\0';
+}
+
+// The legacy way: the client options say who keeps the password.
+int16_t setUpLegacy(orcObj_t* orc) {
+  TRACE(TR_ORCLEVEL2, " %s: PASSWORDACCESS legacy method\n", kSetUp);
+  orc->bUsePwGenerate = 1;
+  int16_t rc = setUpForOptions(orc);
+  if (rc != 0) return rc;
+  VltOptions options = {};
+  options.structVersion = 1;
+  TRACE(TR_ORCLEVEL2, " %s: calling VLTQUERYCLIOPTIONS\n", kSetUp);
+  rc = gVltApiObjP->dvltQueryCliOptions(VltApiStatusObjP, &options);
+  if (rc != 0) {
+    ut::ignoreResult(reportFailure(orc, rc), "kept in the context");
+    TRACE(TR_ORCLEVEL0, "%s: VLTQUERYCLIOPTIONS failed. rc=%d\n", kSetUp, rc);
+    return rc;
+  }
+  if (options.passwordAccess != VLT_PASSWORD_PROMPT) {
+    ignoreNodeAndOwner(orc);
+    return 0;
+  }
+  orc->bUsePwGenerate = 0;
+  TRACE(TR_ORCLEVEL2, " %s: calling VLTCLEANUP\n", kSetUp);
+  ut::ignoreResult(gVltApiObjP->dvltCleanUp(VltApiStatusObjP, VLT_MULTITHREAD),
+                   "the set-up that follows fails if it did");
+  orc->apiSetUp = 0;
+  return setUpLibrary(orc, kSetUp, nullptr);
+}
+
 }  // namespace
+
+void agent::addPasswordOptions(orcObj_t* orc) {
+  appendOption(orc, kGenerate, "");
+  if (*orc->VEXO_PSWDPATH != '\0') appendOption(orc, kPasswordDir, orc->VEXO_PSWDPATH);
+}
+
+void agent::fillLogon(VltInitExIn* in, const orcObj_t& orc, const char* password,
+                      const char* options) {
+  static constexpr VltApiVersionEx kBuiltFor = {2, api::kVersion, api::kRelease, api::kLevel,
+                                                api::kSubLevel};
+  *in = {};
+  in->structVersion = 5;
+  in->apiVersion = &kBuiltFor;
+  in->clientNodeName = nullIfEmpty(orc.VEXO_NODE);
+  in->clientOwnerName = nullIfEmpty(orc.VEXO_OWNER);
+  in->clientPassword = password;
+  in->applicationType = api::kApplicationType;
+  in->configFile = orc.VLTI_ORC_CONFIG;
+  in->options = options;
+  in->clientKind = VLT_CLIENT_KIND_DATABASE_AGENT;
+}
 
 void FillEnvSetUp(VltEnvSetUp* envSetUp, orcObj_t* orc) {
   *envSetUp = {};
@@ -167,26 +282,17 @@ void FillEnvSetUp(VltEnvSetUp* envSetUp, orcObj_t* orc) {
 }
 
 unsigned short CallvltSetUp(orcObj_t* orc) {
-  return static_cast<unsigned short>(setUpLibrary(orc, "CallvltSetUp()"));
+  return static_cast<unsigned short>(setUpLibrary(orc, "CallvltSetUp()", nullptr));
 }
 
 unsigned short psDoVltSetUp(orcObj_t* orc) {
-  static constexpr char kFunction[] = "psDoVltSetUp()";
-  TRACE(TR_ORCLEVEL1, " %s: Enter\n", kFunction);
+  TRACE(TR_ORCLEVEL1, " %s: Enter\n", kSetUp);
   ut::MutexGuard guard(orcMutex);
   // A library that is too old never sees a record of ours.
   if (const unsigned short levelRc = vexoCheck_API_Level(); levelRc != 0) return levelRc;
-  TRACE(TR_ORCLEVEL2, " %s: PASSWORDACCESS is always GENERATE\n", kFunction);
-  orc->bUsePwGenerate = 1;
-  const int16_t setUpRc = setUpLibrary(orc, kFunction);
-  if (setUpRc != 0) return static_cast<unsigned short>(setUpRc);
-  if (psvexoReadPswd(orc->legacyPassword, orc, 1) == 0) {
-    TRACE(TR_ORCLEVEL2, " %s: Saving a password from the legacy file for later use\n", kFunction);
-  } else {
-    ut::wipe(orc->legacyPassword, sizeof orc->legacyPassword);  // no such file is no error
-  }
-  TRACE(TR_ORCLEVEL1, " %s: Exiting with rc = %d\n\n", kFunction, 0);
-  return 0;
+  const int16_t rc = TEST_LEGACYPWD ? setUpLegacy(orc) : setUpGenerated(orc);
+  if (rc == 0) TRACE(TR_ORCLEVEL1, " %s: Exiting with rc = %d\n\n", kSetUp, rc);
+  return static_cast<unsigned short>(rc);
 }
 
 unsigned short vexoSession(orcObj_t* orc) {

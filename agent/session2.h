@@ -8,8 +8,10 @@
 #include "agent/orcctx.h"
 #include "api/vltlib.h"
 
-// Prepares the library for this process: checks its version, sets it up, and takes the password of
-// the legacy password file if there is one. Returns 0, 2507, or the library's code.
+// Prepares the library for this process: checks its version, sets it up, and settles how the node's
+// password is handled. Normally the library keeps it, and the password of the agent's own, earlier
+// file is taken over if there is one. Under the test flag TEST_LEGACYPWD the client options decide.
+// Returns 0, 2507, 2531, or the library's code.
 [[nodiscard]] unsigned short psDoVltSetUp(orcObj_t* orc);
 
 // Logs on and stores the session's handle and limits in the context. A server that does not answer
@@ -21,5 +23,15 @@
 
 // Fills the record that the library is set up with.
 void FillEnvSetUp(VltEnvSetUp* envSetUp, orcObj_t* orc);
+
+namespace agent {
+
+// Appends to the context's API options what makes the library keep the password, once.
+void addPasswordOptions(orcObj_t* orc);
+
+// Fills the record of a logon; it refers to `orc`, `password` and `options` (may be null).
+void fillLogon(VltInitExIn* in, const orcObj_t& orc, const char* password, const char* options);
+
+}  // namespace agent
 
 #endif  // AGENT_SESSION2_H

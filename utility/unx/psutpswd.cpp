@@ -1,116 +1,208 @@
-// psutpswd.cpp: no-echo input, see psutpswd.h.
+// psutpswd.cpp: the change of the node's password, see psutpswd.h. The no-echo input is in
+// readpass.cpp.
 #include "utility/unx/psutpswd.h"
 
-#include <signal.h>
-#include <termios.h>
+#include <dirent.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
-#include "common/ut/psfile.h"
+#include "agent/errormsg.h"
+#include "agent/password.h"
+#include "agent/session2.h"
+#include "api/vltapi.h"
+#include "common/nls/nls.h"
 #include "common/ut/strutil.h"
+#include "common/ut/trace.h"
+#include "utility/syncdb.h"
 
 namespace {
 
-volatile sig_atomic_t interrupted = 0;
+constexpr char kFunction[] = "psvexoPassWord()";
+constexpr int kMismatches = 3;
+constexpr std::size_t kLineSize = 1025;
 
-// Switches a terminal's echo off for a scope.
-class EchoOff {
- public:
-  explicit EchoOff(int terminal) : terminal_(terminal) {
-    if (::tcgetattr(terminal_, &saved_) != 0) return;
-    struct termios quiet = saved_;
-    quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    // TCSADRAIN, not TCSAFLUSH: scripts type ahead.
-    active_ = ::tcsetattr(terminal_, TCSADRAIN, &quiet) == 0;
-  }
-  ~EchoOff() { ut::ignoreResult(restore(), "the terminal is gone"); }
-  EchoOff(const EchoOff&) = delete;
-  EchoOff& operator=(const EchoOff&) = delete;
+constexpr short kNotRoot = 2620;
+constexpr short kRootAndGenerated = 2621;
+constexpr short kNoDirectory = 2521;
 
-  bool active() const { return active_; }
-  bool restore() {
-    if (!active_) return true;
-    active_ = false;
-    int rc = 0;
-    do {
-      rc = ::tcsetattr(terminal_, TCSADRAIN, &saved_);
-    } while (rc != 0 && errno == EINTR);
-    return rc == 0;
-  }
-
- private:
-  int terminal_;
-  bool active_ = false;
-  struct termios saved_ = {};
+// The three passwords of a change, wiped with the object.
+struct Passwords {
+  char old[kPasswordSize] = "";
+  char fresh[kPasswordSize] = "";
+  char confirmed[kPasswordSize] = "";
+  ~Passwords() { ut::wipe(this, sizeof *this); }
 };
 
-// Has Catch handle SIGINT for a scope.
-class InterruptWatch {
- public:
-  InterruptWatch() {
-    interrupted = 0;
-    installed_ =
-        ::sigaction(SIGINT, nullptr, &saved_) == 0 && install_sig_handler(SIGINT, Catch) == 0;
-  }
-  ~InterruptWatch() { restore(); }
-  InterruptWatch(const InterruptWatch&) = delete;
-  InterruptWatch& operator=(const InterruptWatch&) = delete;
-
-  bool installed() const { return installed_; }
-  void restore() {
-    if (!installed_) return;
-    installed_ = false;
-    ut::ignoreResult(::sigaction(SIGINT, &saved_, nullptr), "the action was valid before");
-  }
-
- private:
-  bool installed_ = false;
-  struct sigaction saved_ = {};
+// A line as it was typed, before its length is judged.
+struct PasswordLine {
+  char text[kLineSize] = "";
+  ~PasswordLine() { ut::wipe(text, sizeof text); }
 };
 
-int readLine(std::FILE* terminal, char* buffer, int size) {
-  int length = 0;
-  while (!interrupted) {
-    const int c = std::getc(terminal);
-    if (c == EOF || c == '\n') break;
-    if (length < size) buffer[length++] = static_cast<char>(c);
+short refuse(short message) {
+  nlprintf(131);
+  nlprintf(message);
+  nlprintf(131);
+  nlprintf(131);
+  return message;
+}
+
+// Who may change the password, and whether there is a place for it. Returns 0 or a message.
+short checkMethod(orcObj_t* orc) {
+  const bool root = ::getuid() == 0;
+  if (orc->bUsePwGenerate != 0) return TEST_LEGACYPWD && root ? refuse(kRootAndGenerated) : 0;
+  if (!root && TEST_LEGACYPWD) return refuse(kNotRoot);
+  char dir[agent::kPasswordPathSize];
+  char path[agent::kPasswordPathSize];
+  psvexoGetFileName(dir, path, orc);
+  if (DIR* directory = ::opendir(dir)) {
+    ut::ignoreResult(::closedir(directory), "it was only looked at");
+    return 0;
   }
-  buffer[length] = '\0';
-  return length;
+  nlprintf(131);
+  nlprintf(kNoDirectory, dir);
+  nlprintf(131);
+  return kNoDirectory;
+}
+
+// From the options when both passwords are there, else from the terminal.
+int takePasswords(const vexoOptionsInfo_t& options, Passwords* passwords) {
+  if (*options.oldPassword == '\0' || *options.newPassword == '\0') {
+    return getPwInput(passwords->old, passwords->fresh, passwords->confirmed);
+  }
+  ut::ignoreResult(ut::copyText(passwords->old, options.oldPassword), "of the same size");
+  ut::ignoreResult(ut::copyText(passwords->fresh, options.newPassword), "of the same size");
+  ut::ignoreResult(ut::copyText(passwords->confirmed, options.newPassword), "of the same size");
+  return 0;
+}
+
+int16_t logOn(orcObj_t* orc, const char* password) {
+  if (!TEST_LEGACYPWD) agent::addPasswordOptions(orc);
+  VltInitExIn in;
+  agent::fillLogon(&in, *orc, password, TEST_LEGACYPWD ? nullptr : orc->apiOptions);
+  VltInitExOut out = {};
+  out.structVersion = 1;
+  return gVltApiObjP->dvltInitEx(VltApiStatusObjP, &orc->vltHandle, &in, &out);
+}
+
+// Shows and logs what the library says of a failure. Returns its code.
+short reportFailure(orcObj_t* orc, int16_t rc) {
+  nlprintf(2, utility::reportCode(orc, rc, utility::Report::kLogOnly));
+  return rc;
+}
+
+void terminate(orcObj_t* orc) {
+  ut::ignoreResult(gVltApiObjP->dvltTerminate(VltApiStatusObjP, orc->vltHandle),
+                   "the password is changed, or not, in any case");
+  orc->vltHandle = 0;
+}
+
+// Says how it went. The server has the new password: a file that could not be written is reported
+// and changes nothing at the result; callers know it so, it stays.
+void reportSuccess(bool stored) {
+  if (!stored) {
+    nlprintf(160);
+    TRACE(TR_ORCLEVEL0, " %s: %s\n", kFunction, nlsprintf(160).c_str());
+    return;
+  }
+  vexoErrorMsg(nlsprintf(260).c_str(), 1);
+  nlprintf(260);
+  nlprintf(131);
+  nlprintf(131);
 }
 
 }  // namespace
 
-void Catch(int) { interrupted = 1; }
-
-int install_sig_handler(int sig, void (*handler)(int)) {
-  struct sigaction action = {};
-  action.sa_handler = handler;
-  ::sigemptyset(&action.sa_mask);
-  action.sa_flags = SA_NOCLDSTOP;  // no SA_RESTART: the reading must come back
-  return ::sigaction(sig, &action, nullptr);
+short psvexoPassWord(orcObj_t* orc, vexoOptionsInfo_t& options) {
+  TRACE(TR_ORCLEVEL1, " %s: Enter\n", kFunction);
+  nlprintf(2588);
+  if (const short refused = checkMethod(orc); refused != 0) return refused;
+  Passwords passwords;
+  if (const int rc = takePasswords(options, &passwords); rc != 0) return static_cast<short>(rc);
+  const int16_t logonRc = logOn(orc, passwords.old);
+  const bool change = *passwords.fresh != '\0';
+  // An expired password is what a change cures.
+  const bool loggedOn = logonRc == 0 || (change && logonRc == VLT_RC_PASSWORD_EXPIRED);
+  if (!loggedOn) return reportFailure(orc, logonRc);
+  if (change) {
+    const int16_t rc =
+        gVltApiObjP->dvltChangePW(VltApiStatusObjP, orc->vltHandle, passwords.old, passwords.fresh);
+    if (rc != 0) {
+      ut::ignoreResult(reportFailure(orc, rc), "returned below");
+      terminate(orc);
+      TRACE(TR_ORCLEVEL0, " %s: Exit - VLTCHANGEPW() failed rc = %d\n\n", kFunction, rc);
+      return rc;
+    }
+  }
+  bool stored = true;
+  if (orc->bUsePwGenerate == 0) {
+    stored = psvexoUpdatePswd(change ? passwords.fresh : passwords.old, orc) == 0;
+  }
+  terminate(orc);
+  reportSuccess(stored);
+  TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
+  return 0;
 }
 
-int readPass(char* buffer, int size) {
-  *buffer = '\0';
-  std::fflush(stdout);
-  const ut::FilePtr terminal(std::fopen("/dev/tty", "r"));
-  if (terminal == nullptr) return -1;
-  std::setvbuf(terminal.get(), nullptr, _IONBF, 0);
-  InterruptWatch watch;
-  if (!watch.installed()) return -1;
-  EchoOff echo(::fileno(terminal.get()));
-  if (!echo.active()) return -1;
-  ut::ignoreResult(readLine(terminal.get(), buffer, size), "the text's own length counts");
-  const bool restored = echo.restore();
-  watch.restore();
-  if (interrupted) ut::ignoreResult(::kill(::getpid(), SIGINT), "to our own process");
-  if (!restored) {
-    ut::wipe(buffer, static_cast<std::size_t>(size) + 1);
-    return -1;
+namespace {
+
+enum class Asked { kGiven, kEmpty, kFailed };
+
+// Asks one password. What was refused has been said, but for an empty answer.
+Asked askPassword(int prompt, char (&password)[kPasswordSize]) {
+  nlprintf(prompt);
+  PasswordLine line;
+  if (readPass(line.text, static_cast<int>(sizeof line.text) - 1) < 0) {
+    nlprintf(3);
+    return Asked::kFailed;
   }
-  return static_cast<int>(std::strlen(buffer));
+  if (*line.text == '\0') return Asked::kEmpty;
+  nlprintf(131);
+  if (ut::copyText(password, line.text)) return Asked::kGiven;
+  ut::wipe(password, sizeof password);
+  nlprintf(161);
+  return Asked::kFailed;
+}
+
+int nothingEntered() {
+  nlprintf(258);
+  return -1;
+}
+
+}  // namespace
+
+int getPwInput(char* oldPw, char* newPw, char* confirmPw) {
+  Passwords passwords;
+  const auto copy = [](char* to, const char* from) {
+    ut::ignoreResult(ut::copyText(to, kPasswordSize, from), "of the same size");
+  };
+  nlprintf(131);
+  Asked asked = askPassword(250, passwords.old);
+  if (asked == Asked::kEmpty) return nothingEntered();
+  if (asked == Asked::kFailed) return -1;
+  copy(oldPw, passwords.old);
+  for (int mismatches = 0;;) {
+    asked = askPassword(251, passwords.fresh);
+    if (asked == Asked::kEmpty) return nothingEntered();
+    if (asked == Asked::kFailed) return -1;
+    asked = askPassword(252, passwords.confirmed);
+    if (asked == Asked::kEmpty) return nothingEntered();
+    if (asked == Asked::kFailed) return -1;
+    copy(newPw, passwords.fresh);
+    copy(confirmPw, passwords.confirmed);
+    if (std::strcmp(newPw, confirmPw) == 0) return 0;
+    if (++mismatches == kMismatches) {
+      // The message of a password that is too long: it names this reason as well, and callers look
+      // for its number.
+      nlprintf(131);
+      nlprintf(161);
+      nlprintf(131);
+      return -1;
+    }
+    nlprintf(162);
+    nlprintf(131);
+  }
 }

@@ -1,0 +1,164 @@
+// readpass.cpp: reading a line from the terminal without echo, see psutpswd.h.
+//
+// While the echo is off, signals that would end or stop the program are caught: the reading ends,
+// or pauses, the terminal gets its settings back, and only then the signal takes its course.
+#include <signal.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "common/ut/psfile.h"
+#include "common/ut/strutil.h"
+#include "utility/unx/psutpswd.h"
+
+namespace {
+
+volatile sig_atomic_t interrupted = 0;  // by SIGINT
+volatile sig_atomic_t ending = 0;       // the number of another signal that ends the program
+volatile sig_atomic_t stopping = 0;     // by SIGTSTP
+
+void noteEnding(int sig) { ending = sig; }
+void noteStopping(int) { stopping = 1; }
+
+// Switches a terminal's echo off for a scope. TCSADRAIN, not TCSAFLUSH: scripts type ahead.
+class EchoOff {
+ public:
+  explicit EchoOff(int terminal) : terminal_(terminal) {
+    known_ = ::tcgetattr(terminal_, &saved_) == 0;
+    if (known_) off();
+  }
+  ~EchoOff() { ut::ignoreResult(restore(), "the terminal is gone"); }
+  EchoOff(const EchoOff&) = delete;
+  EchoOff& operator=(const EchoOff&) = delete;
+
+  bool active() const { return active_; }
+  void off() {
+    struct termios quiet = saved_;
+    quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    active_ = set(quiet);
+  }
+  bool restore() {
+    if (!active_) return true;
+    active_ = false;
+    return set(saved_);
+  }
+
+ private:
+  bool set(const struct termios& settings) const {
+    int rc = 0;
+    do {
+      rc = ::tcsetattr(terminal_, TCSADRAIN, &settings);
+    } while (rc != 0 && errno == EINTR);
+    return rc == 0;
+  }
+
+  int terminal_;
+  bool known_ = false;
+  bool active_ = false;
+  struct termios saved_ = {};
+};
+
+// Has a handler stand in for a signal's action for a scope. One that is ignored stays ignored,
+// unless `always`.
+class SignalWatch {
+ public:
+  SignalWatch(int sig, void (*handler)(int), bool always = false) : signal_(sig) {
+    if (::sigaction(sig, nullptr, &saved_) != 0) return;
+    wanted_ = always || saved_.sa_handler != SIG_IGN;
+    installed_ = wanted_ && install_sig_handler(sig, handler) == 0;
+  }
+  ~SignalWatch() { restore(); }
+  SignalWatch(const SignalWatch&) = delete;
+  SignalWatch& operator=(const SignalWatch&) = delete;
+
+  bool installed() const { return installed_; }
+  void restore() {
+    if (!installed_) return;
+    installed_ = false;
+    ut::ignoreResult(::sigaction(signal_, &saved_, nullptr), "the action was valid before");
+  }
+
+ private:
+  int signal_;
+  bool wanted_ = false;
+  bool installed_ = false;
+  struct sigaction saved_ = {};
+};
+
+// Stops the program as SIGTSTP would have, with the terminal as it was, and goes on afterwards.
+void stopHere(EchoOff& echo) {
+  stopping = 0;
+  ut::ignoreResult(echo.restore(), "it is set again below");
+  {
+    struct sigaction standard = {}, noted = {};
+    standard.sa_handler = SIG_DFL;
+    ::sigemptyset(&standard.sa_mask);
+    ::sigaction(SIGTSTP, &standard, &noted);
+    ::kill(::getpid(), SIGTSTP);
+    ::sigaction(SIGTSTP, &noted, nullptr);
+  }
+  echo.off();
+}
+
+void readLine(std::FILE* terminal, EchoOff& echo, char* buffer, int size) {
+  int length = 0;
+  while (!interrupted && !ending) {
+    const int c = std::getc(terminal);
+    if (c == EOF && stopping) {
+      std::clearerr(terminal);
+      stopHere(echo);
+      continue;
+    }
+    if (c == EOF && std::ferror(terminal) && errno == EINTR) {
+      std::clearerr(terminal);
+      continue;  // the loop's condition looks at what came
+    }
+    if (c == EOF || c == '\n') break;
+    if (length < size) buffer[length++] = static_cast<char>(c);
+  }
+  buffer[length] = '\0';
+}
+
+}  // namespace
+
+void Catch(int) { interrupted = 1; }
+
+int install_sig_handler(int sig, void (*handler)(int)) {
+  struct sigaction action = {};
+  action.sa_handler = handler;
+  ::sigemptyset(&action.sa_mask);
+  action.sa_flags = SA_NOCLDSTOP;  // no SA_RESTART: the reading must come back
+  return ::sigaction(sig, &action, nullptr);
+}
+
+int readPass(char* buffer, int size) {
+  *buffer = '\0';
+  std::fflush(stdout);
+  const ut::FilePtr terminal(std::fopen("/dev/tty", "r"));
+  if (terminal == nullptr) return -1;
+  std::setvbuf(terminal.get(), nullptr, _IONBF, 0);
+  interrupted = 0;
+  ending = 0;
+  stopping = 0;
+  bool restored = false;
+  {
+    const SignalWatch interrupt(SIGINT, Catch, true);
+    if (!interrupt.installed()) return -1;
+    const SignalWatch quit(SIGQUIT, noteEnding), term(SIGTERM, noteEnding), hup(SIGHUP, noteEnding);
+    const SignalWatch stop(SIGTSTP, noteStopping);
+    EchoOff echo(::fileno(terminal.get()));
+    if (!echo.active()) return -1;
+    readLine(terminal.get(), echo, buffer, size);
+    restored = echo.restore();
+  }
+  if (interrupted) ut::ignoreResult(::kill(::getpid(), SIGINT), "to our own process");
+  if (ending) ut::ignoreResult(::kill(::getpid(), ending), "to our own process");
+  if (!restored) {
+    ut::wipe(buffer, static_cast<std::size_t>(size) + 1);
+    return -1;
+  }
+  return static_cast<int>(std::strlen(buffer));
+}
