@@ -12,33 +12,31 @@
 
 namespace support {
 
-// Collects what is written to a descriptor, from construction until `take` or the destructor.
-class Captured {
+// The text with "#" for every run of digits, for lines with times and process numbers.
+inline std::string masked(const std::string& text) {
+  std::string result;
+  for (const char c : text) {
+    const bool digit = c >= '0' && c <= '9';
+    if (!digit || result.empty() || result.back() != '#') result += digit ? '#' : c;
+  }
+  return result;
+}
+
+// Puts a nameless file in the place of a descriptor until `end` or the destructor.
+class Redirected {
  public:
-  explicit Captured(int descriptor = STDOUT_FILENO)
-      : descriptor_(descriptor), file_(std::tmpfile()) {
+  explicit Redirected(int descriptor) : descriptor_(descriptor), saved_(::dup(descriptor)) {
     std::fflush(nullptr);
-    saved_ = ::dup(descriptor_);
-    if (file_ == nullptr || ::dup2(::fileno(file_), descriptor_) < 0) {
-      ADD_FAILURE() << "descriptor " << descriptor_ << " cannot be captured";
-    }
+    EXPECT_GE(::dup2(::fileno(file_), descriptor_), 0);
   }
-  ~Captured() {
+  ~Redirected() {
     end();
-    if (file_ != nullptr) std::fclose(file_);
+    std::fclose(file_);
   }
-  Captured(const Captured&) = delete;
-  Captured& operator=(const Captured&) = delete;
+  Redirected(const Redirected&) = delete;
+  Redirected& operator=(const Redirected&) = delete;
 
-  std::string take() {
-    end();
-    std::string text;
-    std::rewind(file_);
-    for (int c = std::getc(file_); c != EOF; c = std::getc(file_)) text += static_cast<char>(c);
-    return text;
-  }
-
- private:
+ protected:
   void end() {
     std::fflush(nullptr);
     if (saved_ < 0) return;
@@ -46,39 +44,35 @@ class Captured {
     ::close(saved_);
     saved_ = -1;
   }
-
-  int descriptor_;
-  std::FILE* file_;
-  int saved_ = -1;
-};
-
-// Makes `text` (at most what a pipe holds) standard input, and its end the end of input.
-class FedInput {
- public:
-  explicit FedInput(std::string_view text) : saved_(::dup(STDIN_FILENO)) {
-    int ends[2] = {-1, -1};
-    const bool fed = ::pipe(ends) == 0 && ::dup2(ends[0], STDIN_FILENO) >= 0 &&
-                     ::write(ends[1], text.data(), text.size()) == static_cast<ssize_t>(text.size());
-    if (!fed) ADD_FAILURE() << "standard input cannot be fed";
-    ::close(ends[0]);
-    ::close(ends[1]);
-    forget();
-  }
-  ~FedInput() {
-    ::dup2(saved_, STDIN_FILENO);
-    ::close(saved_);
-    forget();
-  }
-  FedInput(const FedInput&) = delete;
-  FedInput& operator=(const FedInput&) = delete;
+  std::FILE* file_ = std::tmpfile();
 
  private:
-  static void forget() {
+  int descriptor_, saved_;
+};
+
+// Collects what is written to a descriptor, from construction until `take` or the destructor.
+class Captured : public Redirected {
+ public:
+  explicit Captured(int descriptor = STDOUT_FILENO) : Redirected(descriptor) {}
+  std::string take() {
+    end();
+    std::string text;
+    std::rewind(file_);
+    for (int c = std::getc(file_); c != EOF; c = std::getc(file_)) text += static_cast<char>(c);
+    return text;
+  }
+};
+
+// Makes `text` standard input, and its end the end of input.
+class FedInput : public Redirected {
+ public:
+  explicit FedInput(std::string_view text) : Redirected(STDIN_FILENO) {
+    std::fwrite(text.data(), 1, text.size(), file_);
+    std::rewind(file_);
     ::__fpurge(stdin);
     std::clearerr(stdin);
   }
-
-  int saved_;
+  ~FedInput() { ::__fpurge(stdin); }
 };
 
 }  // namespace support

@@ -54,9 +54,8 @@ struct Step {
   Step&& text(std::string answer) && {
     effects.emplace_back(std::function<void(char&)>(
         [answer](char& first) { std::memcpy(&first, answer.c_str(), answer.size() + 1); }));
-    effects.emplace_back(std::function<void(VltRcMsgOut&)>([answer](VltRcMsgOut& out) {
-      out.text[answer.copy(out.text, out.textSize - 1)] = '\0';
-    }));
+    effects.emplace_back(std::function<void(VltRcMsgOut&)>(
+        [answer](VltRcMsgOut& out) { out.text[answer.copy(out.text, out.textSize - 1)] = '\0'; }));
     return std::move(*this);
   }
 
@@ -75,8 +74,7 @@ class ScriptedApi : public DVltApi {
  public:
   explicit ScriptedApi(std::vector<Step> steps = {}, const char* optFile = "")
       : DVltApi("", "", optFile, nullptr), steps_(std::move(steps)), before_(gVltApiObjP) {
-#define VLT_CODE(op, args, ...) \
-  m_fnvlt##op##P = Fake<decltype(&vlt##op)>::template call<kRow##op>;
+#define VLT_CODE(op, args, ...) m_fnvlt##op##P = Fake<decltype(&vlt##op)>::template call<kRow##op>;
 #define VLT_VOID(op, args, ...) VLT_CODE(op, args, __VA_ARGS__)
 #include "api/vltentries.def"
     m_bvltSetUpDone = 0;

@@ -68,9 +68,7 @@ class ScopedEnv {
   ScopedEnv(const ScopedEnv&) = delete;
   ScopedEnv& operator=(const ScopedEnv&) = delete;
 
-  void set(const char* value) {
-    value == nullptr ? ::unsetenv(name_) : ::setenv(name_, value, 1);
-  }
+  void set(const char* value) { value == nullptr ? ::unsetenv(name_) : ::setenv(name_, value, 1); }
 
  private:
   const char* name_;

@@ -74,14 +74,6 @@ TEST(BPlusTree, IsEmptyAtFirstAndTellsCapitalsFromSmallLetters) {
   EXPECT_EQ(kTreeStored, insert(tree, "piece"));
 }
 
-TEST(BPlusTree, KeepsItsOwnCopies) {
-  dsBPlusTree tree;
-  char name[] = "piece";
-  ASSERT_EQ(kTreeStored, tree.IsertItem(name, sizeof name, utInsertFilename, utFindFilename));
-  name[0] = 'x';
-  EXPECT_STREQ("piece", find(tree, "piece"));
-}
-
 TEST(BPlusTree, ReleasesAllButTheStagingBufferOfEachInsertion) {
   const ut::MemoryUse before = ut::trackedMemory();
   std::size_t staged = 0;

@@ -172,17 +172,6 @@ TEST_F(Catalog, ReadsTheFirstWordOfEachLine) {
   EXPECT_FALSE(std::filesystem::exists(spool_));
 }
 
-TEST_F(Catalog, KeepsItsFilesForDiagnosis) {
-  sqlplus("echo piece >" + spool_);
-  TR_ORCLEVEL2 = 1;
-  EXPECT_EQ(0, query());
-  dsBPlusTree tree;
-  EXPECT_EQ(0, load(tree));
-  TR_ORCLEVEL2 = 0;
-  EXPECT_TRUE(std::filesystem::exists(script_));
-  EXPECT_TRUE(std::filesystem::exists(spool_));
-}
-
 TEST_F(Catalog, FailsOnASpoolFileThatCannotBeRead) {
   ASSERT_EQ(0, ::mkdir(spool_.c_str(), 0700));  // opens for reading, but does not read
   dsBPlusTree tree;

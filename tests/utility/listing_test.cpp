@@ -203,21 +203,13 @@ TEST_F(FileList, WritesTheNamesToAFileOnlyForDiagnosis) {
 }
 
 TEST_F(FileList, OffersDefaultDatesInEveryFormat) {
-  const struct {
-    int format;
-    const char* start;
-    const char* end;
-  } rows[] = {{1, "01/01/1990", "%02d/%02d/%04d"},
-              {2, "01-01-1990", ""},
-              {3, "1990-01-01", ""},
-              {4, "01.01.1990", ""},
-              {5, "1990.01.01", ""}};
-  for (const auto& row : rows) {
+  const char* starts[] = {"01/01/1990", "01-01-1990", "1990-01-01", "01.01.1990", "1990.01.01"};
+  for (int format = 1; format <= 5; ++format) {
     destroyNlsGlobalObject();
-    open(row.format);
+    open(format);
     char start[16], end[16];
     utGetDefaultDates(start, end);
-    EXPECT_STREQ(row.start, start);
+    EXPECT_STREQ(starts[format - 1], start);
     nfDate today = {};
     ASSERT_EQ(0, dateParse(end, &today, 0)) << end;
     const nfDate now = ut::localNow();

@@ -1,0 +1,128 @@
+// parser2_test.cpp: the options file, as administrators write it.
+#include "agent/parser2.h"
+
+#include "tests/agent/agent_fixture.h"
+
+namespace {
+
+using OptionsFile = Agent;
+constexpr char kInstalled[] = "installed/agent/vexo.opt";
+
+TEST_F(OptionsFile, TakesValuesAsPeopleWriteThem) {
+  using Field = char(orcObj_t::*)[kOptionSize];
+  const std::string longest(500, 'x');
+  const struct {
+    std::string lines;
+    Field field;
+    std::string value;
+  } kRows[] = {{"vexo_fs   \"/ora fs\"  \n", &orcObj_t::VEXO_FS, "/ora fs"},
+               {"  \tVexo_Node\tN x \r\n", &orcObj_t::VEXO_NODE, "N x"},
+               {"VEXO_NODE,\"a\"b\"", &orcObj_t::VEXO_NODE, "ab"},
+               {"VEXO_NODE a\nvexo_node b\n", &orcObj_t::VEXO_NODE, "b"},
+               {"* VEXO_NODE b\n\n  \t \n  *\nVEXO_NODE a\n*", &orcObj_t::VEXO_NODE, "a"},
+               {"VEXO_TEST_FLAGS  \"A\" b \n", &orcObj_t::VEXO_TEST_FLAGS, " \"A\" b "},
+               {"VEXO_OWNER " + longest + "\n", &orcObj_t::VEXO_OWNER, longest},
+               {"VLTI_ORC_CONFIG c", &orcObj_t::VLTI_ORC_CONFIG, "c"},
+               {"VEXO_DATE_FMT 3\n", &orcObj_t::VEXO_DATE_FORMAT, "3"},
+               {"VEXO_TIME_FMT 4\n", &orcObj_t::VEXO_TIME_FORMAT, "4"},
+               {"VEXO_NUM_FMT 5\n", &orcObj_t::VEXO_NUM_FORMAT, "5"},
+               {"VEXO_ENABLESCRIPTINPUT YES\n", &orcObj_t::VEXO_ENABLESCRIPTINPUT, "YES"}};
+  for (const auto& row : kRows) {
+    dir.write(kInstalled, row.lines);
+    EXPECT_EQ(vexoSetOptions(&orc), 0) << row.lines;
+    EXPECT_EQ(orc.*row.field, row.value) << row.lines;
+    const bool named = *orc.VEXO_NODE != '\0' || *orc.VEXO_OWNER != '\0';
+    EXPECT_EQ(orc.noNodeNoOwner, named ? 0 : 1) << row.lines;
+  }
+}
+
+TEST_F(OptionsFile, StopsAtTheFirstLineInError) {
+  const struct {
+    std::string line, message;
+  } kRows[] = {{"VEXO_TRACE x", "QRB2603E|VEXO_TRACE"},
+               {"VEXO_NODE=a", "QRB2603E|VEXO_NODE=A"},
+               {"\"VEXO_NODE\" a", "QRB2603E|\"VEXO_NODE\""},
+               {", ,", "QRB2603E|: , installed"},
+               {"VEXO_NODE", "QRB2616E|VEXO_NODE"},
+               {"VEXO_NODE  \"\" \t", "QRB2616E|VEXO_NODE"},
+               {"vexo_test_flags", "QRB2616E|VEXO_TEST_FLAGS"},
+               {"VEXO_NODE " + std::string(600, 'x'), "QRB2603E|XXX"}};
+  for (const auto& row : kRows) {
+    dir.write(kInstalled, "VEXO_FS kept\n" + row.line + "\nVEXO_LANGUAGE later\n");
+    support::Captured shown(STDERR_FILENO);
+    EXPECT_EQ(vexoSetOptions(&orc), 2534) << row.line;
+    const std::string text = shown.take();
+    const std::size_t bar = row.message.find('|');
+    EXPECT_HOLDS(text, row.message.substr(0, bar));
+    EXPECT_HOLDS(text, row.message.substr(bar + 1));
+    EXPECT_HOLDS(text, kInstalled);
+    EXPECT_HOLDS(log(), text) << "the log has the same";
+    EXPECT_STREQ(orc.VEXO_FS, "kept");
+    EXPECT_STREQ(orc.VEXO_LANGUAGE, "");
+  }
+}
+
+TEST_F(OptionsFile, LeavesDefaultsWhereItSaysNothing) {
+  dir.write(kInstalled, "");
+  set(orc.VEXO_NODE, "from the last run");
+  EXPECT_EQ(vexoSetOptions(&orc), 0);
+  const std::string all = std::string(orc.VEXO_AVG_SIZE) + "," + orc.VEXO_NUM_BUFFERS + "," +
+                          orc.VLTI_DIR + "," + orc.VLTI_LOG + "," + orc.VLTI_ORC_DIR + "," +
+                          orc.VLTI_ORC_CONFIG + "," + orc.VEXO_NODE;
+  EXPECT_EQ(all, "50,1,installed/api,installed/agent,installed/agent,installed/agent/vlt.opt,");
+  EXPECT_STREQ(orc.VEXO_FS, agent::kDefaultFileSpace);
+  config.set(std::string(600, 'x').c_str());
+  EXPECT_EQ(vexoSetOptions(&orc), 1702) << "a path that does not fit is not cut";
+}
+
+TEST_F(OptionsFile, IsFoundThroughTheEnvironment) {
+  dir.write(kInstalled, "VEXO_NODE installed");
+  dir.write("my.opt", "VEXO_NODE mine");
+  support::Captured shown(STDERR_FILENO);
+  for (const auto& [variable, node] : {std::pair(std::string(), "installed"),
+                                       {"my.opt", "mine"},
+                                       {"'my.opt'", "mine"},
+                                       {"\"my.opt\"", "mine"},
+                                       {std::string(1025, 'x'), "installed"},
+                                       {"'my.opt\"", ""},
+                                       {"'", ""},
+                                       {"''", ""},
+                                       {"installed", ""}}) {  // the last one is a directory
+    optionFile.set(variable.c_str());
+    EXPECT_EQ(vexoSetOptions(&orc), *node == '\0' ? 2534 : 0) << variable;
+    EXPECT_STREQ(orc.VEXO_NODE, node) << variable;
+  }
+  const std::string text = shown.take();
+  EXPECT_HOLDS(text, "QRB2615E");
+  EXPECT_HOLDS(text, "'my.opt\"");
+  EXPECT_HOLDS(text, "installed\n");
+}
+
+TEST_F(OptionsFile, GivesTheFirstValueOfOneKeyword) {
+  dir.write(kInstalled, "* VLTI_LOG no\nVEXO_NODE\nvlti_log \"/x y\" \nVLTI_LOG z\nVEXO_FS \"\"\n");
+  const ut::FilePtr file = agent::openOptionFileQuietly(nullptr);
+  char value[kOptionSize];
+  for (int again = 0; again < 2; ++again) {
+    EXPECT_EQ(vexoGetOption(file.get(), "VLTI_LOG", value), 0);
+    EXPECT_STREQ(value, "/x y");
+    for (const char* absent : {"VEXO_NODE", "VEXO_FS", "VLTI", "VEXO_OWNER"}) {
+      EXPECT_EQ(vexoGetOption(file.get(), absent, value), 65535) << absent;
+    }
+  }
+}
+
+TEST_F(OptionsFile, FileSpaceGetsItsShape) {
+  for (const auto& [given, shaped] : {std::pair("", agent::kDefaultFileSpace),
+                                      {"ora", "/ora"},
+                                      {"/ora///", "/ora"},
+                                      {"/", "/"},
+                                      {"///", "/"},
+                                      {"a/b/", "/a/b"},
+                                      {"//a", "//a"}}) {
+    set(orc.VEXO_FS, given);
+    vexoCheckFS(&orc);
+    EXPECT_STREQ(orc.VEXO_FS, shaped) << given;
+  }
+}
+
+}  // namespace

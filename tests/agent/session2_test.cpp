@@ -1,0 +1,178 @@
+// session2_test.cpp: set-up, logon and the password file, against a scripted library.
+#include "agent/session2.h"
+
+#include <string>
+#include <vector>
+
+#include "agent/password.h"
+#include "tests/agent/agent_fixture.h"
+
+namespace {
+
+using support::ScriptedApi;
+using support::Step;
+using support::textSteps;
+using Session = Agent;
+using PasswordFile = Agent;
+
+// A library whose cipher turns every bit round.
+Step decrypt() {
+  return Step("vltDecryptEx").fill<uint8_t>([](uint8_t& block) {
+    for (uint8_t* byte = &block; byte != &block + 8; ++byte) *byte = static_cast<uint8_t>(~*byte);
+  });
+}
+std::string chunk(char digit, std::string text) {
+  text.resize(8, '\0');
+  for (char& c : text) c = static_cast<char>(~c);
+  return digit + text;
+}
+const std::string kHeader = "Agent for Oracle Backup - Password file";
+
+Step version(uint16_t level) {
+  return Step("vltQueryApiVersionEx").fill<VltApiVersionEx>([level](VltApiVersionEx& version) {
+    version = {2, 8, 1, level, 0};
+  });
+}
+Step logon(const std::string& arguments, int16_t rc) {
+  return Step("vltInitEx", arguments, rc).fill<uint32_t>([rc](uint32_t& handle) {
+    handle = rc == 0 ? 7 : 0;
+  });
+}
+
+TEST_F(PasswordFile, IsReadAsFarAsItIsSound) {
+  std::string nineChunks, longest;
+  for (int i = 0; i < 9; ++i) nineChunks += chunk('8', "12345678");
+  for (int i = 0; i < 8; ++i) longest += "12345678";
+  const struct {
+    std::string content, password;
+    int chunks;
+  } kRows[] = {{"", "", 0},
+               {"short header", "", 0},
+               {kHeader, "", 0},
+               {kHeader + chunk('5', "hello"), "hello", 1},
+               {kHeader + chunk('8', "two full") + chunk('8', " chunks."), "two full chunks.", 2},
+               {kHeader + chunk('8', "cut shor") + chunk('1', "t").substr(0, 8), "cut shor", 1},
+               {kHeader + chunk('3', "abc") + "8", "abc", 1},
+               {kHeader + chunk('0', "none") + chunk(' ', "none") + chunk('2', "ok"), "ok", 3},
+               {kHeader + chunk('9', "12345678") + chunk('~', "12345678"), "1234567812345678", 2},
+               {kHeader + nineChunks, longest, 9}};
+  for (const auto& row : kRows) {
+    ScriptedApi api(std::vector<Step>(static_cast<std::size_t>(row.chunks), decrypt()));
+    unsigned key[2] = {};
+    char password[kPasswordSize + 1];
+    password[kPasswordSize] = '?';
+    const std::string path = dir.write("pw", row.content);
+    EXPECT_EQ(psvexoReadPswdFromFile(path.c_str(), password, key), 0);
+    EXPECT_EQ(password, row.password);
+    EXPECT_EQ(password[kPasswordSize], '?') << "nothing behind the 64th character";
+  }
+  unsigned key[2] = {};
+  char password[kPasswordSize] = "left";
+  for (const char* unusable : {"missing", "installed", ""}) {
+    EXPECT_EQ(psvexoReadPswdFromFile(unusable, password, key), 168) << unusable;
+    EXPECT_STREQ(password, "");
+  }
+}
+
+TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
+  set(orc.VEXO_NODE, "N");
+  set(orc.VLTI_DIR, "/api");
+  set(orc.VLTI_LOG, "/log");
+  set(orc.VLTI_ORC_CONFIG, "/c.opt");
+  const auto setUp = [] {
+    return Step("vltSetUp", "1").look<VltEnvSetUp>([](const VltEnvSetUp& record) {
+      EXPECT_EQ(record.structVersion * 10 + record.incExlCaseSensitive, 40);
+      EXPECT_EQ(std::string(record.vltiDir) + record.vltiLog + record.vltiConfig + record.logName,
+                "/api/log/c.optvexoerror.log");
+    });
+  };
+  const auto key = Step("vltCreateDesKeyEx", "'N'");
+  dir.write("installed/agent/VEXO.N", kHeader + chunk('6', "secret"));
+  ScriptedApi api({version(13), setUp(), key, decrypt(), version(13), setUp(), key, version(13),
+                   setUp(), key, decrypt()});
+  EXPECT_EQ(psDoVltSetUp(&orc), 0);
+  EXPECT_STREQ(orc.legacyPassword, "secret");
+  EXPECT_EQ(orc.apiSetUp * 10 + orc.bUsePwGenerate, 11);
+  EXPECT_FALSE(dir.has("installed/agent/VEXO.N"));
+  EXPECT_TRUE(dir.has("installed/agent/VEXO.N.save"));
+  EXPECT_EQ(psDoVltSetUp(&orc), 0) << "no such file is no error";
+  EXPECT_STREQ(orc.legacyPassword, "");
+  std::filesystem::remove("installed/agent/VEXO.N.save");
+  dir.write("installed/agent/VEXO.N.save/full", "");  // a name that nothing can be renamed to
+  dir.write("installed/agent/VEXO.N", kHeader + chunk('6', "secret"));
+  support::Captured shown;
+  EXPECT_EQ(psDoVltSetUp(&orc), 0);
+  EXPECT_HOLDS(shown.take(), "QRB2629E");
+  EXPECT_HOLDS(log(), "QRB2629E");
+  EXPECT_STREQ(orc.legacyPassword, "secret") << "it is used all the same";
+}
+
+TEST_F(Session, SetUpReportsWhyItFailed) {
+  const support::Captured quiet;
+  ScriptedApi api({version(12), version(13), Step("vltSetUp", "1", 2409)});
+  api.add(textSteps("0", 2409, "ZYL2409E why"));
+  EXPECT_EQ(psDoVltSetUp(&orc), 2507) << "too old: it never sees a record of ours";
+  EXPECT_HOLDS(log(), "QRB2572E");
+  EXPECT_HOLDS(log(), "QRB2573E");
+  EXPECT_EQ(psDoVltSetUp(&orc), 2409);
+  EXPECT_STREQ(orc.lastErrorMsg, "ZYL2409E why");
+  EXPECT_HOLDS(log(), "==> ZYL2409E why\n");
+  EXPECT_EQ(orc.apiSetUp, 0);
+}
+
+TEST_F(Session, LogonFillsTheContext) {
+  orc.bUsePwGenerate = 1;
+  set(orc.VEXO_OWNER, "O");
+  set(orc.VEXO_PSWDPATH, "/p w");
+  set(orc.VLTI_ORC_CONFIG, "/c.opt");
+  set(orc.legacyPassword, "secret");
+  for (int again = 0; again < 2; ++again) {
+    ScriptedApi api({logon("node=null owner='O' password='secret'", 0)
+                         .look<VltInitExIn>([](const VltInitExIn& in) {
+                           EXPECT_STREQ(in.options, " -PASSWORDACCESS=GENERATE -PASSWORDDIR=/p w");
+                           EXPECT_STREQ(in.configFile, "/c.opt");
+                           EXPECT_EQ(in.structVersion * 10 + in.clientKind, 53);
+                         }),
+                     Step("vltQuerySessOptions", "7"),
+                     Step("vltQuerySessInfo", "7").fill<VltSessInfo>([](VltSessInfo& info) {
+                       info.maxObjPerTxn = 100;
+                     })});
+    EXPECT_EQ(vexoSession(&orc), 0) << "the options are appended once, however often";
+    EXPECT_EQ(orc.vltHandle, 7u);
+    EXPECT_EQ(orc.maxObjPerTxn, 100);
+  }
+}
+
+TEST_F(Session, LogonReportsEveryFailureAndTriesFiveTimes) {
+  set(orc.VEXO_NODE, "N");
+  const std::string asN = "node='N' owner=null password=''";
+  const struct {
+    std::vector<Step> calls;
+    int16_t rc;
+    uint32_t handle;
+  } kRows[] = {
+      {{logon(asN, -50), logon(asN, -50), logon(asN, -50), logon(asN, -50), logon(asN, -50)},
+       -50,
+       0},
+      {{logon(asN, -50), logon(asN, -50), logon(asN, 51)}, 51, 0},
+      {{logon(asN, 52)}, 52, 0},
+      {{logon(asN, 0), Step("vltQuerySessOptions", "7", 2402)}, 2402, 7},
+      {{logon(asN, 0), Step("vltQuerySessOptions", "7"), Step("vltQuerySessInfo", "7", 54)},
+       54,
+       7}};
+  for (const auto& row : kRows) {
+    orc.vltHandle = 0;
+    orc.apiSetUp = 0;
+    orc.bUsePwGenerate = 1;
+    ScriptedApi api(row.calls);
+    const std::string text = "ZYL text " + std::to_string(row.rc);
+    api.add(textSteps(std::to_string(row.handle), row.rc, text));
+    EXPECT_EQ(vexoSession(&orc), static_cast<unsigned short>(row.rc));
+    EXPECT_EQ(orc.lastErrorMsg, text);
+    EXPECT_HOLDS(log(), "==> " + text + "\n");
+    EXPECT_EQ(orc.vltHandle, row.handle);
+    EXPECT_EQ(orc.apiSetUp, row.handle == 0 ? 1 : 0) << "then the end of the run cleans up";
+  }
+}
+
+}  // namespace

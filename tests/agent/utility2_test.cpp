@@ -1,0 +1,139 @@
+// utility2_test.cpp: the error log, and the start of the message system and the trace.
+#include "agent/utility2.h"
+
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <map>
+#include <sstream>
+
+#include "agent/errormsg.h"
+#include "common/ut/trace.h"
+#include "tests/agent/agent_fixture.h"
+
+namespace {
+
+using ErrorLog = Agent;
+using Start = Agent;
+
+TEST_F(ErrorLog, LinesCarryTimeAndProcess) {
+  vexoErrorMsg("one %s", 0);
+  vexoErrorMsg("two", 1);
+  support::Captured shown(STDERR_FILENO);
+  psNonNlsErrorMsg("three");
+  EXPECT_EQ(shown.take(), "three\n");
+  EXPECT_EQ(support::masked(log()),
+            "#/#/# #:#:# TID<#> ==> one %s\n#/#/# #:#:# two\n#/#/# #:#:# TID<#>  ==>  three\n");
+  EXPECT_HOLDS(log(), " TID<" + std::to_string(::getpid()) + "> ==> one");
+  struct stat entry = {};
+  ASSERT_EQ(::stat("installed/agent/vexoerror.log", &entry), 0);
+  EXPECT_EQ(entry.st_mode & 0777, 0600u);
+}
+
+TEST_F(ErrorLog, KeepsLinesWholeAcrossProcesses) {
+  constexpr int kProcesses = 4, kLines = 150;
+  for (int i = 0; i < kProcesses; ++i) {
+    if (::fork() != 0) continue;
+    const std::string line = std::string(2999, static_cast<char>('a' + i)) + "\n";
+    for (int n = 0; n < kLines; ++n) psWriteError("shared.log", line.c_str());
+    ::_exit(0);
+  }
+  while (::wait(nullptr) > 0) {
+  }
+  std::istringstream text(dir.read("shared.log"));
+  std::map<std::string, int> counts;
+  for (std::string line; std::getline(text, line);) ++counts[line];
+  EXPECT_EQ(counts.size(), static_cast<std::size_t>(kProcesses));
+  for (const auto& [line, count] : counts) {
+    EXPECT_EQ(count, kLines) << line.front();
+    EXPECT_EQ(line, std::string(2999, line.front()));
+  }
+  psWriteError("", "nowhere\n");
+  psWriteError("missing/log", "nowhere\n");
+}
+
+TEST_F(ErrorLog, IsWhereItCanBeWritten) {
+  std::filesystem::create_directories("logs");
+  const struct {
+    const char *options, *path;
+  } kRows[] = {{"VLTI_LOG logs\n", "logs/vexoerror.log"},
+               {"VLTI_LOG \"logs/\"\n", "logs/vexoerror.log"},
+               {"VLTI_LOG missing\n", "vexoerror.log"},
+               {"VEXO_NODE n\n", "installed/agent/vexoerror.log"},
+               {nullptr, "installed/agent/vexoerror.log"}};
+  char path[api::kPathSize];
+  for (const auto& row : kRows) {
+    std::filesystem::remove("installed/agent/vexo.opt");
+    if (row.options != nullptr) dir.write("installed/agent/vexo.opt", row.options);
+    EXPECT_EQ(getErrorLog(path), 0);
+    EXPECT_STREQ(path, row.path);
+  }
+  std::filesystem::remove_all("installed");
+  EXPECT_EQ(getErrorLog(path), 0);
+  EXPECT_STREQ(path, "vexoerror.log") << "the current directory is the last resort";
+}
+
+TEST_F(Start, ReadsFormatNumbersAndReportsAMissingCatalog) {
+  set(orc.VLTI_ORC_DIR, "installed/agent");
+  for (const auto& [text, date, time, number] : {std::tuple("7", 1, 1, 1),
+                                                 {"6", 1, 1, 6},
+                                                 {"5", 5, 1, 5},
+                                                 {"4", 4, 4, 4},
+                                                 {"0", 0, 0, 0},
+                                                 {"abc", 0, 0, 0},
+                                                 {"", 0, 0, 0},
+                                                 {"-1", 1, 1, 1},
+                                                 {"4294967298", 1, 1, 1}}) {
+    set(orc.VEXO_DATE_FORMAT, text);
+    set(orc.VEXO_TIME_FORMAT, text);
+    set(orc.VEXO_NUM_FORMAT, text);
+    EXPECT_EQ(newNlsGlobalObject(), 0);
+    const support::Captured quiet(STDERR_FILENO);
+    EXPECT_EQ(callNlinit(&orc), nls::kCatalogNotOpened);
+    const ut::RunFormats& formats = ut::runFormats();
+    EXPECT_EQ(std::tuple(formats.date, formats.time, formats.number),
+              std::tuple(date, time, number))
+        << text;
+  }
+  EXPECT_HOLDS(log(),
+               "==> Error: Could not initialize NLS object. Check that the message file, vexo.cat, "
+               "exists in the VEX for Oracle installation directory. rc = 610\n");
+  dir.write("source.msg", "$quote \"\n$set 1\n2641 \"QRB2641WNo %s for %s\"\n");
+  ASSERT_EQ(std::system(GENCAT " installed/agent/vexo.cat source.msg"), 0);
+  set(orc.VEXO_LANGUAGE, "FRA");
+  EXPECT_EQ(newNlsGlobalObject(), 0);
+  EXPECT_EQ(callNlinit(&orc), 0);
+  EXPECT_HOLDS(log(), "==> QRB2641W No vexo_fra.cat for FRA\n");
+}
+
+TEST_F(Start, GoesOnWithoutATraceThatCannotBeOpened) {
+  VEXCTrace trace;
+  trcClass = &trace;
+  set(orc.VEXO_TEST_FLAGS, "SYNCDBNORMAN");
+  set(orc.VEXO_TRACE_FLAGS, "PREFIX");
+  set(orc.VEXO_TRACE_FILE, "missing/trace");
+  support::Captured shown;
+  vexoInitTrace(&orc);
+  EXPECT_HOLDS(shown.take(), "QRB0201E");
+  EXPECT_HOLDS(log(), "QRB0201E");
+  EXPECT_TRUE(TEST_SYNCDBNORMAN && !TR_PREFIX) << "flags without a trace are not switched";
+  set(orc.VEXO_TRACE_FILE, "trace");
+  set(orc.VEXO_TRACE_MAX, "2");
+  vexoInitTrace(&orc);
+  support::ScriptedApi api(
+      {support::Step("vltQueryApiVersionEx").fill<VltApiVersionEx>([](VltApiVersionEx& version) {
+        version = {2, 9, 8, 7, 6};
+      })});
+  vexoTraceHeaderInfo(&orc);
+  for (const char* part : {"set to 2 MB.\n", "      Run Time API Header:  9.8.7.6\n",
+                           " VEXO_TRACE_FLAGS   : PREFIX\n", " VEXO_LANGUAGE      : \n"}) {
+    EXPECT_HOLDS(dir.read("trace"), part);
+  }
+  TR_PREFIX = TR_PID = TR_TID = TEST_SYNCDBNORMAN = 0;
+  vexoTraceHeaderInfo(&orc);  // without the prefix the library is not asked
+  trcClass = nullptr;
+  vexoInitTrace(&orc);
+}
+
+}  // namespace

@@ -1,0 +1,81 @@
+// records_test.cpp: the library's records and files, the first failure, loading.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "api/vltapi.h"
+#include "api/vltrecords.h"
+#include "common/ut/installdirs.h"
+#include "tests/support/tempdir.h"
+
+namespace {
+
+TEST(ClientLibrary, IsLoadedWholeOrNotAtAll) {
+  const support::TempDir none, broken;
+  broken.write("libApiDS64.so", "not a library");
+  for (const auto& [path, wanted] : {std::pair(none.path(), "104:0 104:0 0:0 "),
+                                     {broken.path(), "104:0 104:0 0:0 "},
+                                     {LIBRARIES "/incomplete", "104:0 104:0 0:0 "},
+                                     {LIBRARIES "/whole", "0:45+ 0:45+ 0:0 "}}) {
+    const support::ScopedEnv search("LD_LIBRARY_PATH", path.c_str());
+    std::FILE* loader = ::popen(LOADER, "r");
+    char line[64] = "";
+    EXPECT_NE(std::fgets(line, sizeof line, loader), nullptr);
+    EXPECT_EQ(::pclose(loader), 0);
+    EXPECT_STREQ(line, wanted) << path;
+  }
+}
+
+TEST(ObjectRecords, ComeThroughBothCopiesAndGetATerminator) {
+  VltQryRespBackup from, back = {};
+  VEXS_qryRespBackupData own;
+  std::memset(&from, 'x', sizeof from);  // no text has an end
+  std::memset(&own, 'y', sizeof own);
+  from.objId = {1, 2};
+  from.insDate = {2026, 1, 2, 3, 4, 5};
+  api::copyResponse(from, &own);
+  api::copyResponse(own, &back);
+  EXPECT_EQ(back.objName.fileSpace, std::string(VLT_MAX_FILESPACE, 'x'));
+  EXPECT_EQ(back.objName.highLevel, std::string(VLT_MAX_HIGHLEVEL, 'x'));
+  EXPECT_EQ(back.objName.lowLevel, std::string(VLT_MAX_LOWLEVEL, 'x'));
+  EXPECT_EQ(back.owner, std::string(VLT_MAX_OWNER, 'x'));
+  EXPECT_EQ(api::toNumber(back.objId), 0x100000002u);
+  EXPECT_EQ(api::toNumber(back.sizeEstimate), 0x7878787878787878u);
+  EXPECT_EQ(dateCmp(api::toNfDate(back.insDate), ut::makeDate(2026, 1, 2, 3, 4, 5)), 0);
+  for (const uint8_t byte : {back.objState, back.objName.objType, back.compressType,
+                             back.encryptionType, back.clientDeduplicated}) {
+    EXPECT_EQ(byte, 'x');
+  }
+}
+
+TEST(FirstFailure, Wins) {
+  CFirstFailureRc rc = 0, other = -1;
+  for (const int code : {0, 2302, 104, 0}) rc = code;
+  EXPECT_EQ(rc, 2302);
+  other = rc;
+  EXPECT_EQ(other, -1);
+}
+
+TEST(ClientFiles, AreWhereTheEnvironmentSaysOrAsInstalled) {
+  const std::string agent = ut::kAgentDir, slash = "/", none;
+  for (const auto& [routine, name, installed, end] :
+       {std::tuple(&psGetMARLAPIDir, "VLTI_DIR", std::string(ut::kApiDir), slash),
+        {psGetMARLAPILog, "VLTI_LOG", agent, slash},
+        {psGetMARLAPIConfig, "VLTI_CONFIG", agent + "/vlt.opt", none}}) {
+    const std::string longest(api::kPathSize - 1 - end.size(), 'x'), tooLong = longest + "x";
+    for (const auto& [value, wanted] : {std::pair(none, installed),
+                                        {"/x", "/x" + end},
+                                        {"/x/", "/x/"},
+                                        {longest, longest + end},
+                                        {tooLong, none}}) {
+      const support::ScopedEnv variable(name, value.c_str());
+      char path[api::kPathSize] = "?";
+      EXPECT_EQ(routine(path, sizeof path), value == tooLong ? api::kPathTooLong : 0);
+      EXPECT_EQ(path, wanted) << name;
+    }
+  }
+}
+
+}  // namespace

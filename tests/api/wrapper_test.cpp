@@ -1,0 +1,115 @@
+// wrapper_test.cpp: what the wrapper adds to the library's calls, and what it keeps from it.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "api/vltapi.h"
+#include "tests/support/scripted_api.h"
+#include "tests/support/tempdir.h"
+
+namespace {
+
+using support::ScriptedApi;
+using support::Step;
+
+TEST(Wrapper, PassesArgumentsAndCodesUnchanged) {
+  VltApiStatusObjP->totalTime = 0;
+  const VltObjName name = {"/fs", "/high", "/low", 1};
+  const VltQueryBackup query = {2, &name, "own", 1, {}};
+  const VltDelInfo info = {1, {1, 5}};
+  ScriptedApi api({Step("vltBeginQuery", "4294967295 1 '/fs' '/high' '/low' owner='own'", -32768),
+                   Step("vltDeleteObj", "7 2 id=4294967301", 32767),
+                   Step("vltEndTxn", "7 2").fill<uint16_t>([](uint16_t& reason) {
+                     EXPECT_EQ(VltApiStatusObjP->insideApiCall, 1);
+                     ::usleep(20000);
+                     reason = 9;
+                   }),
+                   Step("vltTerminate", "7", 2402)});
+  EXPECT_EQ(api.dvltBeginQuery(VltApiStatusObjP, 0xFFFFFFFF, 1, &query), -32768);
+  EXPECT_EQ(api.dvltDeleteObj(VltApiStatusObjP, 7, VLT_DELETE_BACKUP_ID, &info), 32767);
+  uint16_t reason = 0;
+  EXPECT_EQ(api.dvltEndTxn(VltApiStatusObjP, 7, VLT_VOTE_ABORT, &reason), 0);
+  EXPECT_EQ(reason, 9);
+  EXPECT_EQ(api.dvltTerminate(VltApiStatusObjP, 0), 0) << "no session: the library is not asked";
+  EXPECT_EQ(api.dvltTerminate(VltApiStatusObjP, 7), 2402);
+  EXPECT_EQ(VltApiStatusObjP->insideApiCall, 0);
+  EXPECT_GE(VltApiStatusObjP->totalTime, 20) << "milliseconds";
+  DVltApi::ClearPointers();  // stopped by the assertion where that is built in, else the code
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(api.dvltBeginTxn(VltApiStatusObjP, 7), 419), "not loaded");
+}
+
+TEST(Wrapper, TellsItsVersionToLibrariesThatHaveTheField) {
+  for (const uint16_t structVersion : {uint16_t{4}, uint16_t{5}}) {
+    ScriptedApi api({Step("vltInitEx").look<VltInitExIn>([&](const VltInitExIn& in) {
+      ASSERT_EQ(in.appVersion != nullptr, structVersion > 4);
+      if (in.appVersion == nullptr) return;
+      const VltAppVersion& app = *in.appVersion;
+      EXPECT_EQ(api::versionWeight(app.version, app.release, app.level), api::kRequiredWeight);
+    })});
+    VltInitExIn in = {};
+    in.structVersion = structVersion;
+    uint32_t handle = 0;
+    EXPECT_EQ(api.dvltInitEx(VltApiStatusObjP, &handle, &in, nullptr), 0);
+  }
+}
+
+TEST(Wrapper, AcceptsLibrariesByTheirWeight) {
+  for (const auto& [found, rc] : {std::pair(VltApiVersionEx{2, 8, 1, 13, 0}, 0),
+                                  {{2, 8, 1, 12, 99}, 107},
+                                  {{2, 8, 1, 9, 0}, 107},
+                                  {{2, 8, 2, 0, 0}, 107},
+                                  {{2, 9, 0, 0, 0}, 0},
+                                  {{2, 0, 0, 0, 0}, 107}}) {
+    ScriptedApi api(
+        {Step("vltQueryApiVersionEx")
+             .fill<VltApiVersionEx>([version = found](VltApiVersionEx& out) { out = version; })});
+    EXPECT_EQ(api.checkCompatibility(VltApiStatusObjP, nullptr), rc) << found.level;
+  }
+}
+
+TEST(CodeText, IsCutToTheBufferButCountedWhole) {
+  for (const auto& [size, rc, wanted, whole] : {std::tuple(1u, 0, "", 8u),
+                                                {4u, 0, "ZYL", 8u},
+                                                {8u, 0, "ZYL2302", 8u},
+                                                {9u, 0, "ZYL2302E", 8u},
+                                                {9u, 2405, "", 0u}}) {
+    ScriptedApi api({Step("vltRCMsg", "7 2", static_cast<int16_t>(rc)).text("ZYL2302E")});
+    char text[] = "??????????";
+    unsigned length = 99;
+    EXPECT_EQ(api.AgtVltRCMsg(VltApiStatusObjP, 7, 2, text, size, &length), rc);
+    EXPECT_EQ(length, whole);
+    EXPECT_STREQ(text, wanted);
+    EXPECT_EQ(text[size], '?') << "nothing behind the buffer";
+  }
+  for (const int length : {255, 256, VLT_MAX_RC_TEXT}) {  // the report asks again for a cut text
+    const std::string text(static_cast<std::size_t>(length), 't');
+    ScriptedApi api({Step("vltRCMsg", "7 51").text(text)});
+    if (length > 255) api.add({Step("vltRCMsg", "7 51").text(text)});
+    api.add({Step("vltLogMessage", "7 3 'error 51 returned from vltInit: " + text + "'")});
+    api.LogApiError(VltApiStatusObjP, 7, 51, "vltInit");
+  }
+}
+
+TEST(SetUp, IsDoneOnceUndoneOnceAndSaysWhichStepFailed) {
+  const support::ScopedEnv dir("VLTI_DIR", "/dir/"), config("VLTI_CONFIG", "/c.opt");
+  support::ScopedEnv log("VLTI_LOG", std::string(1280, 'x').c_str());
+  const auto setUp = [](int16_t rc) {
+    return Step("vltSetUp", "1", rc).look<VltEnvSetUp>([](const VltEnvSetUp& record) {
+      EXPECT_EQ(std::string(record.vltiDir) + record.vltiLog + record.vltiConfig, "/dir/log/c.opt");
+    });
+  };
+  ScriptedApi api({setUp(2409), setUp(0), Step("vltCleanUp", "1", 2401)});
+  RC_TYPE type = 0;
+  EXPECT_EQ(api.Init(VltApiStatusObjP, &type), 1702);
+  EXPECT_EQ(type, kRcTypeDirectory);
+  log.set("/log");
+  EXPECT_EQ(api.Init(VltApiStatusObjP, &type), 2409);
+  EXPECT_EQ(type, kRcTypeSetUp);
+  EXPECT_EQ(api.Term(VltApiStatusObjP), 0) << "not set up: nothing is undone";
+  for (int again = 0; again < 2; ++again) EXPECT_EQ(api.Init(VltApiStatusObjP, nullptr), 0);
+  EXPECT_EQ(api.Term(VltApiStatusObjP), 2401);
+  EXPECT_EQ(api.Term(VltApiStatusObjP), 0);
+}
+
+}  // namespace

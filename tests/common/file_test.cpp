@@ -1,0 +1,84 @@
+// file_test.cpp: private files in public directories, input lines.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "common/ut/psfile.h"
+#include "common/ut/psterm.h"
+#include "tests/support/tempdir.h"
+
+namespace {
+
+using support::ScopedEnv;
+using support::TempDir;
+
+TEST(PrivateFile, IsOursAloneWhateverTheMask) {
+  TempDir dir;
+  const std::string path = dir.path("file");
+  for (int again = 0; again < 2; ++again) {
+    const mode_t before = ::umask(0);
+    ut::FilePtr file = ut::openPrivateFile(path.c_str());
+    ::umask(before);
+    ASSERT_NE(file, nullptr);
+    struct stat entry = {};
+    ASSERT_EQ(::stat(path.c_str(), &entry), 0);
+    EXPECT_EQ(entry.st_mode & 07777, 0600u) << "a looser mode is mended";
+    EXPECT_EQ(entry.st_size, 0) << "what was there is gone";
+    std::fputs("secret", file.get());
+    EXPECT_TRUE(ut::closeFile(std::move(file)));
+    ASSERT_EQ(::chmod(path.c_str(), 0666), 0);
+  }
+}
+
+TEST(PrivateFile, RefusesWhatSomebodyElseMayHavePlanted) {
+  TempDir dir;
+  dir.enter();
+  dir.write("victim", "precious");
+  dir.write("twice", "precious");
+  ASSERT_EQ(::symlink("victim", "symlink") + ::symlink("made", "dangling") +
+                ::link("twice", "hardlink") + ::mkfifo("pipe", 0600),
+            0);
+  for (const char* name :
+       {"symlink", "dangling", "hardlink", "twice", "pipe", ".", "", "no/file"}) {
+    EXPECT_EQ(ut::openPrivateFile(name), nullptr) << name;
+  }
+  EXPECT_EQ(dir.read("victim") + dir.read("twice"), "preciousprecious");
+  EXPECT_FALSE(dir.has("made"));
+}
+
+TEST(TempName, IsNewAndInTheDirectoryThatIsWanted) {
+  TempDir dir;
+  const std::string file = dir.write("file", "");
+  ScopedEnv wanted("TMPDIR", dir.path().c_str());
+  const std::string name = ut::tempName("longprefix");
+  EXPECT_EQ(name.substr(0, name.size() - 6), dir.path("longp"));
+  EXPECT_NE(name, ut::tempName("longprefix"));
+  EXPECT_FALSE(std::filesystem::exists(name)) << "nothing is created";
+  for (const char* unusable : {static_cast<const char*>(nullptr), "", "/no/such", file.c_str()}) {
+    wanted.set(unusable);
+    EXPECT_EQ(ut::tempName("a").substr(0, 6), "/tmp/a");
+  }
+}
+
+TEST(InputLine, IsCutWithoutItsRestBecomingTheNextAnswer) {
+  TempDir dir;
+  const std::string text("one\n\ntoo long\nfour\nb\0c\nlast", 27);
+  const ut::FilePtr input(std::fopen(dir.write("input", text).c_str(), "r"));
+  using enum ut::ReadResult;
+  for (const auto& [wanted, result] : {std::pair("one", kLine),
+                                       {"", kLine},
+                                       {"too ", kCut},
+                                       {"four", kLine},
+                                       {"b", kLine},
+                                       {"last", kLine},
+                                       {"", kEnd},
+                                       {"", kEnd}}) {
+    char line[5] = "????";
+    EXPECT_EQ(ut::readLine(input.get(), line, sizeof line), result) << wanted;
+    EXPECT_STREQ(line, wanted);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,89 @@
+// nfdate_test.cpp: dates as users type them, and how dates, times, numbers and sizes are shown.
+#include "common/ut/nfdate.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+
+namespace {
+
+// The run's formats go back to what they were when the test ends.
+class Dates : public testing::Test {
+ protected:
+  ~Dates() override { ut::setRunFormats({1, 1, 1}); }
+  static bool parses(const std::string& answer, nfDate* date) {
+    return dateParse(answer.c_str(), date, 0) == 0;
+  }
+};
+
+TEST_F(Dates, FollowTheirFormatToTheLetter) {
+  const std::string kLeapDay[] = {"02/29/2024", "02/29/2024", "29-02-2024",
+                                  "2024-02-29", "29.02.2024", "2024.02.29"};
+  const nfDate untouched = ut::makeDate(1, 2, 3, 4, 5, 6), leapDay = ut::makeDate(2024, 2, 29);
+  for (int format = 0; format < 6; ++format) {
+    ut::setRunFormats({format, 1, 1});
+    EXPECT_EQ(ut::formatDate(leapDay).text, kLeapDay[format]);
+    for (const std::string& answer : kLeapDay) {
+      nfDate date = untouched;
+      EXPECT_EQ(parses(answer, &date), answer == kLeapDay[format]) << answer << " in " << format;
+      EXPECT_EQ(dateCmp(date, answer == kLeapDay[format] ? leapDay : untouched), 0);
+    }
+  }
+  nfDate date;
+  ut::setRunFormats({3, 1, 1});
+  for (const char* good : {"2026-1-2", "2026-12-31", "9999-12-31", "0001-01-01", "2000-02-29"}) {
+    EXPECT_TRUE(parses(good, &date)) << good;
+  }
+  for (const char* bad : {"1900-02-29",  "2026-02-29",    "2026-04-31",
+                          "2026-00-10",  "2026-13-10",    "2026-10-00",
+                          "2026-10-32",  "0000-01-01",    "26-01-01",
+                          "02026-01-01", "2026-001-01",   "2026-01-011",
+                          "2026-01-01 ", " 2026-01-01",   "2026-01-",
+                          "2026-01",     "2026-01--1",    "2026- 1- 1",
+                          "-2026-01-01", "2026/01/01",    "",
+                          "%Y-%m-%d",    "2026-01-01-01", "4294969322-1-1"}) {
+    EXPECT_FALSE(parses(bad, &date)) << "'" << bad << "'";
+  }
+}
+
+TEST_F(Dates, CountDaysAheadUpToTheEndOfTheCalendar) {
+  const auto ahead = [](const std::string& answer) {
+    using namespace std::chrono;
+    nfDate date = {};
+    EXPECT_TRUE(parses(answer, &date)) << answer;
+    return sys_days(year(static_cast<int>(ut::yearOf(date))) / date.month / date.day);
+  };
+  for (const int days : {0, 1, 31, 366, 36525, 2000000}) {
+    EXPECT_EQ((ahead("+" + std::to_string(days)) - ahead("+0")).count(), days);
+  }
+  EXPECT_TRUE(ahead("+") == ahead("+0") && ahead("+x") == ahead("+0"));
+  nfDate date;
+  const long left = (std::chrono::sys_days(std::chrono::year(9999) / 12 / 31) - ahead("+")).count();
+  EXPECT_TRUE(parses("+" + std::to_string(left), &date));
+  for (const std::string& out : {std::to_string(left + 1), std::string(40, '9')}) {
+    EXPECT_FALSE(parses("+" + out, &date)) << out;
+  }
+}
+
+TEST_F(Dates, TimesAndNumbersAreShownInTheRunsFormat) {
+  const char* const kShown[] = {
+      "00:00:07 23:00:07 1,234 1.17 MB",   "00:00:07 23:00:07 1,234 1.17 MB",
+      "00,00,07 23,00,07 1,234 1,17 MB",   "00.00.07 23.00.07 1 234 1,17 MB",
+      "12:00:07A 11:00:07P 1 234 1.17 MB", "00:00:07 23:00:07 1.234 1,17 MB",
+      "00:00:07 23:00:07 1'234 1,17 MB",   "00:00:07 23:00:07 1,234 1.17 MB"};
+  for (int format = 7; format >= 0; --format) {
+    ut::setRunFormats({1, format, format});
+    const std::string night = ut::formatTime(ut::makeDate(1, 1, 1, 0, 0, 7)).text;
+    const std::string evening = ut::formatTime(ut::makeDate(1, 1, 1, 23, 0, 7)).text;
+    EXPECT_EQ(night + " " + evening + " " + ut::formatNumber(1234).text + " " +
+                  ut::formatSize(1234567).text,
+              kShown[format]);
+  }
+  const std::string limits = std::string(ut::formatSize(1023).text) + "|" +
+                             ut::formatSize(1048575).text + "|" + ut::formatSize(~0ull).text + "|" +
+                             ut::formatNumber(~0ull).text;
+  EXPECT_EQ(limits, "1,023 B|1,023.99 KB|15.99 EB|18,446,744,073,709,551,615");
+}
+
+}  // namespace

@@ -1,0 +1,169 @@
+// nls_test.cpp: message texts with hostile conversions, hostile catalogs, questions, languages.
+#include "common/nls/nls.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <random>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "common/ut/nfdate.h"
+#include "tests/support/captured.h"
+#include "tests/support/tempdir.h"
+
+namespace {
+
+using nls::Insert;
+using support::Captured;
+
+TEST(MessageText, TakesItsInsertsOrIsCorrupted) {
+  const std::vector<Insert> all = {"%n%s", 'c', -42, UINT64_MAX, INT64_MIN, "not an insert"};
+  const std::span<const Insert> inserts = std::span(all).first(5);
+  for (const auto& [text, expected] : {std::pair("", ""),
+                                       {"100%% %s", "100% %n%s"},
+                                       {"%2$c then %1$s", "c then %n%s"},
+                                       {"<%1$5s|%1$-5s|%1$.2s|%1$3.1s>", "< %n%s|%n%s |%n|  %>"},
+                                       {"%3$05d %3$-4d| %3$hhi", "-0042 -42 | -42"},
+                                       {"%4$lu", "18446744073709551615"},
+                                       {"%5$d", "-9223372036854775808"}}) {
+    std::string out = "kept ";
+    EXPECT_TRUE(nls::render(text, inserts, out)) << text;
+    EXPECT_EQ(out, std::string("kept ") + expected);
+  }
+  for (const char* text : {"%d",     "%1$c",
+                           "%2$s",   "%2$d",
+                           "%3$s",   "%6$s",
+                           "%0$s",   "%99999999999999999999$s",
+                           "%n",     "%p",
+                           "%f",     "%3$n",
+                           "%*s",    "%.*s",
+                           "%2000s", "%.99999999999999999999s",
+                           "%",      "%5",
+                           "%ll",    "%-",
+                           "%1$",    "good %s, bad %s",
+                           "%1$$s",  "% s"}) {
+    std::string out = "kept";
+    EXPECT_FALSE(nls::render(text, inserts, out)) << text;
+    EXPECT_EQ(out, "kept") << text;
+  }
+}
+
+TEST(MessageText, SurvivesRandomBytes) {
+  SCOPED_TRACE("seed 7");
+  std::mt19937 random(7);
+  static constexpr char kLetters[] = "%%%%$0129.-# +*hlzsdiucxXnpf\n\x80\xff";
+  for (int i = 0; i < 20000; ++i) {
+    std::string text, out = "kept";
+    while (random() % 12 != 0) text += kLetters[random() % (sizeof kLetters - 1)];
+    const bool good = nls::render(text, std::vector<Insert>{"text", 'c', -5, 5u}, out);
+    ASSERT_TRUE(good ? out.substr(0, 4) == "kept" : out == "kept") << text;
+  }
+}
+
+class Messages : public testing::Test {
+ protected:
+  Messages() {
+    EXPECT_EQ(newNlsGlobalObject(), 0);
+    nlsSetPrefix("QRB");
+  }
+  ~Messages() override {
+    destroyNlsGlobalObject();
+    ut::setRunFormats({1, 1, 1});
+  }
+  // Makes a catalog; its old entries go.
+  void compile(const char* name, const std::string& text) {
+    std::filesystem::remove(dir.path(name));
+    const std::string source = dir.write("source.msg", "$quote \"\n" + text);
+    ASSERT_EQ(std::system((GENCAT " " + dir.path(name) + " " + source).c_str()), 0);
+  }
+  unsigned short open(const char* name) {
+    return nlinit(name, 2, dir.path().c_str(), 0, 3, 2, 5, &info, "vexo.cat");
+  }
+  support::TempDir dir;
+  nlsReturnInfo info = {};
+};
+
+TEST_F(Messages, AreShownByTheirLetterAndReportedWhenDamaged) {
+  compile("vexo.cat",
+          "$set 1\n10 \"QRB0010EAn error, %s\"\n11 \"QRB0011SSevere\"\n12 \"QRB0012Z  alone\"\n"
+          "13 \"QRB0013MOther\"\n14 \"QRB0014DLow\"\n15 \"QRB0015[High\"\n16 \"QRB0016eSmall\"\n"
+          "17 \"QRB0017\"\n18 \"\"\n19 \"QRB0019Etakes %d\"\n");
+  ASSERT_EQ(open("vexo.cat"), 0);
+  const std::string kShown[] = {"QRB0010E An error, x", "QRB0011S Severe", "  alone",
+                                "QRB0013M Other"};
+  for (int again = 0; again < 2; ++again) {  // more messages than the cache holds
+    for (int number = 10; number <= 20; ++number) {
+      const std::string text = nlsprintf(number, "x");
+      Captured out;
+      nlprintf(number, "x");
+      EXPECT_EQ(out.take(), text + (number == 12 ? "" : "\n"));
+      if (number < 14) {
+        EXPECT_EQ(text, kShown[number - 10]);
+        continue;
+      }
+      EXPECT_EQ(text.substr(0, 9), "QRB00" + std::to_string(number) + "E ");
+      EXPECT_NE(text.find(number == 20 ? "not found" : "corrupted"), text.npos) << text;
+      EXPECT_EQ(text.back(), 'x') << "what was to be said is said";
+    }
+  }
+}
+
+TEST_F(Messages, ComeFromTheDefaultCatalogWhenTheWantedOneIsMissing) {
+  dir.write("vexo_fra.cat", "this is no catalog");
+  EXPECT_EQ(open("vexo_fra.cat"), nls::kCatalogNotOpened);
+  EXPECT_NE(nlsprintf(10).find("not found"), std::string::npos);
+  EXPECT_EQ(nlsprintf(1, "a") + nlsprintf(2, "b") + nlsprintf(131), "ab\n\n") << "need no catalog";
+  compile("vexo.cat", "$set 1\n10 \"QRB0010IEnglish\"\n");
+  EXPECT_EQ(open("vexo_fra.cat"), 0);
+  EXPECT_EQ(info.usedDefault, 1);
+  EXPECT_EQ(info.catalogPath, dir.path("vexo.cat"));
+  EXPECT_EQ(nlsprintf(10), "QRB0010I English");
+  EXPECT_STREQ(ut::date_fmt_str(), "%Y-%m-%d") << "the run's formats are set";
+  compile("vexo_fra.cat", "$set 1\n10 \"QRB0010IFrench\"\n");
+  EXPECT_EQ(open("vexo_fra.cat"), 0);
+  EXPECT_EQ(info.usedDefault, 0);
+  EXPECT_EQ(nlsprintf(10), "QRB0010I French") << "nothing of the last catalog is cached";
+  nlterm();
+  EXPECT_NE(nlsprintf(10).find("not found"), std::string::npos);
+}
+
+TEST_F(Messages, AskUntilOneOfTheCatalogsLettersIsGiven) {
+  compile("vexo.cat",
+          "$set 1\n1 \"QRB0001Z? \"\n2 \"QRB0002Z? \"\n3 \"QRB0003EOf %s\"\n"
+          "$set 2\n1 \"oN\"\n");
+  ASSERT_EQ(open("vexo.cat"), 0);
+  const std::string again = "QRB0003E Of ON\n? ", yesNo = "QRB0003E Of YN\n? ";
+  for (const auto& [question, input, place, shown] :
+       {std::tuple(1, std::string("o\n"), 0, std::string("? ")),
+        {1, "  Non\n", 1, "? "},
+        {1, "y\n\nx\nn\n", 1, "? " + again + again + again},
+        {1, "", -1, "? "},
+        {1, "y\n", -1, "? " + again},
+        {2, "o\ny\n", 0, "? " + yesNo},
+        {1, std::string(70, 'y') + "o\n", -1, "? " + again}}) {
+    const support::FedInput fed(input);
+    Captured out;
+    EXPECT_EQ(nls::ask(question, 3), place) << input;
+    EXPECT_EQ(out.take(), shown) << input;
+  }
+}
+
+TEST(Language, NamesACatalogButNoPath) {
+  for (const auto& [language, file] : {std::pair("", "vexo.cat"),
+                                       {"en_US", "vexo.cat"},
+                                       {"ameng8", "vexo.cat"},
+                                       {"FRA", "vexo_fra.cat"},
+                                       {"AMEN", "vexo_amen.cat"},
+                                       {"DE_ch8", "vexo_de_ch8.cat"},
+                                       {"../x", "vexo_x.cat"},
+                                       {"../..", "vexo.cat"},
+                                       {"%s%n", "vexo_sn.cat"}}) {
+    char name[96];
+    psNlsGetReposName(language, name, sizeof name);
+    EXPECT_STREQ(name, file) << language;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,159 @@
+// trace_test.cpp: trace targets, prefixes, word lists, and the file that wraps.
+#include "common/ut/trace.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/captured.h"
+#include "tests/support/tempdir.h"
+
+namespace {
+
+using support::Captured;
+
+class Trace : public testing::Test {
+ protected:
+  ~Trace() override { allOff(); }
+  static void allOff() {
+#define TRACE_CLASS(name) TR_##name = 0;
+#define TEST_FLAG(name) TEST_##name = 0;
+#include "common/ut/trcclass.def"
+    TR_ALL = 0;
+  }
+  void start(const char* flags, unsigned long megabytes = 0) {
+    trace = nullptr;  // one at a time
+    allOff();
+    trace = std::make_unique<VEXCTrace>();
+    trSetMaxTraceSize(megabytes);
+    EXPECT_EQ(trace->trBegin(path.c_str(), 0), 0u);
+    EXPECT_EQ(trace->trEnable(flags, true), 0u);
+  }
+  // What was written behind the lines that every start writes.
+  std::string lines() const {
+    const std::string text = dir.read("trace"), last = "Tracing to file: " + path + "\n";
+    return text.substr(text.rfind(last) + last.size());
+  }
+  support::TempDir dir;
+  const std::string path = dir.path("trace");
+  std::unique_ptr<VEXCTrace> trace;
+};
+
+TEST_F(Trace, LinesCarryThePrefixesThatAreOn) {
+  for (const auto& [flags, line] : {std::pair("API -PID -TID", "hello #\n"),
+                                    {"API -PID", "[#] : hello #\n"},
+                                    {"API", "[#] [#] : hello #\n"},
+                                    {"API,timestamp\t-tid", "#/#/# #:#:#.# [#] : hello #\n"}}) {
+    start(flags);
+    TRACE(TR_API, "hello %d\n", 5);
+    EXPECT_EQ(support::masked(lines()), line);
+  }
+  start("API -TID -PID PREFIX");
+  TRACE(TR_API, "hello\n");
+  EXPECT_EQ(lines().find("trace_test.cpp      ("), 0u);
+  EXPECT_EQ(lines().find("): hello\n"), 25u) << "20 columns for the name, 4 for the line";
+}
+
+TEST_F(Trace, WordsSwitchClassesAndAggregates) {
+  const auto isOn = [](const std::string& word) -> int {
+#define TRACE_CLASS(name) \
+  if (word == #name) return TR_##name;
+#include "common/ut/trcclass.def"
+    return TR_ALL;
+  };
+  VEXCTrace switches;
+  for (const auto& [flags, on, off] :
+       {std::tuple("SERVICE", "ORCLEVEL0 ORCLEVEL1 ORCLEVEL2 ERROR API",
+                   "LINKEDLIST NLS THREAD SORTLINKEDLIST PERFORMANCE BUFFRING MUTEX TRACE MEM"),
+        {"ALL", "ALL LINKEDLIST MEM ORCLEVEL2 FILEOPS VEXAPI",
+         "PARSE CMD PELDRA PELDRA_DETAIL DETAILED PREFIX TIMESTAMP"},
+        {"detailed", "DETAILED ALL LINKEDLIST", "PARSE CMD PELDRA"},
+        {"ALL -LinkedList", "MEM", "LINKEDLIST"},
+        {"ALL -ALL", "", "ALL MEM LINKEDLIST ERROR"},
+        {"ALL -SERVICE", "NLS THREAD LINKEDLIST MEM", "ALL ERROR ORCLEVEL1"},
+        {"ORCLEVEL ORCLEVEL11 --API - PARSECMD", "", "ORCLEVEL1 API PARSE CMD ALL"}}) {
+    allOff();
+    EXPECT_EQ(switches.trEnable(flags, true), 0u);
+    std::istringstream onWords(on), offWords(off);
+    for (std::string word; onWords >> word;) EXPECT_EQ(isOn(word), 1) << flags << ": " << word;
+    for (std::string word; offWords >> word;) EXPECT_EQ(isOn(word), 0) << flags << ": " << word;
+  }
+  switches.trTestEnable("legacypwd,SYNCDBNORMAN nosuch TEST -test");
+  EXPECT_TRUE(TEST_LEGACYPWD && TEST_SYNCDBNORMAN && !TEST_TEST && !TEST_ORACLEDATA);
+}
+
+TEST_F(Trace, KeepsErrnoCutsLongLinesAndEvaluatesNothingWhileOff) {
+  start("API -PID -TID");
+  int evaluated = 0;
+  TRACE(TR_NLS, "%d\n", ++evaluated);
+  EXPECT_EQ(evaluated, 0);
+  errno = ENOTTY;
+  TRACE(TR_API, "%s", std::string(6000, 'x').c_str());
+  EXPECT_EQ(errno, ENOTTY);
+  TRACE(TR_API, "next\n");
+  trClose();
+  TRACE(TR_API, "after the end\n");
+  EXPECT_EQ(lines(), std::string(ut::kMaxTraceLine - 1, 'x') + "\nnext\n");
+}
+
+// The numbers of the "line NUMBER" lines of a text.
+std::vector<long> numbersIn(const std::string& text) {
+  std::vector<long> numbers;
+  for (std::size_t at = text.find("\nline "); at != text.npos; at = text.find("\nline ", at + 1)) {
+    numbers.push_back(std::stol(text.substr(at + 6, 8)));
+  }
+  return numbers;
+}
+
+TEST_F(Trace, WrappedFileSaysWhereItsNewestLineEnds) {
+  long last = 0;
+  const auto writeLines = [&](int count) {
+    while (count-- > 0) TRACE(TR_API, "line %08ld %090d\n", ++last, 0);
+  };
+  const auto seamOf = [](const std::string& text) { return std::stoul(text.substr(12, 12)); };
+  start("API -PID -TID", 1);
+  const auto mode = std::filesystem::status(path).permissions();
+  EXPECT_EQ(static_cast<unsigned>(mode), 0600u);
+  EXPECT_EQ(dir.read("trace").find("ZYL Trace   123456789012"), 0u);
+  writeLines(14000);
+  std::string text = dir.read("trace");
+  EXPECT_LE(text.size(), 1048576u);
+  const std::string mark = "Continued from end of segment 1\n\n";
+  EXPECT_EQ(text.find(mark), text.find('\n') + 1);
+  const std::size_t seam = seamOf(text);
+  const auto newer = numbersIn(text.substr(0, seam)), older = numbersIn(text.substr(seam));
+  ASSERT_FALSE(newer.empty() || older.empty());
+  EXPECT_EQ(newer.back(), last);
+  EXPECT_EQ(older.back() + 1, newer.front()) << "nothing was lost at the wrap";
+  EXPECT_EQ(newer.size() + older.size() + static_cast<std::size_t>(older.front()) - 1, 14000u);
+  start("API -PID -TID", 1);  // another run goes on where the first one stopped
+  EXPECT_EQ(dir.read("trace").substr(seam, 20), "BEGINNING NEW TRACE\n");
+  for (const int count : {1, 15000}) {
+    writeLines(count);
+    text = dir.read("trace");
+    EXPECT_EQ(numbersIn(text.substr(0, seamOf(text))).back(), last);
+  }
+  EXPECT_EQ(text.find("ZYL Trace   "), 0u) << "the header survives every wrap";
+}
+
+TEST_F(Trace, TargetsThatCannotBeUsedAreLeftAlone) {
+  trace = std::make_unique<VEXCTrace>();
+  dir.write("foreign", "precious, and longer than the mark of a trace file");
+  dir.write("short", "ZYL Trace   12");
+  for (const char* name : {"foreign", "short", "no/directory", "."}) {
+    Captured out;
+    EXPECT_EQ(trace->trBegin(dir.path(name).c_str(), 1), ut::kTraceNotOpened) << name;
+    EXPECT_EQ(out.take(), "Unable to open trace output file " + dir.path(name) + "\n");
+  }
+  EXPECT_EQ(dir.read("foreign").substr(0, 8) + dir.read("short"), "preciousZYL Trace   12");
+  Captured full;
+  EXPECT_EQ(trace->trBegin("/dev/full", 1), 0u);
+  EXPECT_FALSE(ut::traceIsOpen());
+  EXPECT_EQ(full.take(), "Unable to write to trace file /dev/full. Tracing disabled.\n");
+}
+
+}  // namespace

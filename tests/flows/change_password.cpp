@@ -1,0 +1,42 @@
+// change_password.cpp: the password change as a program of its own, because no command of vexosync
+// reaches it: `change_password [nobody] [OLD NEW]`. Prints "rc=CODE" at its end. With "nobody" a
+// root user gives root up before the change.
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "agent/parser2.h"
+#include "agent/session2.h"
+#include "agent/utility2.h"
+#include "api/vltapid.h"
+#include "common/nls/nls.h"
+#include "common/ut/strutil.h"
+#include "common/ut/trace.h"
+#include "utility/unx/psutpswd.h"
+
+int main(int argc, char** argv) {
+  psMutexInit(&orcMutex);
+  psMutexInit(&initMutex);
+  static orcObj_t orc;
+  static DVltApiDL library;
+  static VEXCTrace trace;
+  trcClass = &trace;
+  gVltApiObjP = &library;
+  if (newNlsGlobalObject() != 0) return 1;
+  nlsSetPrefix("QRB");
+  if (vexoSetOptions(&orc) != 0 || callNlinit(&orc) != 0) return 2;
+  vexoInitTrace(&orc);
+  if (library.Setup() != 0 || psDoVltSetUp(&orc) != 0) return 3;
+  if (argc > 1 && std::strcmp(argv[1], "nobody") == 0) {
+    if (::getuid() == 0 && ::setuid(65534) != 0) return 4;
+    --argc, ++argv;
+  }
+  vexoOptionsInfo_t options = {};
+  if (argc > 2) {
+    ut::ignoreResult(ut::copyText(options.oldPassword, argv[1]), "test passwords are short");
+    ut::ignoreResult(ut::copyText(options.newPassword, argv[2]), "test passwords are short");
+  }
+  std::printf("rc=%d\n", psvexoPassWord(&orc, options));
+  return 0;
+}

@@ -1,0 +1,195 @@
+// password_test.cpp: the password change on a terminal, and a logon in each of the four ways.
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "tests/flows/site.h"
+
+namespace {
+
+// What every password of these tests holds; it must be found nowhere.
+const std::string kMark = "MaRk-4711";
+const std::string kOld = kMark + "old", kNew = kMark + "new";
+
+class Password : public Site {
+ protected:
+  void SetUp() override {
+    zylstore("node ORANODE --password " + kOld + " --save-password " + dir_.path("passwords"));
+    option("VEXO_TRACE_FILE " + dir_.path("trace"));
+    option("VEXO_TRACE_FLAGS ALL PREFIX");
+  }
+  // No file, log or trace of the test and nothing on the terminal holds a password.
+  void TearDown() override {
+    if (terminal_ != nullptr) {
+      EXPECT_FALSE(showed(kMark));
+    }
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(dir_.path())) {
+      if (!entry.is_regular_file()) continue;
+      const std::string name = std::filesystem::relative(entry.path(), dir_.path());
+      EXPECT_EQ(std::string::npos, dir_.read(name).find(kMark)) << name;
+    }
+  }
+
+  // The agent keeps the password itself.
+  void ownFile() {
+    option("VEXO_TEST_FLAGS LEGACYPWD");
+    dir_.write("vlt.opt", dir_.read("vlt.opt") + "PASSWORDACCESS prompt\n");
+  }
+  void change(const std::vector<std::string>& arguments = {}) {
+    std::vector<std::string> command = {BUILD_DIRECTORY "/bin/change_password"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    terminal_ = std::make_unique<sandbox::Terminal>(command, settings_);
+  }
+  void ask(const std::string& old, const std::string& fresh, const std::string& confirmed) {
+    secret("current password: ", old);
+    secret("new password: ", fresh);
+    secret("new password again: ", confirmed);
+  }
+  void changed(int rc) {
+    EXPECT_TRUE(terminal_->expect("rc=" + std::to_string(rc) + "\r\n")) << terminal_->transcript();
+    ends(0);
+  }
+  void logsOn() {
+    run({"query"});
+    dates();
+    ends(0);
+  }
+};
+
+TEST_F(Password, LogsOnWithTheGeneratedOneBeforeAndAfterAChange) {
+  logsOn();
+  change();
+  ask(kOld, kNew, kNew);
+  changed(0);
+  EXPECT_TRUE(showed("QRB0260I"));
+  EXPECT_NE(std::string::npos, errorLog().find("QRB0260I"));
+  logsOn();
+}
+
+TEST_F(Password, LogsOnWithTheAgentsOwnFileThenWithTheOneTakenOverFromIt) {
+  ownFile();
+  run({"query"});
+  ends(168);  // there is no file yet
+  EXPECT_TRUE(showed("QRB0168E") || errorLog().find("QRB0168E") != std::string::npos);
+  change({kOld, kNew});
+  changed(0);
+  EXPECT_EQ(39u + 2 * 9, dir_.read("passwords/VEXO.ORANODE").size());
+  logsOn();
+  // The next release: the library keeps the password, and has none yet.
+  std::filesystem::remove(dir_.path("passwords/ZYL.ORANODE.pwd"));
+  dir_.write("vlt.opt", "STORE " + dir_.path("store.db") + "\n");
+  option("VEXO_TEST_FLAGS none");
+  logsOn();
+  EXPECT_TRUE(dir_.has("passwords/VEXO.ORANODE.save"));
+  logsOn();
+}
+
+TEST_F(Password, IgnoresNodeAndOwnerWhenTheClientKeepsThePassword) {
+  dir_.write("vlt.opt", dir_.read("vlt.opt") + "PASSWORDACCESS generate\nNODENAME ORANODE\n" +
+                            "PASSWORDDIR " + dir_.path("passwords") + "\n");
+  option("VEXO_TEST_FLAGS LEGACYPWD");
+  option("VEXO_NODE SOMEBODY");
+  logsOn();
+  EXPECT_TRUE(showed("QRB2610W"));
+  if (::getuid() == 0) {
+    change({kOld, kNew});
+    changed(2621);
+    EXPECT_TRUE(showed("QRB2621E"));
+  }
+  ownFile();
+  option("VEXO_NODE ORANODE");
+  change({"nobody", kOld, kNew});
+  changed(2620);
+}
+
+TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
+  const std::string longest = kMark + std::string(64 - kMark.size(), 'x');
+  const struct {
+    std::vector<std::string> answers;  // behind the old password, in pairs
+    int rc;
+    const char* message;
+  } rows[] = {
+      {{kNew, kNew + "x", longest, longest + "x"}, -1, "QRB0161E"},
+      {{kNew, "a", kNew, "b", kNew, "c"}, -1, "QRB0161E"},
+      {{kNew, ""}, -1, "QRB0258E"},
+      {{longest + "x"}, -1, "QRB0161E"},
+      {{""}, -1, "QRB0258E"},
+      {{kNew, "a", kNew, "b", longest, longest}, 0, "QRB0260I"},
+  };
+  for (const auto& row : rows) {
+    change();
+    secret("current password: ", kOld);
+    for (std::size_t i = 0; i < row.answers.size(); ++i) {
+      secret(i % 2 == 0 ? "new password: " : "new password again: ", row.answers[i]);
+    }
+    changed(row.rc);
+    EXPECT_TRUE(showed(row.message)) << terminal_->transcript();
+    EXPECT_EQ(row.answers.size() > 3, showed("QRB0162E"));
+    EXPECT_FALSE(showed(kMark));
+  }
+  logsOn();
+}
+
+TEST_F(Password, GivesTheEchoBackWhateverEndsOrStopsTheProgram) {
+  const char* prompts[] = {"current password: ", "new password: ", "new password again: "};
+  for (int at = 0; at < 3; ++at) {
+    for (const char* end : {"half\x03", "half\x1c"}) {  // Ctrl-C, Ctrl-backslash
+      terminal_ = std::make_unique<sandbox::Terminal>(
+          std::vector<std::string>{"/bin/sh", "-c",
+                                   "ulimit -c 0; trap : INT QUIT; " BUILD_DIRECTORY
+                                   "/bin/change_password; echo over; read x"},
+          settings_);
+      for (int i = 0; i < at; ++i) secret(prompts[i], kNew);
+      ASSERT_TRUE(terminal_->expect(prompts[at]));
+      ASSERT_TRUE(terminal_->expectEchoOff());
+      terminal_->send(end);
+      ASSERT_TRUE(terminal_->expect("over")) << terminal_->transcript();
+      EXPECT_TRUE(terminal_->echoIsOn());
+    }
+  }
+  // Stopped and continued by a shell with job control.
+  terminal_ = std::make_unique<sandbox::Terminal>(
+      std::vector<std::string>{"/bin/bash", "--norc", "--noediting", "-ic",
+                               BUILD_DIRECTORY "/bin/change_password; echo stopped; read x; fg"},
+      settings_);
+  ASSERT_TRUE(terminal_->expect(prompts[0]));
+  ASSERT_TRUE(terminal_->expectEchoOff());
+  terminal_->send("\x1a");
+  ASSERT_TRUE(terminal_->expect("stopped\r\n")) << terminal_->transcript();
+  EXPECT_TRUE(terminal_->echoIsOn());
+  terminal_->send("\n");
+  ASSERT_TRUE(terminal_->expectEchoOff());
+  terminal_->send(kOld + "\n");
+  secret(prompts[1], kNew);
+  secret(prompts[2], kNew);
+  changed(0);
+}
+
+TEST_F(Password, CuresAnExpiredOneAndReportsWhatTheServerRefuses) {
+  zylstore("node ORANODE --password " + kOld + " --expired");
+  run({"query"});
+  ends(52);
+  change({kMark, kNew});
+  changed(51);
+  EXPECT_TRUE(showed("ZYL0051"));
+  zylstore("fault ChangePW 54");
+  change({kOld, kNew});
+  changed(54);
+  change({kOld, kNew});
+  changed(0);
+  logsOn();
+}
+
+TEST_F(Password, SucceedsWhenOnlyTheFileCannotBeWritten) {
+  ownFile();
+  std::filesystem::create_directory(dir_.path("passwords/VEXO.ORANODE"));
+  change({kOld, kNew});
+  changed(0);
+  EXPECT_TRUE(showed("QRB0160E"));
+  EXPECT_FALSE(showed("QRB0260I"));
+  option("VEXO_PSWDPATH " + dir_.path("absent"));
+  change({kNew, kOld});
+  changed(2521);
+}
+
+}  // namespace
