@@ -98,19 +98,6 @@ TEST_F(OptionsFile, IsFoundThroughTheEnvironment) {
   EXPECT_HOLDS(text, "installed\n");
 }
 
-TEST_F(OptionsFile, GivesTheFirstValueOfOneKeyword) {
-  dir.write(kInstalled, "* VLTI_LOG no\nVEXO_NODE\nvlti_log \"/x y\" \nVLTI_LOG z\nVEXO_FS \"\"\n");
-  const ut::FilePtr file = agent::openOptionFileQuietly(nullptr);
-  char value[kOptionSize];
-  for (int again = 0; again < 2; ++again) {
-    EXPECT_EQ(vexoGetOption(file.get(), "VLTI_LOG", value), 0);
-    EXPECT_STREQ(value, "/x y");
-    for (const char* absent : {"VEXO_NODE", "VEXO_FS", "VLTI", "VEXO_OWNER"}) {
-      EXPECT_EQ(vexoGetOption(file.get(), absent, value), 65535) << absent;
-    }
-  }
-}
-
 TEST_F(OptionsFile, FileSpaceGetsItsShape) {
   for (const auto& [given, shaped] : {std::pair("", agent::kDefaultFileSpace),
                                       {"ora", "/ora"},

@@ -1,6 +1,7 @@
 // session2_test.cpp: set-up, logon and the password file, against a scripted library.
 #include "agent/session2.h"
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -16,8 +17,8 @@ using Session = Agent;
 using PasswordFile = Agent;
 
 // A library whose cipher turns every bit round.
-Step decrypt() {
-  return Step("vltDecryptEx").fill<uint8_t>([](uint8_t& block) {
+Step cipher(const char* function) {
+  return Step(function).fill<uint8_t>([](uint8_t& block) {
     for (uint8_t* byte = &block; byte != &block + 8; ++byte) *byte = static_cast<uint8_t>(~*byte);
   });
 }
@@ -47,17 +48,16 @@ TEST_F(PasswordFile, IsReadAsFarAsItIsSound) {
     std::string content, password;
     int chunks;
   } kRows[] = {{"", "", 0},
-               {"short header", "", 0},
                {kHeader, "", 0},
                {kHeader + chunk('5', "hello"), "hello", 1},
                {kHeader + chunk('8', "two full") + chunk('8', " chunks."), "two full chunks.", 2},
                {kHeader + chunk('8', "cut shor") + chunk('1', "t").substr(0, 8), "cut shor", 1},
-               {kHeader + chunk('3', "abc") + "8", "abc", 1},
                {kHeader + chunk('0', "none") + chunk(' ', "none") + chunk('2', "ok"), "ok", 3},
                {kHeader + chunk('9', "12345678") + chunk('~', "12345678"), "1234567812345678", 2},
                {kHeader + nineChunks, longest, 9}};
   for (const auto& row : kRows) {
-    ScriptedApi api(std::vector<Step>(static_cast<std::size_t>(row.chunks), decrypt()));
+    ScriptedApi api(
+        std::vector<Step>(static_cast<std::size_t>(row.chunks), cipher("vltDecryptEx")));
     unsigned key[2] = {};
     char password[kPasswordSize + 1];
     password[kPasswordSize] = '?';
@@ -71,6 +71,66 @@ TEST_F(PasswordFile, IsReadAsFarAsItIsSound) {
   for (const char* unusable : {"missing", "installed", ""}) {
     EXPECT_EQ(psvexoReadPswdFromFile(unusable, password, key), 168) << unusable;
     EXPECT_STREQ(password, "");
+  }
+}
+
+TEST_F(PasswordFile, IsWrittenInChunksThatReadBack) {
+  unsigned key[2] = {};
+  for (const std::size_t length : {0u, 1u, 5u, 8u, 16u, 17u, 64u}) {
+    const std::string password =
+        std::string("0123456789abcdef", length % 17) + std::string(length - length % 17, 'x');
+    const std::size_t chunks = (length + 7) / 8;
+    ScriptedApi api(std::vector<Step>(chunks, cipher("vltEncryptEx")));
+    ASSERT_EQ(psvexoWritePswdToFile("pw///", "pw///VEXO.N", password.c_str(), key), 0);
+    std::string expected = kHeader;
+    for (std::size_t at = 0; at < length; at += 8) {
+      const std::string part = password.substr(at, 8);
+      expected += chunk(static_cast<char>('0' + part.size()), part);
+    }
+    EXPECT_EQ(dir.read("pw/VEXO.N"), expected);
+    char back[kPasswordSize];
+    api.add(std::vector<Step>(chunks, cipher("vltDecryptEx")));
+    EXPECT_EQ(psvexoReadPswdFromFile("pw/VEXO.N", back, key), 0);
+    EXPECT_EQ(back, password);
+  }
+  const auto mode = [&](const char* name) {
+    return static_cast<unsigned>(std::filesystem::status(dir.path(name)).permissions());
+  };
+  EXPECT_EQ(mode("pw"), 0700u);
+  EXPECT_EQ(mode("pw/VEXO.N"), 0644u);
+}
+
+TEST_F(PasswordFile, StaysAsItIsWhenANewOneCannotBeWritten) {
+  ScriptedApi api;
+  unsigned key[2] = {};
+  dir.write("file", "");
+  std::filesystem::create_directories("taken/VEXO.N");
+  const struct {
+    const char* directory;
+    const char* path;
+    short rc;
+  } kRows[] = {{"file", "file/VEXO.N", 2521},
+               {"no/such", "no/such/VEXO.N", 167},
+               {"taken", "taken/VEXO.N", -1},
+               {"taken", "no/VEXO.N", -1}};
+  for (const auto& row : kRows) {
+    EXPECT_EQ(psvexoWritePswdToFile(row.directory, row.path, "", key), row.rc) << row.path;
+  }
+  const std::filesystem::directory_iterator left("taken");
+  EXPECT_EQ(std::distance(left, {}), 1) << "nothing half written";
+}
+
+TEST_F(PasswordFile, OfAnyBytesIsReadWithinItsBounds) {
+  std::mt19937 random(42);
+  unsigned key[2] = {};
+  for (int i = 0; i < 10000; ++i) {
+    std::string bytes(random() % 200, ' ');
+    for (char& c : bytes) c = static_cast<char>(random() % 3 == 0 ? '0' + random() % 10 : random());
+    const std::size_t chunks = bytes.size() < 39 ? 0 : (bytes.size() - 39) / 9;
+    ScriptedApi api(std::vector<Step>(chunks, cipher("vltDecryptEx")));
+    char password[kPasswordSize];
+    EXPECT_EQ(psvexoReadPswdFromFile(dir.write("pw", bytes).c_str(), password, key), 0);
+    ASSERT_LE(::strnlen(password, sizeof password), 64u) << "file " << i << ", seed 42";
   }
 }
 
@@ -88,8 +148,8 @@ TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
   };
   const auto key = Step("vltCreateDesKeyEx", "'N'");
   dir.write("installed/agent/VEXO.N", kHeader + chunk('6', "secret"));
-  ScriptedApi api({version(13), setUp(), key, decrypt(), version(13), setUp(), key, version(13),
-                   setUp(), key, decrypt()});
+  ScriptedApi api({version(13), setUp(), key, cipher("vltDecryptEx"), version(13), setUp(), key,
+                   version(13), setUp(), key, cipher("vltDecryptEx")});
   EXPECT_EQ(psDoVltSetUp(&orc), 0);
   EXPECT_STREQ(orc.legacyPassword, "secret");
   EXPECT_EQ(orc.apiSetUp * 10 + orc.bUsePwGenerate, 11);

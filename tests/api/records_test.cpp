@@ -50,14 +50,6 @@ TEST(ObjectRecords, ComeThroughBothCopiesAndGetATerminator) {
   }
 }
 
-TEST(FirstFailure, Wins) {
-  CFirstFailureRc rc = 0, other = -1;
-  for (const int code : {0, 2302, 104, 0}) rc = code;
-  EXPECT_EQ(rc, 2302);
-  other = rc;
-  EXPECT_EQ(other, -1);
-}
-
 TEST(ClientFiles, AreWhereTheEnvironmentSaysOrAsInstalled) {
   const std::string agent = ut::kAgentDir, slash = "/", none;
   for (const auto& [routine, name, installed, end] :

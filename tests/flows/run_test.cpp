@@ -72,13 +72,6 @@ TEST_F(Run, TakesTheOptionsFileFromTheCommandLine) {
   ends(0);
 }
 
-TEST_F(Run, NamesTheLineOfTheOptionsFileThatItCannotUse) {
-  option("VEXO_TRACE x");
-  run({"query"});
-  ends(2534);
-  EXPECT_TRUE(showed("QRB2603E The option VEXO_TRACE in the options file"));
-}
-
 TEST_F(Run, EndsWithoutTheClientLibraryOrWithAnUnfitOne) {
   settings_.environment["LD_LIBRARY_PATH"] = dir_.path();
   run({"query"});
@@ -154,24 +147,6 @@ TEST_F(Run, FallsBackToTheDefaultCatalogOfMessages) {
   EXPECT_TRUE(showed("QRB2599I"));
   EXPECT_NE(std::string::npos,
             errorLog().find("QRB2641W There is no message catalog vexo_etcklingon.cat"));
-}
-
-TEST_F(Run, GoesOnWithoutATraceThatCannotBeOpened) {
-  option("VEXO_TRACE_FILE " + dir_.path("absent/run.trc"));
-  run({"query"});
-  ASSERT_TRUE(terminal_->expect("QRB0201E"));
-  dates();
-  ends(0);
-}
-
-// A password of an earlier release is taken over, once.
-TEST_F(Run, RenamesThePasswordFileThatItTookOver) {
-  dir_.write("passwords/VEXO.ORANODE", "Agent for Oracle Backup - Password file");
-  run({"query"});
-  dates();
-  ends(0);
-  EXPECT_FALSE(dir_.has("passwords/VEXO.ORANODE"));
-  EXPECT_TRUE(dir_.has("passwords/VEXO.ORANODE.save"));
 }
 
 }  // namespace

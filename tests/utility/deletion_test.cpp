@@ -117,17 +117,6 @@ TEST_F(Deletion, DeletesNothingWithoutAYes) {
   }
 }
 
-TEST_F(Deletion, AsksAgainForAnAnswerThatIsNone) {
-  support::ScriptedApi api(script("B D2 C"));
-  ObjectList list;
-  fill(list, 3, "2");
-  std::string shown;
-  EXPECT_EQ(0, run(list, "maybe\nYes please\n", &shown));
-  EXPECT_NE(std::string::npos, shown.find("QRB2580W"));
-  EXPECT_NE(std::string::npos, shown.find("QRB0372E That is not one of the answers YN."));
-  EXPECT_EQ("13", left(list));
-}
-
 TEST_F(Deletion, StopsAtTheFirstFailureAndKeepsTheRest) {
   const struct {
     const char* what;

@@ -182,26 +182,6 @@ TEST_F(FileList, PassesOnTheCodeOfASessionOrAQueryThatFails) {
   EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find("ZYL gone\n"));
 }
 
-TEST_F(FileList, WritesTheNamesToAFileOnlyForDiagnosis) {
-  support::ScopedEnv tmp("TMPDIR", dir_.path().c_str());
-  const auto diagnostic = [&] {
-    std::string name;
-    for (const auto& entry : std::filesystem::directory_iterator(dir_.path())) {
-      const std::string file = entry.path().filename();
-      if (file.find("ZYLO") == 0) name = file;
-    }
-    return name;
-  };
-  EXPECT_EQ(0, list({found("/a"), answer(VLT_RC_FINISHED), ended()}));
-  EXPECT_EQ("", diagnostic());
-  TR_ORCLEVEL2 = 1;
-  EXPECT_EQ(0, list({found("/a"), found("/b", {2026, 3, 1, 0, 0, 0}), found("c"),
-                     answer(VLT_RC_FINISHED), ended()}));
-  TR_ORCLEVEL2 = 0;
-  ASSERT_NE("", diagnostic());
-  EXPECT_EQ("a\nc\n", dir_.read(diagnostic()));
-}
-
 TEST_F(FileList, OffersDefaultDatesInEveryFormat) {
   const char* starts[] = {"01/01/1990", "01-01-1990", "1990-01-01", "01.01.1990", "1990.01.01"};
   for (int format = 1; format <= 5; ++format) {

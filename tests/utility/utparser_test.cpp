@@ -90,13 +90,6 @@ TEST_F(CommandLine, GivesAResultForEveryLine) {
   }
 }
 
-TEST_F(CommandLine, SetsTheFlagOfTheCommandAlone) {
-  const Parsed query = parse("q");
-  EXPECT_EQ(1u, query.commands.query);
-  EXPECT_EQ(0u, query.commands.syncdb + query.commands.deleteObj + query.commands.help);
-  EXPECT_EQ(1u, parse("delete").commands.deleteObj);
-}
-
 TEST_F(CommandLine, KeepsValuesAsTheyWereWritten) {
   EXPECT_STREQ("/a/B=c.opt", parse("query -vexo_opt=/a/B=c.opt").options.optFile);
   const Parsed two = parse("sync -nocat -numorcinst=25");
@@ -120,22 +113,6 @@ TEST_F(CommandLine, TakesPasswordsAsTheTrialAsOptionsLeavesThem) {
   EXPECT_EQ(
       64u,
       std::string(parse("password " + std::string(99, 'x') + " b").options.oldPassword).size());
-}
-
-TEST_F(CommandLine, SaysWhatIsWrong) {
-  const struct {
-    unsigned short result;
-    const char* number;
-    bool echoed;
-  } rows[] = {{4, "QRB0103E", true},   {12, "QRB0100E", false}, {13, "QRB0105E", false},
-              {14, "QRB2622E", false}, {1, "QRB0102E", true},   {99, "QRB0102E", true}};
-  for (const auto& row : rows) {
-    testing::internal::CaptureStdout();
-    vexoPrintError(row.result, "SYNX");
-    const std::string said = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(0u, said.find(std::string("\n") + row.number)) << said;
-    EXPECT_EQ(row.echoed, said.find("\nSYNX\n\n") != said.npos) << said;
-  }
 }
 
 }  // namespace

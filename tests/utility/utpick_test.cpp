@@ -128,42 +128,6 @@ TEST_F(PickList, AppliesEveryFormOfAnswer) {
   }
 }
 
-TEST_F(PickList, IgnoresModesAndPositionsThatAreNotThere) {
-  ObjectList list;
-  fill(list, 3);
-  pkHighlightEntry(&list, 2, 3, kPick);
-  pkHighlightEntry(&list, 1, 3, 7);
-  pkHighlightEntry(&list, 4, 3, kPick);
-  EXPECT_EQ("2", picks(list));
-  utZylObj_s* element = nullptr;
-  gotoListElement(&list, &element, 0);
-  EXPECT_EQ(list.getFirst(), element);
-  gotoListElement(&list, &element, 4);
-  EXPECT_EQ(nullptr, element);
-}
-
-TEST_F(PickList, CutsAndShiftsLines) {
-  const struct {
-    const char* in;
-    int offset, width;
-    const char* out;
-  } rows[] = {{"abcdef", 0, 6, "abcdef"},
-              {"abcdef", 0, 5, "abcde"},
-              {"abcdef", 2, 3, "cde"},
-              {"abcdef", 2, 9, "cdef"},
-              {"abcdef", 6, 3, ""},
-              {"abcdef", 7, 3, " "},
-              {"", 0, 3, ""},
-              {"", 1, 3, " "},
-              {nullptr, 0, 3, ""}};
-  for (const auto& row : rows) {
-    char out[16] = "unchanged";
-    FitStringToScreenSize(out, row.in, row.offset, row.width);
-    EXPECT_STREQ(row.out, out);
-  }
-  FitStringToScreenSize(nullptr, "abc", 0, 3);
-}
-
 TEST_F(PickList, DrawsThreeEntriesOnTwentyFourLines) {
   ObjectList list;
   fill(list, 3);
