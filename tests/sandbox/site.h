@@ -2,53 +2,38 @@
 #ifndef TESTS_SANDBOX_SITE_H
 #define TESTS_SANDBOX_SITE_H
 
-#include <string>
-#include <string_view>
-#include <vector>
+#include <sys/wait.h>
+
+#include <cstdio>
 
 #include "api/vltlib.h"
+#include "tests/support/tempdir.h"
 
-// A directory under the system's temporary one, removed at the end; SANDBOX_HOME points at it.
-class Site {
- public:
-  Site();
-  ~Site();
-  Site(const Site&) = delete;
-  Site& operator=(const Site&) = delete;
-
-  std::string path(const std::string& name) const { return directory_ + "/" + name; }
-  // Returns the file's path.
-  std::string write(const std::string& name, std::string_view content) const;
-  std::string read(const std::string& name) const;
-
+// A directory of the test's own; SANDBOX_HOME points at it.
+class Site : public testing::Test {
+ protected:
   struct Result {
     int status;
-    std::string output, errors;
+    std::string output;
   };
 
-  // Runs a command of the shell; the site's directory is its working directory.
-  Result run(const std::string& command) const;
-  // The same for the admin tool, which must succeed; returns its output.
-  std::string zylstore(const std::string& arguments) const;
-  Result tryZylstore(const std::string& arguments) const;
+  Site() { setenv("SANDBOX_HOME", dir_.path().c_str(), 1); }
 
-  // A store with the node ORANODE, password "secret".
-  void makeStore() const;
+  // Runs a command of the shell in the site's directory; what it says on either stream is output.
+  Result run(const std::string& command) const {
+    const int status = std::system(
+        ("cd '" + dir_.path() + "' && { " + command + "\n} >.out 2>&1 </dev/null").c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, dir_.read(".out")};
+  }
 
- private:
-  std::string directory_;
-};
+  // Runs the admin tool, which must succeed; returns its output.
+  std::string zylstore(const std::string& arguments) const {
+    const Result result = run("'" ZYLSTORE "' " + arguments);
+    EXPECT_EQ(result.status, 0) << arguments << ": " << result.output;
+    return result.output;
+  }
 
-// The client library set up for one site; cleaned up at the end.
-class Client {
- public:
-  explicit Client(const Site& site, std::string_view options = "");
-  ~Client() { vltCleanUp(VLT_MULTITHREAD); }
-  Client(const Client&) = delete;
-  Client& operator=(const Client&) = delete;
-
-  // The code of the set-up.
-  int16_t rc = 0;
+  support::TempDir dir_;
 };
 
 // Arguments of a logon; what a test does not set is as a correct program passes it.
@@ -56,14 +41,20 @@ struct Logon {
   const char* node = "ORANODE";
   const char* password = "secret";
   const char* options = nullptr;
-  const char* owner = nullptr;
 
   // Returns the code and fills the handle.
-  int16_t operator()(uint32_t& handle) const;
+  int16_t operator()(uint32_t& handle) const {
+    VltApiVersionEx version = {2, 8, 1, 13, 0};
+    VltInitExIn in = {};
+    in.structVersion = 5;
+    in.apiVersion = &version;
+    in.clientNodeName = node;
+    in.clientPassword = password;
+    in.options = options;
+    in.clientKind = VLT_CLIENT_KIND_DATABASE_AGENT;
+    return vltInitEx(&handle, &in, nullptr);
+  }
 };
-
-// A session that must succeed.
-uint32_t logOn(const Logon& logon = {});
 
 // Arguments of a query, all active objects of /marlorc by default.
 struct Query {
@@ -74,17 +65,70 @@ struct Query {
   uint8_t state = VLT_STATE_ACTIVE;
   VltDate bound = {};
 
-  int16_t begin(uint32_t handle) const;
+  int16_t begin(uint32_t handle) const {
+    VltObjName name = {};
+    std::snprintf(name.fileSpace, sizeof name.fileSpace, "%s", fileSpace);
+    std::snprintf(name.highLevel, sizeof name.highLevel, "%s", highLevel);
+    std::snprintf(name.lowLevel, sizeof name.lowLevel, "%s", lowLevel);
+    name.objType = VLT_OBJTYPE_FILE;
+    const VltQueryBackup query = {2, &name, owner, state, bound};
+    return vltBeginQuery(handle, VLT_QUERY_BACKUP, &query);
+  }
 };
 
-// One step of an open query: the code, and with VLT_RC_MORE_DATA the object.
-int16_t nextObject(uint32_t handle, VltQryRespBackup& object);
+// A site with a store, the node ORANODE (password "secret") and the client library set up.
+class Store : public Site {
+ protected:
+  Store() {
+    zylstore("init");
+    zylstore("node ORANODE --password secret");
+    EXPECT_EQ(setUp(), VLT_RC_OK);
+  }
+  ~Store() override { vltCleanUp(VLT_MULTITHREAD); }
 
-// The low-level names of a query's objects in their order, joined with blanks, then the code that
-// ended it in brackets; an object that cannot be shown is "?".
-std::string namesOf(uint32_t handle, const Query& query = {});
+  // Ends what is open and sets the library up again, with an options file unless it is empty.
+  int16_t setUp(const std::string& options = "") const {
+    vltCleanUp(VLT_MULTITHREAD);
+    VltEnvSetUp in = {};
+    in.structVersion = 4;
+    const std::string file = options.empty() ? "" : dir_.write("client.opt", options);
+    std::snprintf(in.vltiConfig, sizeof in.vltiConfig, "%s", file.c_str());
+    return vltSetUp(VLT_MULTITHREAD, &in);
+  }
 
-// Names one object for deletion within the open transaction.
-int16_t deleteObject(uint32_t handle, int64_t id);
+  // A session that must succeed.
+  static uint32_t logOn(const Logon& logon = {}) {
+    uint32_t handle = 0;
+    EXPECT_EQ(logon(handle), VLT_RC_OK);
+    return handle;
+  }
+
+  // One step of an open query: the code, and with VLT_RC_MORE_DATA the object.
+  static int16_t next(uint32_t handle, VltQryRespBackup& object) {
+    object.structVersion = 8;
+    VltDataBlk block = {3, sizeof object, 0, &object};
+    return vltGetNextQObj(handle, &block);
+  }
+
+  // The low-level names that a query finds, in its order, then the code that ended it in brackets;
+  // an object that cannot be shown is "?".
+  static std::string found(uint32_t handle, const Query& query = {}) {
+    std::string names;
+    EXPECT_EQ(query.begin(handle), VLT_RC_OK);
+    VltQryRespBackup object;
+    int16_t rc = next(handle, object);
+    for (; rc == VLT_RC_MORE_DATA || rc == VLT_RC_UNKNOWN_FORMAT; rc = next(handle, object))
+      names += rc == VLT_RC_MORE_DATA ? std::string(object.objName.lowLevel) + " " : "? ";
+    EXPECT_EQ(vltEndQuery(handle), VLT_RC_OK);
+    return names + "[" + std::to_string(rc) + "]";
+  }
+
+  // Names one object for deletion within the open transaction.
+  static int16_t remove(uint32_t handle, int64_t id) {
+    const VltDelInfo info = {
+        1, {static_cast<uint32_t>(id >> 32), static_cast<uint32_t>(id & 0xFFFFFFFF)}};
+    return vltDeleteObj(handle, VLT_DELETE_BACKUP_ID, &info);
+  }
+};
 
 #endif  // TESTS_SANDBOX_SITE_H

@@ -205,7 +205,7 @@ TEST_F(FileList, AsksForDatesUntilTheRangeIsValid) {
   } rows[] = {
       {"\n\n", ut::makeDate(1990, 1, 1), {}, 1},
       {"", ut::makeDate(1990, 1, 1), {}, 1},
-      {"03/07/2026\n3/31/2026\n", ut::makeDate(2026, 3, 7), ut::makeDate(2026, 3, 31), 0},
+      {"03/07/2026\n3/7/2026\n", ut::makeDate(2026, 3, 7), ut::makeDate(2026, 3, 7), 0},
       {"x\n02/30/2026\n03/07/2026\n03/31/2026 \n03/31/2026\n", ut::makeDate(2026, 3, 7),
        ut::makeDate(2026, 3, 31), 0},
       {"nonsense\n\n03/31/2026\n", ut::makeDate(1990, 1, 1), ut::makeDate(2026, 3, 31), 0},
