@@ -22,9 +22,7 @@ TEST_F(OptionsFile, TakesValuesAsPeopleWriteThem) {
                {"* VEXO_NODE b\n\n  \t \n  *\nVEXO_NODE a\n*", &orcObj_t::VEXO_NODE, "a"},
                {"VEXO_TEST_FLAGS  \"A\" b \n", &orcObj_t::VEXO_TEST_FLAGS, " \"A\" b "},
                {"VEXO_OWNER " + longest + "\n", &orcObj_t::VEXO_OWNER, longest},
-               {"VLTI_ORC_CONFIG c", &orcObj_t::VLTI_ORC_CONFIG, "c"},
                {"VEXO_DATE_FMT 3\n", &orcObj_t::VEXO_DATE_FORMAT, "3"},
-               {"VEXO_TIME_FMT 4\n", &orcObj_t::VEXO_TIME_FORMAT, "4"},
                {"VEXO_NUM_FMT 5\n", &orcObj_t::VEXO_NUM_FORMAT, "5"},
                {"VEXO_ENABLESCRIPTINPUT YES\n", &orcObj_t::VEXO_ENABLESCRIPTINPUT, "YES"}};
   for (const auto& row : kRows) {
@@ -85,7 +83,6 @@ TEST_F(OptionsFile, IsFoundThroughTheEnvironment) {
                                        {"\"my.opt\"", "mine"},
                                        {std::string(1025, 'x'), "installed"},
                                        {"'my.opt\"", ""},
-                                       {"'", ""},
                                        {"''", ""},
                                        {"installed", ""}}) {  // the last one is a directory
     optionFile.set(variable.c_str());
@@ -104,7 +101,6 @@ TEST_F(OptionsFile, FileSpaceGetsItsShape) {
                                       {"/ora///", "/ora"},
                                       {"/", "/"},
                                       {"///", "/"},
-                                      {"a/b/", "/a/b"},
                                       {"//a", "//a"}}) {
     set(orc.VEXO_FS, given);
     vexoCheckFS(&orc);

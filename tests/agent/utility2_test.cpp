@@ -118,22 +118,8 @@ TEST_F(Start, GoesOnWithoutATraceThatCannotBeOpened) {
   EXPECT_HOLDS(shown.take(), "QRB0201E");
   EXPECT_HOLDS(log(), "QRB0201E");
   EXPECT_TRUE(TEST_SYNCDBNORMAN && !TR_PREFIX) << "flags without a trace are not switched";
-  set(orc.VEXO_TRACE_FILE, "trace");
-  set(orc.VEXO_TRACE_MAX, "2");
-  vexoInitTrace(&orc);
-  support::ScriptedApi api(
-      {support::Step("vltQueryApiVersionEx").fill<VltApiVersionEx>([](VltApiVersionEx& version) {
-        version = {2, 9, 8, 7, 6};
-      })});
-  vexoTraceHeaderInfo(&orc);
-  for (const char* part : {"set to 2 MB.\n", "      Run Time API Header:  9.8.7.6\n",
-                           " VEXO_TRACE_FLAGS   : PREFIX\n", " VEXO_LANGUAGE      : \n"}) {
-    EXPECT_HOLDS(dir.read("trace"), part);
-  }
-  TR_PREFIX = TR_PID = TR_TID = TEST_SYNCDBNORMAN = 0;
-  vexoTraceHeaderInfo(&orc);  // without the prefix the library is not asked
+  TEST_SYNCDBNORMAN = 0;
   trcClass = nullptr;
-  vexoInitTrace(&orc);
 }
 
 }  // namespace

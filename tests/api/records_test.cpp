@@ -28,28 +28,6 @@ TEST(ClientLibrary, IsLoadedWholeOrNotAtAll) {
   }
 }
 
-TEST(ObjectRecords, ComeThroughBothCopiesAndGetATerminator) {
-  VltQryRespBackup from, back = {};
-  VEXS_qryRespBackupData own;
-  std::memset(&from, 'x', sizeof from);  // no text has an end
-  std::memset(&own, 'y', sizeof own);
-  from.objId = {1, 2};
-  from.insDate = {2026, 1, 2, 3, 4, 5};
-  api::copyResponse(from, &own);
-  api::copyResponse(own, &back);
-  EXPECT_EQ(back.objName.fileSpace, std::string(VLT_MAX_FILESPACE, 'x'));
-  EXPECT_EQ(back.objName.highLevel, std::string(VLT_MAX_HIGHLEVEL, 'x'));
-  EXPECT_EQ(back.objName.lowLevel, std::string(VLT_MAX_LOWLEVEL, 'x'));
-  EXPECT_EQ(back.owner, std::string(VLT_MAX_OWNER, 'x'));
-  EXPECT_EQ(api::toNumber(back.objId), 0x100000002u);
-  EXPECT_EQ(api::toNumber(back.sizeEstimate), 0x7878787878787878u);
-  EXPECT_EQ(dateCmp(api::toNfDate(back.insDate), ut::makeDate(2026, 1, 2, 3, 4, 5)), 0);
-  for (const uint8_t byte : {back.objState, back.objName.objType, back.compressType,
-                             back.encryptionType, back.clientDeduplicated}) {
-    EXPECT_EQ(byte, 'x');
-  }
-}
-
 TEST(ClientFiles, AreWhereTheEnvironmentSaysOrAsInstalled) {
   const std::string agent = ut::kAgentDir, slash = "/", none;
   for (const auto& [routine, name, installed, end] :

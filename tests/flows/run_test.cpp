@@ -101,19 +101,6 @@ TEST_F(Run, ShowsTheLibrarysOwnTextWhenSetUpOrLogonFails) {
   EXPECT_NE(std::string::npos, errorLog().find("ZYL0051"));
 }
 
-TEST_F(Run, TriesAServerThatDoesNotAnswerFiveTimes) {
-  zylstore("calls on");
-  zylstore("fault InitEx -50 --times 4");
-  run({"query"});
-  dates();
-  ends(0);
-  zylstore("fault InitEx -50 --times 9");
-  run({"query"});
-  ends(-50);
-  const std::string left = zylstore("fault --list");
-  EXPECT_NE(std::string::npos, left.find("4")) << left;
-}
-
 TEST_F(Run, WritesATraceThatAnOldHandKnows) {
   const std::string trace = dir_.path("run.trc");
   option("VEXO_TRACE_FILE " + trace);
@@ -137,16 +124,6 @@ TEST_F(Run, WritesATraceThatAnOldHandKnows) {
     EXPECT_NE(std::string::npos, text.find(line)) << line;
   }
   EXPECT_EQ(std::string::npos, text.find("CLinkedList"));
-}
-
-TEST_F(Run, FallsBackToTheDefaultCatalogOfMessages) {
-  option("VEXO_LANGUAGE ../../etc/klingon");
-  run({"query"});
-  dates();
-  ends(0);
-  EXPECT_TRUE(showed("QRB2599I"));
-  EXPECT_NE(std::string::npos,
-            errorLog().find("QRB2641W There is no message catalog vexo_etcklingon.cat"));
 }
 
 }  // namespace

@@ -44,41 +44,4 @@ TEST_F(Querying, MatchesNamesOwnerStateAndDate) {
   EXPECT_EQ(found(logOn({"OTHER"})), "/a_3 [121]");
 }
 
-TEST_F(Querying, GivesIdentifiersAndSizesBeyondOneWord) {
-  zylstore("init --force --first-id 4294967296");
-  zylstore("node ORANODE --password secret");
-  zylstore("put --node oranode --fs /f --ll /l --date 2024-02-29 --size 9876543210");
-  ASSERT_EQ(setUp(), VLT_RC_OK);
-  const uint32_t handle = logOn();
-  ASSERT_EQ((Query{"/f"}).begin(handle), VLT_RC_OK);
-  VltQryRespBackup object;
-  ASSERT_EQ(next(handle, object), VLT_RC_MORE_DATA);
-  EXPECT_TRUE(object.objId.hi == 1 && object.objId.lo == 0);
-  EXPECT_TRUE(object.sizeEstimate.hi == 2 && object.sizeEstimate.lo == 1286608618);
-  ASSERT_EQ(vltBeginTxn(handle), VLT_RC_OK);
-  EXPECT_EQ(remove(handle, 4294967296), VLT_RC_OK);
-}
-
-TEST_F(Querying, KeepsItsSnapshotWhileItselfAndOthersDelete) {
-  const uint32_t reader = logOn(), writer = logOn();
-  VltQryRespBackup object;
-  ASSERT_EQ(Query().begin(reader), VLT_RC_OK);
-  int64_t id = 1;
-  for (uint32_t handle : {writer, reader}) {
-    uint16_t reason = 0;
-    ASSERT_EQ(vltBeginTxn(handle), VLT_RC_OK);
-    ASSERT_EQ(remove(handle, id++), VLT_RC_OK);
-    ASSERT_EQ(vltEndTxn(handle, VLT_VOTE_COMMIT, &reason), VLT_RC_OK);
-  }
-  zylstore("put --node ORANODE --fs /marlorc --ll /late");
-  for (const char* name : {"/a_1", "/a_2"}) {
-    ASSERT_EQ(next(reader, object), VLT_RC_MORE_DATA);
-    EXPECT_STREQ(object.objName.lowLevel, name);
-  }
-  EXPECT_EQ(next(reader, object), VLT_RC_UNKNOWN_FORMAT);
-  EXPECT_EQ(next(reader, object), VLT_RC_FINISHED);
-  ASSERT_EQ(vltEndQuery(reader), VLT_RC_OK);
-  EXPECT_EQ(found(reader), "? /late [121]");
-}
-
 }  // namespace

@@ -63,21 +63,6 @@ TEST_F(Transaction, DeletesWhatItSaysOrNothing) {
   }
 }
 
-TEST_F(Transaction, IsAbortedWhenAnotherDeletedFirstOrTheSessionIsLost) {
-  fill(3);
-  const uint32_t slow = logOn(), quick = logOn(), lost = logOn();
-  for (uint32_t handle : {slow, quick, lost}) ASSERT_EQ(vltBeginTxn(handle), VLT_RC_OK);
-  EXPECT_EQ(remove(lost, 1), VLT_RC_OK);
-  EXPECT_EQ(vltTerminate(lost), VLT_RC_OK);
-  EXPECT_EQ(remove(slow, 1), VLT_RC_OK);
-  EXPECT_EQ(remove(slow, 3), VLT_RC_OK);
-  EXPECT_EQ(remove(quick, 3), VLT_RC_OK);
-  EXPECT_EQ(end(quick, VLT_VOTE_COMMIT), "0/0");
-  EXPECT_EQ(end(slow, VLT_VOTE_COMMIT), "2302/2");
-  EXPECT_EQ(found(slow), "/1 /2 [121]");
-  EXPECT_EQ(zylstore("put --node ORANODE --fs /f --ll /l"), "4\n") << "an identifier used again";
-}
-
 TEST_F(Transaction, IsWholeOrNotAtAllWhenItsProcessIsKilled) {
   const int objects = 4000;
   int kept = 0;

@@ -64,16 +64,6 @@ TEST(BPlusTree, FindsEverythingWhateverTheOrderOfInsertion) {
   }
 }
 
-TEST(BPlusTree, IsEmptyAtFirstAndTellsCapitalsFromSmallLetters) {
-  dsBPlusTree tree;
-  EXPECT_EQ(nullptr, find(tree, "a"));
-  EXPECT_EQ(kTreeNoMemory,
-            tree.IsertItem(const_cast<char*>("a"), 0, utInsertFilename, utFindFilename));
-  EXPECT_EQ(kTreeStored, insert(tree, "Piece"));
-  EXPECT_EQ(nullptr, find(tree, "piece"));
-  EXPECT_EQ(kTreeStored, insert(tree, "piece"));
-}
-
 TEST(BPlusTree, ReleasesAllButTheStagingBufferOfEachInsertion) {
   const ut::MemoryUse before = ut::trackedMemory();
   std::size_t staged = 0;
@@ -87,16 +77,6 @@ TEST(BPlusTree, ReleasesAllButTheStagingBufferOfEachInsertion) {
   }
   EXPECT_EQ(500u, ut::trackedMemory().blocks - before.blocks);
   EXPECT_EQ(staged, ut::trackedMemory().bytes - before.bytes);
-}
-
-TEST(BPlusTree, PassesOnWhatTheCopyFunctionReturns) {
-  dsBPlusTree tree;
-  const auto refuse = [](void*, void*) -> unsigned short { return 77; };
-  EXPECT_EQ(77, tree.IsertItem(const_cast<char*>("a"), 2, refuse, utFindFilename));
-  EXPECT_EQ(nullptr, find(tree, "a"));
-  EXPECT_EQ(kTreeStored, insert(tree, "b"));
-  EXPECT_EQ(77, tree.IsertItem(const_cast<char*>("c"), 2, refuse, utFindFilename));
-  EXPECT_STREQ("b", find(tree, "b"));
 }
 
 }  // namespace

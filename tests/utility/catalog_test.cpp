@@ -79,16 +79,6 @@ TEST_F(Catalog, HandsSqlplusThisScriptAndRemovesIt) {
   EXPECT_EQ("", shown_);
 }
 
-TEST_F(Catalog, AsksTheControlFileAndLeavesAnEmptyConnectStringEmpty) {
-  record_.bNoCatalog = 1;
-  *record_.connString = '\0';
-  sqlplus("echo >" + spool_);
-  EXPECT_EQ(0, query());
-  const std::string seen = dir_.read("seen");
-  EXPECT_NE(std::string::npos, seen.find("@\nspool "));
-  EXPECT_NE(std::string::npos, seen.find("select handle from v$backup_piece where "));
-}
-
 TEST_F(Catalog, NeverRunsAScriptThatWouldBeCut) {
   sqlplus("echo piece >" + spool_);
   const std::size_t rest = [&] {
