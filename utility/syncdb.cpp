@@ -229,6 +229,7 @@ ut::ReadResult ReadAnswer(char* buffer, int size) {
   const ut::ReadResult result = ut::readLine(stdin, line, sizeof line);
   const char* start = line + std::strspn(line, " ");
   const bool whole = ut::copyText(buffer, static_cast<std::size_t>(size), start);
+  ut::wipe(line, sizeof line);  // with script input it may have been a password
   return whole ? result : ut::ReadResult::kCut;
 }
 

@@ -31,10 +31,11 @@ struct Prompts {
 constexpr Prompts kCatalogPrompts = {2540, 2541, 2542};
 constexpr Prompts kDatabasePrompts = {2605, 2606, 2607};
 
-// The catalogs of a run. Their passwords are wiped with them.
+// The catalogs of a run.
 struct Catalogs {
   CatalogList list;
-  ~Catalogs() {
+  ~Catalogs() { forgetPasswords(); }
+  void forgetPasswords() {
     for (objCatInfo_s* catalog = list.getFirst(); catalog != nullptr;
          catalog = list.getNext(catalog)) {
       ut::wipe(catalog->password, sizeof catalog->password);
@@ -217,6 +218,7 @@ unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const 
   if (rc != 0) return rc;
   nlprintf(2581);
   rc = loadCatalogs(catalogs.list, names, start, end, tree.get());
+  catalogs.forgetPasswords();  // the pick list may stay open for hours
   if (rc != 0) return rc;
   ObjectList orphans;
   rc = utGetFileList(start, end, orc, &orphans, tree.get());

@@ -16,6 +16,7 @@
 #include "agent/utility2.h"
 #include "api/vltapid.h"
 #include "common/nls/nls.h"
+#include "common/ut/psmem.h"
 #include "common/ut/psterm.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
@@ -144,6 +145,7 @@ int dispatch(Run* run) {
 
 int main(int argc, char** argv) {
   ::umask(077);  // every file of this run is this user's alone, sqlplus's spool files included
+  ut::forbidCoreFiles();
   psMutexInit(&orcMutex);
   psMutexInit(&initMutex);
   Run run;

@@ -1,9 +1,12 @@
 // psmem.cpp: tracked memory allocation, see psmem.h. Each block carries a header in front of it.
 #include "common/ut/psmem.h"
 
+#include <sys/resource.h>
+
 #include <cstdlib>
 
 #include "common/ut/psmutex.h"
+#include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 
 namespace {
@@ -53,4 +56,9 @@ void psFree(const char* file, int line, void* block) {
 ut::MemoryUse ut::trackedMemory() {
   MutexGuard guard(memoryMutex);
   return use;
+}
+
+void ut::forbidCoreFiles() {
+  const struct rlimit none = {0, 0};
+  ignoreResult(::setrlimit(RLIMIT_CORE, &none), "lowering a limit is always allowed");
 }

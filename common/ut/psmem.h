@@ -25,6 +25,10 @@ struct MemoryUse {
 // What is allocated through psMalloc at this moment.
 MemoryUse trackedMemory();
 
+// From now on no core file of this process, and of what it starts, is written: it would hold the
+// passwords that are in memory.
+void forbidCoreFiles();
+
 }  // namespace ut
 
 #endif  // COMMON_UT_PSMEM_H

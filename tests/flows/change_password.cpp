@@ -11,11 +11,13 @@
 #include "agent/utility2.h"
 #include "api/vltapid.h"
 #include "common/nls/nls.h"
+#include "common/ut/psmem.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 #include "utility/unx/psutpswd.h"
 
 int main(int argc, char** argv) {
+  ut::forbidCoreFiles();
   psMutexInit(&orcMutex);
   psMutexInit(&initMutex);
   static orcObj_t orc;

@@ -136,7 +136,7 @@ TEST_F(Password, GivesTheEchoBackWhateverEndsOrStopsTheProgram) {
     for (const char* end : {"half\x03", "half\x1c"}) {  // Ctrl-C, Ctrl-backslash
       terminal_ = std::make_unique<sandbox::Terminal>(
           std::vector<std::string>{"/bin/sh", "-c",
-                                   "ulimit -c 0; trap : INT QUIT; " BUILD_DIRECTORY
+                                   "ulimit -c unlimited; trap : INT QUIT; " BUILD_DIRECTORY
                                    "/bin/change_password; echo over; read x"},
           settings_);
       for (int i = 0; i < at; ++i) secret(prompts[i], kNew);
