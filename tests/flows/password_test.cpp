@@ -102,6 +102,20 @@ TEST_F(Password, IgnoresNodeAndOwnerWhenTheClientKeepsThePassword) {
   changed(2620);
 }
 
+// Oracle's passwords are kept as secret, and nothing is offered when Oracle knows everything.
+TEST_F(Password, OfACatalogLeavesNoTraceBelowLevelTwo) {
+  option("VEXO_TRACE_FLAGS ALL PREFIX -ORCLEVEL2");
+  object("/a");
+  catalog("prod", {"a"});
+  zylstore("catalog add prod --user rman --password " + kNew);
+  run({"syncdb"});
+  dates();
+  logon("prod", kNew);
+  ends(65535);
+  EXPECT_TRUE(showed("QRB2599I"));
+  EXPECT_FALSE(showed("Command ==>"));
+}
+
 TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
   const std::string longest = kMark + std::string(64 - kMark.size(), 'x');
   const struct {

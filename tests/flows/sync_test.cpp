@@ -71,17 +71,6 @@ TEST_F(Sync, TakesEveryObjectForAnOrphanWhenTheCatalogIsEmpty) {
   EXPECT_EQ("/a /b", stored());
 }
 
-TEST_F(Sync, SaysWhenOracleKnowsEverything) {
-  object("/a");
-  catalog("prod", {"a"});
-  run({"syncdb"});
-  dates();
-  logon("prod");
-  ends(65535);
-  EXPECT_TRUE(showed("QRB2599I"));
-  EXPECT_FALSE(showed("Command ==>"));
-}
-
 TEST_F(Sync, WarnsAboutTheDefaultEndDate) {
   object("/a");
   catalog("prod", {});
