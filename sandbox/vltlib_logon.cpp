@@ -118,7 +118,8 @@ std::shared_ptr<Control> controlOf(const VltInitExIn* in) {
 }
 
 std::string quoted(const char* text) {
-  return text != nullptr ? "\"" + std::string(text) + "\"" : "-";
+  if (text == nullptr) return "-";
+  return std::string("\"").append(text).append("\"");
 }
 
 std::string logonText(const VltInitExIn* in, const uint32_t* handle) {

@@ -50,7 +50,7 @@ std::string takePiece(std::span<const std::string_view> fields, PieceWriter& wri
   if (fields[0].empty() || fields[0].size() > kMaxHandle)
     return "a handle has 1 to " + std::to_string(kMaxHandle) + " bytes";
   const std::optional<Stamp> completed = parseStamp(fields[1]);
-  if (!completed) return "\"" + std::string(fields[1]) + "\" is not a date";
+  if (!completed) return std::string("\"").append(fields[1]).append("\" is not a date");
   writer.add(fields[0], *completed);
   return {};
 }
@@ -103,7 +103,7 @@ SiteRequest requestOf(const Arguments& arguments) {
   if (request.today < 19750101000000) throw UsageError("--today must not be before 1975-01-01");
   Object sample;
   sample.fileSpace = request.fileSpace;
-  sample.lowLevel = "/";
+  sample.lowLevel = std::string(1, '/');
   sample.owner = request.owner;
   if (const std::string fault = objectNameFault(sample); !fault.empty()) throw UsageError(fault);
   return request;
