@@ -242,6 +242,8 @@ unsigned trTIDProc() {
 }
 
 std::uint32_t ut::createTrace(int clientType, unsigned (*threadName)()) {
+  // The first look at the local time reads the time zone, which allocates; no line must do that.
+  ignoreResult(localNow(), "only to have it done");
   if (traceFile == nullptr) traceFile = new (std::nothrow) TraceFile(clientType, threadName);
   return traceFile == nullptr ? kTraceNoMemory : 0;
 }

@@ -214,7 +214,6 @@ TEST_F(Session, LogonReportsEveryFailureAndTriesFiveTimes) {
       {{logon(asN, -50), logon(asN, -50), logon(asN, -50), logon(asN, -50), logon(asN, -50)},
        -50,
        0},
-      {{logon(asN, -50), logon(asN, -50), logon(asN, 51)}, 51, 0},
       {{logon(asN, 52)}, 52, 0},
       {{logon(asN, 0), Step("vltQuerySessOptions", "7", 2402)}, 2402, 7},
       {{logon(asN, 0), Step("vltQuerySessOptions", "7"), Step("vltQuerySessInfo", "7", 54)},
@@ -233,6 +232,23 @@ TEST_F(Session, LogonReportsEveryFailureAndTriesFiveTimes) {
     EXPECT_EQ(orc.vltHandle, row.handle);
     EXPECT_EQ(orc.apiSetUp, row.handle == 0 ? 1 : 0) << "then the end of the run cleans up";
   }
+}
+
+TEST_F(Session, LogonWipesThePasswordRightAfterTheLastCall) {
+  set(orc.legacyPassword, "secret");
+  orc.bUsePwGenerate = 1;
+  const char* buffer = nullptr;
+  std::string given, left = "not looked at";
+  ScriptedApi api({Step("vltInitEx", "*", 51).look<VltInitExIn>([&](const VltInitExIn& in) {
+                     given = buffer = in.clientPassword;
+                   }),
+                   Step("vltRCMsgEx").fill<VltRcMsgOut>([&](VltRcMsgOut&) {
+                     left.assign(buffer, kPasswordSize);
+                   }),
+                   Step("vltRCMsg").text("")});
+  EXPECT_EQ(vexoSession(&orc), 51);
+  EXPECT_EQ(given, "secret");
+  EXPECT_EQ(left, std::string(kPasswordSize, '\0'));
 }
 
 }  // namespace

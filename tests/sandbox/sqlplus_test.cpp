@@ -80,7 +80,6 @@ TEST_F(Sqlplus, LogsOnByFirstSlashAndLastSignOrExits) {
       {"rman/a/b@c@odd", 0, "SQL*Plus: "},
       {"rman/other@", 0, "SQL*Plus: "},
       {"rman/RMAN@rcat", 1, "ERROR:\nORA-01017: "},
-      {"scott/rman@rcat", 1, "ERROR:\nORA-01017: "},
       {"rman/rman@nowhere", 1, "ERROR:\nORA-12154: "},
       {"rman/rman@../catalogs/rcat", 1, "ERROR:\nORA-12154: "},
   };

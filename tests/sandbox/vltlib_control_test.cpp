@@ -52,10 +52,6 @@ TEST_F(Control, RecordsCallsInOrderWithCodesAndWithoutPasswords) {
   // A password is in neither the record nor the store.
   EXPECT_EQ(run("(cat store.db*; '" ZYLSTORE "' calls show) | grep -a -e hush -e secret").output,
             "");
-  zylstore("calls off");
-  zylstore("calls clear");
-  setUp();
-  EXPECT_EQ(zylstore("calls show"), "");
 }
 
 TEST(Cipher, IsDesWithOneGoodKeyForEachText) {

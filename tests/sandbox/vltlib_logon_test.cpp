@@ -25,7 +25,6 @@ TEST_F(ClientLibrary, LogsOnOrGivesTheCodeOfTheCauseAndNoHandle) {
       {{"ORANODE", "Secret"}, VLT_RC_WRONG_PASSWORD},
       {{"ORANODE", nullptr}, VLT_RC_WRONG_PASSWORD},
       {{"NOBODY"}, VLT_RC_UNKNOWN_NODE},
-      {{"STALE", "new"}, VLT_RC_WRONG_PASSWORD},
       {{"STALE", "old"}, VLT_RC_PASSWORD_EXPIRED},
       {{"ORANODE", "secret", " -COLOUR=RED"}, VLT_RC_BAD_OPTION},
       {{}, VLT_RC_SERVER_UNREACHABLE, "STORE " + dir_.path("absent.db") + "\n"},

@@ -28,13 +28,11 @@ TEST_F(Querying, MatchesNamesOwnerStateAndDate) {
       {{}, "/a_1 /a_2 ? [121]"},
       {{"/marl"}, "/a_5 [121]"},
       {{"/mar*"}, "[2]"},  // a filespace is no pattern
-      {{"/MARLORC"}, "[2]"},
       {{"/marlorc", "/oracle"}, "/a_1 ? [121]"},
       {{"/marlorc", "/oracle/?"}, "/a_2 [121]"},
       {{"/marlorc", "/*", "/?_1"}, "/a_1 [121]"},
       {{"/marlorc", "/*", "/A*"}, "? [121]"},
       {{"/marlorc", "/*", "/*", "scott"}, "/a_1 ? [121]"},
-      {{"/marlorc", "/*", "/*", ""}, "/a_1 /a_2 ? [121]"},
       {{"/marlorc", "/*", "/*", "SCOTT"}, "[2]"},
       {{"/marlorc", "/*", "/*", nullptr, VLT_STATE_INACTIVE}, "/b_4 [121]"},
       {{"/marlorc", "/*", "/*", nullptr, 1, {2024, 1, 16, 23, 59, 59}}, "/a_1 /a_2 [121]"},

@@ -33,11 +33,9 @@ TEST_F(Zylstore, LoadsAllLinesOrNone) {
   } rows[] = {
       {"ORANODE\t/f\t/h\t/l\t\t2024-01-01", "columns"},
       {"NOBODY\t/f\t/h\t/l\t\t2024-01-01\t1", "NOBODY"},
-      {"ORANODE\tf\t/h\t/l\t\t2024-01-01\t1", "filespace"},
       {"ORANODE\t/f\t/h\t/" + std::string(256, 'l') + "\t\t2024-01-01\t1", "low-level"},
       {"ORANODE\t/f\t/h\t/l\t\t2023-02-29\t1", "2023-02-29"},
       {"ORANODE\t/f\t/h\t/l\t\t2024-01-01\t-1", "size"},
-      {"ORANODE\t/f\t/h\t/l\t\t2024-01-01\t1\tshiny", "shiny"},
   };
   for (const auto& row : rows) {
     dir_.write("objects", good + "# comment\n\n" + row.line + "\n" + good);
