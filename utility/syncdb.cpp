@@ -39,6 +39,11 @@ void utility::printFramed(const std::string& text) {
   nlprintf(131);
 }
 
+void utility::reportText(const std::string& text) {
+  vexoErrorMsg(text.c_str(), 0);
+  printFramed(text);
+}
+
 // ---- The flow -----------------------------------------------------------------------------------
 
 unsigned short vexoProcessCommand(orcObj_t* orc, vexoOptionsInfo_t& options,

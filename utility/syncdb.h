@@ -104,6 +104,9 @@ std::string reportCode(orcObj_t* orc, int16_t rc, Report where);
 // Prints a text of the program between blank lines.
 void printFramed(const std::string& text);
 
+// The same, and a line of the error log.
+void reportText(const std::string& text);
+
 }  // namespace utility
 
 #endif  // UTILITY_SYNCDB_H

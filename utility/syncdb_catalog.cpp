@@ -8,7 +8,6 @@
 #include <cstring>
 #include <new>
 
-#include "agent/errormsg.h"
 #include "common/nls/nls.h"
 #include "common/ut/psfile.h"
 #include "common/ut/strutil.h"
@@ -63,9 +62,7 @@ bool buildScript(const objCatInfo_s& catalog, const char* spoolPath, const nfDat
 }
 
 unsigned short refuseLongScript(const objCatInfo_s& catalog) {
-  const std::string text = nlsprintf(2640, catalog.catalogNumber);
-  vexoErrorMsg(text.c_str(), 0);
-  utility::printFramed(text);
+  utility::reportText(nlsprintf(2640, catalog.catalogNumber));
   TRACE(TR_ORCLEVEL0, " %s: Exit - script too long\n\n", kFunction);
   return kQueryFailed;
 }
@@ -78,16 +75,15 @@ void removeUnlessTraced(const char* path) {
 unsigned short writeScript(const char* path, const Script& script) {
   ut::FilePtr file = ut::openPrivateFile(path);
   const bool opened = file != nullptr;
+  // No buffer of the stream's own may keep the password.
+  if (opened) std::setvbuf(file.get(), nullptr, _IONBF, 0);
   // A script that did not reach the disk whole could ask for too few handles.
   if (opened && std::fputs(script.text, file.get()) >= 0 && ut::closeFile(std::move(file))) {
     TRACE(TR_ORCLEVEL2, " %s: Opened file '%s' for writing\n", kFunction, path);
     return 0;
   }
   if (opened) removeUnlessTraced(path);
-  nlprintf(131);
-  nlprintf(kScriptNotWritten, path);
-  nlprintf(131);
-  vexoErrorMsg(nlsprintf(kScriptNotWritten, path).c_str(), 0);
+  utility::reportText(nlsprintf(kScriptNotWritten, path));
   TRACE(TR_ORCLEVEL0, " %s: Exit cannot open temp file '%s' for writing\n\n", kFunction, path);
   return kScriptNotWritten;
 }
@@ -119,22 +115,6 @@ int runSqlplus(const char* scriptPath) {
   return status;
 }
 
-unsigned short reportQueryFailure() {
-  nlprintf(131);
-  nlprintf(kQueryFailed);
-  nlprintf(131);
-  vexoErrorMsg(nlsprintf(kQueryFailed).c_str(), 0);
-  return kQueryFailed;
-}
-
-unsigned short reportSpoolFailure(const char* spoolPath) {
-  nlprintf(131);
-  nlprintf(kScriptNotWritten, spoolPath);
-  nlprintf(131);
-  vexoErrorMsg(nlsprintf(kScriptNotWritten, spoolPath).c_str(), 0);
-  return kScriptNotWritten;
-}
-
 }  // namespace
 
 unsigned short utQueryCatalog(const objCatInfo_s* catalog, const char* scriptPath,
@@ -152,14 +132,16 @@ unsigned short utQueryCatalog(const objCatInfo_s* catalog, const char* scriptPat
   if (const unsigned short rc = writeScript(scriptPath, script); rc != 0) return rc;
   if (!reserveSpool(spoolPath)) {
     removeUnlessTraced(scriptPath);
-    return reportSpoolFailure(spoolPath);
+    utility::reportText(nlsprintf(kScriptNotWritten, spoolPath));
+    return kScriptNotWritten;
   }
   if (TEST_SYNCDBNORMAN) return 0;  // no sqlplus: the spool file is there and empty
   const int status = runSqlplus(scriptPath);
   removeUnlessTraced(scriptPath);  // at once, it holds the password
   if (status != 0) {
     removeUnlessTraced(spoolPath);
-    return reportQueryFailure();
+    utility::reportText(nlsprintf(kQueryFailed));
+    return kQueryFailed;
   }
   // A spool file that sqlplus never wrote is no answer: without it the reading fails, with it every
   // backup piece would look forgotten.

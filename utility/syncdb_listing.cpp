@@ -2,7 +2,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "agent/errormsg.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
 #include "common/ut/psfile.h"
@@ -126,9 +125,7 @@ class Listing {
     TRACE(TR_ORCLEVEL2, " %s: Adding '%s' to the list\n", kFunction, object.name);
     const unsigned short rc = list_->addTail(object, 0);
     if (rc == 0) return 0;
-    const std::string text = nlsprintf(2522);
-    vexoErrorMsg(text.c_str(), 0);
-    utility::printFramed(text);
+    utility::reportText(nlsprintf(2522));
     TRACE(TR_ORCLEVEL0, " %s: Exit - No Memory. rc =  %d\n\n", kFunction, rc);
     return rc;
   }

@@ -234,10 +234,7 @@ unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const 
 namespace {
 
 unsigned short reportSpool(const char* path) {
-  nlprintf(131);
-  nlprintf(kSpoolNotReadable, path);
-  nlprintf(131);
-  vexoErrorMsg(nlsprintf(kSpoolNotReadable, path).c_str(), 0);
+  utility::reportText(nlsprintf(kSpoolNotReadable, path));
   TRACE(TR_ORCLEVEL0, " %s: Exit - error opening file '%s' for reading\n\n", "utLoadBTree()", path);
   return kSpoolNotReadable;
 }

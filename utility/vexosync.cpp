@@ -72,6 +72,11 @@ struct Run {
   vexoOptionsInfo_t options = {};
   unsigned short parsed = 0;
   char* command = nullptr;  // as it was given
+
+  ~Run() {
+    ut::wipe(options.oldPassword, sizeof options.oldPassword);
+    ut::wipe(options.newPassword, sizeof options.newPassword);
+  }
 };
 
 // Makes the trace object. False after a plain-text error.
