@@ -129,16 +129,28 @@ short psvexoReadPswdFromFile(const char* path, char* password, unsigned int* key
   return 0;
 }
 
-short psvexoReadPswd(char* password, orcObj_t* orc, int renameAfterRead) {
-  TRACE(TR_ORCLEVEL1, " %s: Enter\n", "psvexoReadPswd()");
+namespace {
+
+// Where the node's password is and how it is enciphered. The key is wiped with the object.
+struct NodeFile {
   char dir[agent::kPasswordPathSize];
   char path[agent::kPasswordPathSize];
-  psvexoGetFileName(dir, path, orc);
   unsigned int key[2] = {0, 0};
-  psvexoSetKey(key, orc);
-  const short rc = psvexoReadPswdFromFile(path, password, key);
-  ut::wipe(key, sizeof key);
-  if (rc == 0 && renameAfterRead != 0) renameToSave(path);
+
+  explicit NodeFile(orcObj_t* orc) {
+    psvexoGetFileName(dir, path, orc);
+    psvexoSetKey(key, orc);
+  }
+  ~NodeFile() { ut::wipe(key, sizeof key); }
+};
+
+}  // namespace
+
+short psvexoReadPswd(char* password, orcObj_t* orc, int renameAfterRead) {
+  TRACE(TR_ORCLEVEL1, " %s: Enter\n", "psvexoReadPswd()");
+  NodeFile file(orc);
+  const short rc = psvexoReadPswdFromFile(file.path, password, file.key);
+  if (rc == 0 && renameAfterRead != 0) renameToSave(file.path);
   TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", "psvexoReadPswd()", rc);
   return rc;
 }
@@ -165,13 +177,8 @@ short psvexoWritePswdToFile(const char* dir, const char* path, const char* passw
 
 short psvexoUpdatePswd(const char* password, orcObj_t* orc) {
   TRACE(TR_ORCLEVEL1, " %s: Enter\n", "psvexoUpdatePswd()");
-  char dir[agent::kPasswordPathSize];
-  char path[agent::kPasswordPathSize];
-  psvexoGetFileName(dir, path, orc);
-  unsigned int key[2] = {0, 0};
-  psvexoSetKey(key, orc);
-  const short rc = psvexoWritePswdToFile(dir, path, password, key);
-  ut::wipe(key, sizeof key);
+  NodeFile file(orc);
+  const short rc = psvexoWritePswdToFile(file.dir, file.path, password, file.key);
   TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", "psvexoUpdatePswd()", rc);
   return rc;
 }

