@@ -13,6 +13,7 @@
 #include "agent/parser2.h"
 #include "agent/psutil2.h"
 #include "api/clientdirs.h"
+#include "common/nls/nls.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/psfile.h"
 #include "common/ut/strutil.h"
@@ -90,6 +91,11 @@ void vexoErrorMsg(const char* text, int plain) {
   } catch (const std::bad_alloc&) {
     psWriteError(path, "QRB2522S Not enough memory.\n");
   }
+}
+
+void agent::showAndLog(const std::string& text) {
+  nlprintf(2, text);
+  vexoErrorMsg(text.c_str(), 0);
 }
 
 void psNonNlsErrorMsg(const char* text) {

@@ -5,6 +5,8 @@
 #ifndef AGENT_ERRORMSG_H
 #define AGENT_ERRORMSG_H
 
+#include <string>
+
 // Appends `text` as one line, behind the date and time, and behind the process number unless
 // `plain` is not 0:
 //   11/21/2026 03:15:00 TID<4711> ==> text
@@ -13,6 +15,13 @@ void vexoErrorMsg(const char* text, int plain);
 // The same before the message system stands, to the log in the installation directory (else in the
 // current directory) and to standard error.
 void psNonNlsErrorMsg(const char* text);
+
+namespace agent {
+
+// Shows a text as a line on the terminal and appends it to the error log.
+void showAndLog(const std::string& text);
+
+}  // namespace agent
 
 // The path of the error log, at most 1280 bytes with the terminator: in the directory that the
 // options file names with VLTI_LOG, else in the agent's; in the current directory when that one

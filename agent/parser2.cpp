@@ -200,10 +200,10 @@ unsigned short vexoSetOptions(orcObj_t* orc) {
   int status = 0;
   std::FILE* opened = nullptr;
   rc = vexoOpenOptionFile(&opened, name, &status);
+  ut::FilePtr file(opened);
+  if (rc == 0) rc = vexoParseOptionFile(orc, file.get(), name);
   if (rc != 0) return rc;
-  rc = vexoParseOptionFile(orc, opened, name);
-  ut::FilePtr(opened).reset();
-  if (rc != 0) return rc;
+  file.reset();
   vexoCheckFS(orc);
   if (*orc->VLTI_ORC_CONFIG == '\0') {
     rc = psvexoGetVltiConfig(orc->VLTI_ORC_CONFIG, kOptionSize);

@@ -51,9 +51,7 @@ void renameToSave(const char* path) {
     return;
   }
   const char* reason = std::strerror(errno);
-  const std::string text = nlsprintf(2629, path, reason);
-  vexoErrorMsg(text.c_str(), 0);
-  nlprintf(2, text);
+  agent::showAndLog(nlsprintf(2629, path, reason));
 }
 
 // Makes sure that the directory is there. Returns 0, 2521 or 167.

@@ -198,11 +198,9 @@ class TemporaryOptions {
 int16_t setUpForOptions(orcObj_t* orc) {
   TemporaryOptions temporary;
   if (!temporary.make()) {
-    const std::string text = nlsprintf(kNoTempFile);
-    nlprintf(2, text);
-    vexoErrorMsg(text.c_str(), 0);
     TRACE(TR_ORCLEVEL0, " %s: Exiting - mkstemp() for '%s' failed,\n with errno = %d\n\n", kSetUp,
           temporary.path(), errno);
+    agent::showAndLog(nlsprintf(kNoTempFile));
     return kNoTempFile;
   }
   return setUpLibrary(orc, kSetUp, *orc->VLTI_ORC_CONFIG == '\0' ? temporary.path() : nullptr);
@@ -215,9 +213,8 @@ void ignoreNodeAndOwner(orcObj_t* orc) {
   if (!any) return;
   TRACE(TR_ORCLEVEL2, "%s: vexo_node and/or vexo_owner are set.\n", kSetUp);
   const std::string text = nlsprintf(2610);
-  nlprintf(2, text);
+  agent::showAndLog(text);
   ut::ignoreResult(ut::copyText(orc->lastErrorMsg, text), "a message is shorter");
-  vexoErrorMsg(text.c_str(), 0);
   *orc->VEXO_NODE = *orc->VEXO_OWNER = *orc->VEXO_PSWDPATH = '\0';
 }
 

@@ -26,11 +26,6 @@ int formatNumber(const char* text, unsigned largest) {
   return static_cast<unsigned long>(number) > largest ? 1 : static_cast<int>(number);
 }
 
-void showAndLog(const std::string& text) {
-  nlprintf(2, text);
-  vexoErrorMsg(text.c_str(), 0);
-}
-
 }  // namespace
 
 void psgetMsgFileName([[maybe_unused]] const char* language, char* out) {
@@ -85,9 +80,9 @@ void vexoInitTrace(orcObj_t* orc) {
   }
   const std::uint32_t rc = trcClass->trBegin(orc->VEXO_TRACE_FILE, 0);
   if (rc != 0) {
-    showAndLog(rc == ut::kTraceNotOpened
-                   ? nlsprintf(201, static_cast<const char*>(orc->VEXO_TRACE_FILE))
-                   : nlsprintf(3));
+    agent::showAndLog(rc == ut::kTraceNotOpened
+                          ? nlsprintf(201, static_cast<const char*>(orc->VEXO_TRACE_FILE))
+                          : nlsprintf(3));
     return;
   }
   if (*orc->VEXO_TRACE_FLAGS != '\0') trcClass->trEnable(orc->VEXO_TRACE_FLAGS, true);
@@ -133,8 +128,8 @@ unsigned short vexoCheck_API_Level() {
   if (api::versionWeight(library.version, library.release, library.level) >= api::kRequiredWeight) {
     return 0;
   }
-  showAndLog(nlsprintf(2572, library.version, library.release, library.level));
-  showAndLog(nlsprintf(2573, api::kVersion, api::kRelease, api::kLevel));
+  agent::showAndLog(nlsprintf(2572, library.version, library.release, library.level));
+  agent::showAndLog(nlsprintf(2573, api::kVersion, api::kRelease, api::kLevel));
   return 2507;
 }
 

@@ -148,14 +148,20 @@ int16_t DVltApi::dvltTerminate(DBaseApiStatus* status, uint32_t handle) {
                                                   : m_fnvltTerminateP(handle));
 }
 
-// ---- Set-up of the library for this process
-// -------------------------------------------------------
+// ---- Set-up of the library ----------------------------------------------------------------------
 
 namespace {
 
 void dropTrailingSlash(char* path) {
   const std::size_t length = std::strlen(path);
   if (length > 1 && path[length - 1] == '/') path[length - 1] = '\0';
+}
+
+// The object's own path when it has one, else what the environment gives. Returns 0 or 1702.
+unsigned short choosePath(const char* own, unsigned short (*fromEnvironment)(char*, std::size_t),
+                          char (&out)[api::kPathSize]) {
+  if (*own == '\0') return fromEnvironment(out, sizeof out);
+  return ut::copyText(out, own) ? 0 : api::kPathTooLong;
 }
 
 }  // namespace
@@ -168,20 +174,12 @@ unsigned short DVltApi::fillSetUp(VltEnvSetUp* record) {
     TRACE(TR_API, "leaving %s with psGetMARLAPIDir() rc=%ld\n", kMethod, static_cast<long>(rc));
     return rc;
   }
-  if (*logDir_ != '\0') {
-    rc = ut::copyText(record->vltiLog, logDir_) ? 0 : api::kPathTooLong;
-  } else {
-    rc = psGetMARLAPILog(record->vltiLog, sizeof record->vltiLog);
-  }
+  rc = choosePath(logDir_, psGetMARLAPILog, record->vltiLog);
   if (rc != 0) {
     TRACE(TR_API, "leaving %s with psGetMARLAPILog() rc=%ld\n", kMethod, static_cast<long>(rc));
     return rc;
   }
-  if (*optFile_ != '\0') {
-    rc = ut::copyText(record->vltiConfig, optFile_) ? 0 : api::kPathTooLong;
-  } else {
-    rc = psGetMARLAPIConfig(record->vltiConfig, sizeof record->vltiConfig);
-  }
+  rc = choosePath(optFile_, psGetMARLAPIConfig, record->vltiConfig);
   if (rc != 0) {
     TRACE(TR_API, "leaving %s with psGetMARLAPIConfig() rc=%ld\n", kMethod, static_cast<long>(rc));
     return rc;

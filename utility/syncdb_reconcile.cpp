@@ -52,11 +52,6 @@ bool scriptInput(const orcObj_t& orc) {
   return Abbrev(setting, "YES", 1);
 }
 
-void showAndLog(int message) {
-  nlprintf(message);
-  vexoErrorMsg(nlsprintf(message).c_str(), 0);
-}
-
 std::uint32_t numberOfCatalogs(const vexoOptionsInfo_t& options) {
   const std::int32_t wanted =
       options.noCatalog != 0 ? options.numOrcInstances : options.numCatalogs;
@@ -192,7 +187,7 @@ unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const 
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
   const bool fromScript = scriptInput(*orc);
   if (usedDefaultEnd != 0) {
-    showAndLog(fromScript ? 2613 : 2612);
+    agent::showAndLog(nlsprintf(fromScript ? 2613 : 2612));
     if (fromScript) return utility::kFailed;
     nlprintf(131);
   }

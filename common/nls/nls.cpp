@@ -29,7 +29,6 @@ struct Entry {
   enum class State { kGood, kMissing, kCorrupted };
   int number = -1;
   State state = State::kMissing;
-  char letter = 'Z';
   std::string identifier;  // empty for a text that is shown alone
   std::string text;
 };
@@ -92,7 +91,6 @@ class Catalog {
     char identifier[24];
     std::snprintf(identifier, sizeof identifier, "%.3s%04d", prefix_, number);
     entry.identifier = identifier;
-    entry.letter = 'E';
     if (raw == nullptr) return entry;
     entry.state = Entry::State::kCorrupted;
     const std::size_t length = std::strlen(raw);
@@ -101,9 +99,7 @@ class Catalog {
       return entry;
     }
     entry.state = Entry::State::kGood;
-    const char letter = raw[kIdentifierLength];
-    entry.letter = std::strchr("EISWZ", letter) != nullptr ? letter : 'I';
-    if (entry.letter == 'Z') {
+    if (raw[kIdentifierLength] == 'Z') {
       entry.identifier.clear();
     } else {
       entry.identifier.assign(raw, kIdentifierLength + 1);

@@ -45,7 +45,6 @@ class Trace : public testing::Test {
 
 TEST_F(Trace, LinesCarryThePrefixesThatAreOn) {
   for (const auto& [flags, line] : {std::pair("API -PID -TID", "hello #\n"),
-                                    {"API -PID", "[#] : hello #\n"},
                                     {"API", "[#] [#] : hello #\n"},
                                     {"API,timestamp\t-tid", "#/#/# #:#:#.# [#] : hello #\n"}}) {
     start(flags);

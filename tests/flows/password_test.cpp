@@ -128,7 +128,6 @@ TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
       {{kNew, "a", kNew, "b", kNew, "c"}, -1, "QRB0161E"},
       {{kNew, ""}, -1, "QRB0258E"},
       {{longest + "x"}, -1, "QRB0161E"},
-      {{""}, -1, "QRB0258E"},
       {{kNew, "a", kNew, "b", longest, longest}, 0, "QRB0260I"},
   };
   for (const auto& row : rows) {

@@ -20,7 +20,6 @@ TEST_F(ClientLibrary, LogsOnOrGivesTheCodeOfTheCauseAndNoHandle) {
     std::string options = "nodename oranode\n";
   } rows[] = {
       {{}, VLT_RC_OK},
-      {{"oraNode"}, VLT_RC_OK},
       {{nullptr}, VLT_RC_OK},  // the options file's node
       {{"ORANODE", "Secret"}, VLT_RC_WRONG_PASSWORD},
       {{"ORANODE", nullptr}, VLT_RC_WRONG_PASSWORD},

@@ -9,17 +9,15 @@
 
 #include "common/ut/trace.h"
 #include "tests/support/captured.h"
-#include "tests/support/tempdir.h"
 #include "tests/utility/messages.h"
 #include "utility/syncdb.h"
 
 namespace {
 
-class Catalog : public WithMessages {
+class Catalog : public WithErrorLog {
  protected:
   void SetUp() override {
-    WithMessages::SetUp();
-    options_.set(dir_.write("vexo.opt", "VLTI_LOG " + dir_.path() + "\n").c_str());
+    WithErrorLog::SetUp();
     path_.set((dir_.path("bin") + ":" + std::getenv("PATH")).c_str());
     std::snprintf(record_.userName, sizeof record_.userName, "rman");
     std::snprintf(record_.password, sizeof record_.password, "pa'ss \"&@;");
@@ -55,8 +53,6 @@ class Catalog : public WithMessages {
     return tree.SearchItem(const_cast<char*>(handle.c_str()), utFindFilename) != nullptr;
   }
 
-  support::TempDir dir_;
-  support::ScopedEnv options_{"VEXO_OPTFILE", nullptr};
   support::ScopedEnv path_{"PATH", std::getenv("PATH")};
   objCatInfo_s record_ = {};
   std::string script_, spool_, shown_;

@@ -8,7 +8,6 @@
 #include "common/ut/trace.h"
 #include "tests/support/captured.h"
 #include "tests/support/scripted_api.h"
-#include "tests/support/tempdir.h"
 #include "tests/utility/messages.h"
 #include "utility/syncdb.h"
 
@@ -60,11 +59,10 @@ std::vector<Step> started() {
               })};
 }
 
-class FileList : public WithMessages {
+class FileList : public WithErrorLog {
  protected:
   void SetUp() override {
-    WithMessages::SetUp();
-    options_.set(dir_.write("vexo.opt", "VLTI_LOG " + dir_.path() + "\n").c_str());
+    WithErrorLog::SetUp();
     orc_.vltHandle = 7;
     put(orc_.VEXO_FS, "/fs");
     put(orc_.VEXO_OWNER, "DBA");
@@ -88,8 +86,6 @@ class FileList : public WithMessages {
     return text;
   }
 
-  support::TempDir dir_;
-  support::ScopedEnv options_{"VEXO_OPTFILE", nullptr};
   orcObj_t orc_ = {};
   ObjectList list_;
   std::string shown_;

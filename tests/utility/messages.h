@@ -1,4 +1,4 @@
-// messages.h: a fixture with the real message catalog open.
+// messages.h: fixtures with the real message catalog open, and an error log of the test's own.
 #ifndef TESTS_UTILITY_MESSAGES_H
 #define TESTS_UTILITY_MESSAGES_H
 
@@ -6,6 +6,7 @@
 
 #include "common/nls/nls.h"
 #include "common/ut/installdirs.h"
+#include "tests/support/tempdir.h"
 
 class WithMessages : public testing::Test {
  protected:
@@ -17,6 +18,17 @@ class WithMessages : public testing::Test {
     nlsSetPrefix("QRB");
     ASSERT_EQ(0, nlinit("vexo.cat", 10, ut::kAgentDir, 10, dateFormat, 1, 1, nullptr, "vexo.cat"));
   }
+};
+
+class WithErrorLog : public WithMessages {
+ protected:
+  void SetUp() override {
+    WithMessages::SetUp();
+    options_.set(dir_.write("vexo.opt", "VLTI_LOG " + dir_.path() + "\n").c_str());
+  }
+
+  support::TempDir dir_;
+  support::ScopedEnv options_{"VEXO_OPTFILE", nullptr};
 };
 
 #endif  // TESTS_UTILITY_MESSAGES_H

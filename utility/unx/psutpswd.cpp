@@ -149,27 +149,23 @@ short psvexoPassWord(orcObj_t* orc, vexoOptionsInfo_t& options) {
 
 namespace {
 
-enum class Asked { kGiven, kEmpty, kFailed };
-
-// Asks one password. What was refused has been said, but for an empty answer.
-Asked askPassword(int prompt, char (&password)[kPasswordSize]) {
+// Asks one password. False when there is none to use, after a message.
+bool askPassword(int prompt, char (&password)[kPasswordSize]) {
   nlprintf(prompt);
   PasswordLine line;
   if (readPass(line.text, static_cast<int>(sizeof line.text) - 1) < 0) {
     nlprintf(3);
-    return Asked::kFailed;
+    return false;
   }
-  if (*line.text == '\0') return Asked::kEmpty;
+  if (*line.text == '\0') {
+    nlprintf(258);
+    return false;
+  }
   nlprintf(131);
-  if (ut::copyText(password, line.text)) return Asked::kGiven;
+  if (ut::copyText(password, line.text)) return true;
   ut::wipe(password, sizeof password);
   nlprintf(161);
-  return Asked::kFailed;
-}
-
-int nothingEntered() {
-  nlprintf(258);
-  return -1;
+  return false;
 }
 
 }  // namespace
@@ -180,17 +176,10 @@ int getPwInput(char* oldPw, char* newPw, char* confirmPw) {
     ut::ignoreResult(ut::copyText(to, kPasswordSize, from), "of the same size");
   };
   nlprintf(131);
-  Asked asked = askPassword(250, passwords.old);
-  if (asked == Asked::kEmpty) return nothingEntered();
-  if (asked == Asked::kFailed) return -1;
+  if (!askPassword(250, passwords.old)) return -1;
   copy(oldPw, passwords.old);
   for (int mismatches = 0;;) {
-    asked = askPassword(251, passwords.fresh);
-    if (asked == Asked::kEmpty) return nothingEntered();
-    if (asked == Asked::kFailed) return -1;
-    asked = askPassword(252, passwords.confirmed);
-    if (asked == Asked::kEmpty) return nothingEntered();
-    if (asked == Asked::kFailed) return -1;
+    if (!askPassword(251, passwords.fresh) || !askPassword(252, passwords.confirmed)) return -1;
     copy(newPw, passwords.fresh);
     copy(confirmPw, passwords.confirmed);
     if (std::strcmp(newPw, confirmPw) == 0) return 0;

@@ -27,8 +27,7 @@ void noteStopping(int) { stopping = 1; }
 class EchoOff {
  public:
   explicit EchoOff(int terminal) : terminal_(terminal) {
-    known_ = ::tcgetattr(terminal_, &saved_) == 0;
-    if (known_) off();
+    if (::tcgetattr(terminal_, &saved_) == 0) off();
   }
   ~EchoOff() { ut::ignoreResult(restore(), "the terminal is gone"); }
   EchoOff(const EchoOff&) = delete;
@@ -56,7 +55,6 @@ class EchoOff {
   }
 
   int terminal_;
-  bool known_ = false;
   bool active_ = false;
   struct termios saved_ = {};
 };
@@ -67,23 +65,20 @@ class SignalWatch {
  public:
   SignalWatch(int sig, void (*handler)(int), bool always = false) : signal_(sig) {
     if (::sigaction(sig, nullptr, &saved_) != 0) return;
-    wanted_ = always || saved_.sa_handler != SIG_IGN;
-    installed_ = wanted_ && install_sig_handler(sig, handler) == 0;
+    if (!always && saved_.sa_handler == SIG_IGN) return;
+    installed_ = install_sig_handler(sig, handler) == 0;
   }
-  ~SignalWatch() { restore(); }
+  ~SignalWatch() {
+    if (!installed_) return;
+    ut::ignoreResult(::sigaction(signal_, &saved_, nullptr), "the action was valid before");
+  }
   SignalWatch(const SignalWatch&) = delete;
   SignalWatch& operator=(const SignalWatch&) = delete;
 
   bool installed() const { return installed_; }
-  void restore() {
-    if (!installed_) return;
-    installed_ = false;
-    ut::ignoreResult(::sigaction(signal_, &saved_, nullptr), "the action was valid before");
-  }
 
  private:
   int signal_;
-  bool wanted_ = false;
   bool installed_ = false;
   struct sigaction saved_ = {};
 };
@@ -92,14 +87,12 @@ class SignalWatch {
 void stopHere(EchoOff& echo) {
   stopping = 0;
   ut::ignoreResult(echo.restore(), "it is set again below");
-  {
-    struct sigaction standard = {}, noted = {};
-    standard.sa_handler = SIG_DFL;
-    ::sigemptyset(&standard.sa_mask);
-    ::sigaction(SIGTSTP, &standard, &noted);
-    ::kill(::getpid(), SIGTSTP);
-    ::sigaction(SIGTSTP, &noted, nullptr);
-  }
+  struct sigaction standard = {}, noted = {};
+  standard.sa_handler = SIG_DFL;
+  ::sigemptyset(&standard.sa_mask);
+  ::sigaction(SIGTSTP, &standard, &noted);
+  ::kill(::getpid(), SIGTSTP);
+  ::sigaction(SIGTSTP, &noted, nullptr);
   echo.off();
 }
 
