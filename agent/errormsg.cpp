@@ -8,6 +8,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <string_view>
 
 #include "agent/orcctx.h"
 #include "agent/parser2.h"
@@ -15,6 +16,7 @@
 #include "api/clientdirs.h"
 #include "common/nls/nls.h"
 #include "common/ut/nfdate.h"
+#include "common/ut/printable.h"
 #include "common/ut/psfile.h"
 #include "common/ut/strutil.h"
 
@@ -81,11 +83,16 @@ void vexoErrorMsg(const char* text, int plain) {
   char path[api::kPathSize];
   ut::ignoreResult(getErrorLog(path), "always finds one");
   try {
-    std::string line(std::strlen(text) + sizeof time + 64, '\0');
+    // One line: a text from elsewhere must not begin a second one that looks like ours.
+    std::string_view wanted(text);
+    while (wanted.ends_with('\n')) wanted.remove_suffix(1);
+    const std::string message = ut::printable(wanted);
+    std::string line(message.size() + sizeof time + 64, '\0');
     if (plain != 0) {
-      std::snprintf(line.data(), line.size(), "%s %s\n", time, text);
+      std::snprintf(line.data(), line.size(), "%s %s\n", time, message.c_str());
     } else {
-      std::snprintf(line.data(), line.size(), "%s TID<%d> ==> %s\n", time, psvexoGetID(), text);
+      std::snprintf(line.data(), line.size(), "%s TID<%d> ==> %s\n", time, psvexoGetID(),
+                    message.c_str());
     }
     psWriteError(path, line.c_str());
   } catch (const std::bad_alloc&) {

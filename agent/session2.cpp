@@ -32,6 +32,7 @@ const char* reportFailure(orcObj_t* orc, int16_t rc) {
   char text[VLT_MAX_RC_TEXT + 1] = "";
   ut::ignoreResult(gVltApiObjP->dvltRCMsg(VltApiStatusObjP, orc->vltHandle, rc, text),
                    "then the text is empty");
+  ut::terminate(text);
   vexoErrorMsg(text, 0);
   return orc->lastErrorMsg;
 }
@@ -124,6 +125,10 @@ int16_t querySessionOptions(orcObj_t* orc) {
           orc->vltHandle, rc);
     return rc;
   }
+  ut::terminate(options.configFile);
+  ut::terminate(options.serverName);
+  ut::terminate(options.serverAddress);
+  ut::terminate(options.nodeName);
   TRACE(TR_ORCLEVEL2,
         " %s: Calling VLTQUERYSESSINFO().\n vltHandle      = %d\n VLTI_CONFIG    = %s\n"
         " Server Name    = %s\n Server Address = %s\n Node Name      = %s\n"
@@ -145,6 +150,10 @@ int16_t querySessionInfo(orcObj_t* orc) {
     return rc;
   }
   orc->maxObjPerTxn = info.maxObjPerTxn;
+  ut::terminate(info.serverHost);
+  ut::terminate(info.serverType);
+  ut::terminate(info.domainName);
+  ut::terminate(info.policySetName);
   TRACE(TR_ORCLEVEL2,
         " %s\n vltHandle         = %d\n Server Host       = %s\n Server Port       = %d\n"
         " Server Type       = %s\n Server Level      = %d.%d.%d.%d\n Delete Permission = %s\n"

@@ -10,6 +10,7 @@
 #include "agent/errormsg.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/printable.h"
 #include "common/ut/psenv.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
@@ -55,7 +56,8 @@ unsigned short callNlinit(orcObj_t* orc) {
                   repository, rc);
     vexoErrorMsg(text, 0);
     // The screen was cleared since the parser said the same: an administrator must see it here.
-    std::fprintf(stderr, "%sDirectory: %s, error log: %s\n", text, directory, log);
+    std::fprintf(stderr, "%sDirectory: %s, error log: %s\n", text, ut::printable(directory).c_str(),
+                 ut::printable(log).c_str());
     destroyNlsGlobalObject();
     return rc;
   }
@@ -152,4 +154,5 @@ void vexoGetApiMsg(unsigned handle, unsigned char withIdentifier, short rc, char
   VltRcMsgOut result = {1, out, kMessageSize};
   ut::ignoreResult(gVltApiObjP->dvltRCMsgEx(VltApiStatusObjP, &in, &result),
                    "without a text the message is empty");
+  out[kMessageSize - 1] = '\0';
 }

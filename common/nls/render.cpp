@@ -3,6 +3,8 @@
 
 #include <charconv>
 
+#include "common/ut/printable.h"
+
 namespace nls {
 namespace {
 
@@ -125,7 +127,7 @@ void putNumber(const Insert& insert, const Conversion& how, std::string& out) {
 
 void put(const Insert& insert, const Conversion& how, std::string& out) {
   if (insert.kind() == Insert::Kind::kText) {
-    pad("", insert.text().substr(0, how.precision), how, out);
+    pad("", ut::printable(insert.text().substr(0, how.precision)), how, out);
   } else if (insert.kind() == Insert::Kind::kCharacter) {
     const char character = static_cast<char>(insert.number());
     pad("", std::string_view(&character, 1), how, out);

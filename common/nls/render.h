@@ -8,6 +8,9 @@
 // any width, with the flags "-", "0" and "#", a field width, a precision for %s, and length letters
 // that are ignored; "%2$s" takes the second insert; "%%" is a percent sign. Inserts that the text
 // does not use are allowed: a translation may leave one out.
+//
+// Inserts are foreign text: what a terminal would obey is shown as "?" (see printable.h). The
+// message's own text is taken as it stands, with its line ends.
 #ifndef COMMON_NLS_RENDER_H
 #define COMMON_NLS_RENDER_H
 

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <exception>
+#include <new>
 #include <random>
 
 #include "common/ut/strutil.h"
@@ -44,10 +45,23 @@ bool isFree(const std::string& path) {
 }
 
 // A plain file of this user that has no second name elsewhere.
-bool isOurs(int descriptor) {
-  struct stat entry;
-  return ::fstat(descriptor, &entry) == 0 && S_ISREG(entry.st_mode) &&
-         entry.st_uid == ::geteuid() && entry.st_nlink == 1;
+bool isOurs(int descriptor, struct stat* entry) {
+  return ::fstat(descriptor, entry) == 0 && S_ISREG(entry->st_mode) &&
+         entry->st_uid == ::geteuid() && entry->st_nlink == 1;
+}
+
+// Opens an entry that passes isOurs; a link is not followed. O_NONBLOCK so that a planted pipe
+// cannot hold the program up. -1 with errno.
+int openOurs(const char* path, int flags, struct stat* entry) {
+  const int descriptor = ::open(path, flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
+  if (descriptor < 0) {
+    if (errno == ELOOP) errno = EEXIST;
+    return -1;
+  }
+  if (isOurs(descriptor, entry)) return descriptor;
+  ut::ignoreResult(::close(descriptor), "nothing was written");
+  errno = EEXIST;
+  return -1;
 }
 
 }  // namespace
@@ -77,19 +91,38 @@ std::string ut::tempName(std::string_view prefix) {
 }
 
 ut::FilePtr ut::openPrivateFile(const char* path) {
-  // Without O_TRUNC: what is there is emptied only after it turned out to be ours. O_NONBLOCK so
-  // that a planted pipe cannot hold the program up.
-  const int descriptor = ::open(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
+  // Without O_TRUNC: what is there is emptied only after it turned out to be ours.
+  struct stat entry;
+  const int descriptor = openOurs(path, O_RDWR | O_CREAT, &entry);
   if (descriptor < 0) return nullptr;
-  if (!isOurs(descriptor)) {
-    ignoreResult(::close(descriptor), "nothing was written");
-    errno = EEXIST;
-    return nullptr;
-  }
   std::FILE* file = nullptr;
   if (::fchmod(descriptor, 0600) == 0 && ::ftruncate(descriptor, 0) == 0) {
     file = ::fdopen(descriptor, "w+");
   }
   if (file == nullptr) ignoreResult(::close(descriptor), "nothing was written");
   return FilePtr(file);
+}
+
+ut::FilePtr ut::openOwnFile(const char* path, struct stat* entry) {
+  struct stat unused;
+  const int descriptor = openOurs(path, O_RDONLY, entry != nullptr ? entry : &unused);
+  if (descriptor < 0) return nullptr;
+  std::FILE* file = ::fdopen(descriptor, "r");
+  if (file == nullptr) ignoreResult(::close(descriptor), "it was only to be read");
+  return FilePtr(file);
+}
+
+bool ut::hasRoomBeside(const std::string& path) {
+  static constexpr char kBlock[8192] = {};
+  try {
+    const std::string probe = path + ".room";
+    FilePtr file = openPrivateFile(probe.c_str());
+    if (file == nullptr) return false;
+    const bool taken = std::fwrite(kBlock, sizeof kBlock, 1, file.get()) == 1;
+    const bool kept = closeFile(std::move(file)) && taken;
+    ignoreResult(std::remove(probe.c_str()), "an empty file harms nobody");
+    return kept;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
 }

@@ -6,6 +6,8 @@
 #ifndef COMMON_UT_PSFILE_H
 #define COMMON_UT_PSFILE_H
 
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -36,6 +38,15 @@ std::string tempName(std::string_view prefix);
 // 0600). A new file is created; an existing one is emptied only if it is a plain file of this
 // user under this one name. Null with errno otherwise (EEXIST when the entry is not acceptable).
 FilePtr openPrivateFile(const char* path);
+
+// Opens `path` for reading if it is a plain file of this user under this one name. Null with errno
+// otherwise (EEXIST when the entry is not acceptable, a link included). `entry`, if not null,
+// receives what the system says of the file.
+FilePtr openOwnFile(const char* path, struct stat* entry);
+
+// Whether the directory of `path` takes another block at this moment: disk and quota are not full.
+// Tried with a private file beside it, which is removed again.
+[[nodiscard]] bool hasRoomBeside(const std::string& path);
 
 }  // namespace ut
 

@@ -9,6 +9,12 @@
 
 #include "common/ut/strutil.h"
 
+namespace {
+
+constexpr char kSubstitute = '\x1a';
+
+}  // namespace
+
 void psGetScreenSize(int* rows, int* cols) {
   if (rows == nullptr || cols == nullptr) return;
   *rows = 23;
@@ -42,7 +48,7 @@ ut::ReadResult ut::readLine(std::FILE* input, char* buffer, std::size_t size) {
   }
   for (; c != EOF && c != '\n'; c = std::getc(input)) {
     if (length + 1 < size) {
-      buffer[length++] = static_cast<char>(c);
+      buffer[length++] = c == '\0' ? kSubstitute : static_cast<char>(c);
     } else {
       cut = true;
     }

@@ -23,7 +23,8 @@ enum class ReadResult {
 };
 
 // Reads one line into `buffer` without its line end and terminates it. At most size - 1 bytes are
-// kept, and the rest of a longer line is dropped, so that it cannot pass for the next answer.
+// kept, and the rest of a longer line is dropped, so that it cannot pass for the next answer. A NUL
+// byte becomes ASCII's SUB, so that it cannot hide what follows it.
 ReadResult readLine(std::FILE* input, char* buffer, std::size_t size);
 
 }  // namespace ut

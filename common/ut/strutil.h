@@ -34,6 +34,12 @@ bool appendText(char (&to)[N], std::string_view from) {
   return copyText(to + length, N - length, from);
 }
 
+// Terminates a text that somebody else filled: one that uses its whole array has no end of its own.
+template <std::size_t N>
+void terminate(char (&text)[N]) {
+  text[N - 1] = '\0';
+}
+
 // Upper-cases ASCII letters in place. Keywords are ASCII; other bytes stay as they are, whatever
 // the locale says.
 inline void upperCase(char* text) {

@@ -14,6 +14,7 @@
 #include <new>
 
 #include "common/ut/nfdate.h"
+#include "common/ut/printable.h"
 #include "common/ut/psmutex.h"
 #include "common/ut/strutil.h"
 
@@ -49,7 +50,7 @@ class TraceFile {
     ut::ignoreResult(ut::copyText(name_, name), "only printed");
     if (!openTarget(name) || !takeUp()) {
       close();
-      std::printf("Unable to open trace output file %s\n", name);
+      std::printf("Unable to open trace output file %s\n", ut::printable(name).c_str());
       return ut::kTraceNotOpened;
     }
     writeStart();
@@ -205,7 +206,8 @@ class TraceFile {
 
   void fail() {
     close();
-    std::printf("Unable to write to trace file %s. Tracing disabled.\n", name_);
+    std::printf("Unable to write to trace file %s. Tracing disabled.\n",
+                ut::printable(name_).c_str());
   }
 
   off_t largestSize() const { return static_cast<off_t>(megabytes_) * 1024 * 1024; }

@@ -71,7 +71,9 @@ TEST(InputLine, IsCutWithoutItsRestBecomingTheNextAnswer) {
                                        {"", kLine},
                                        {"too ", kCut},
                                        {"four", kLine},
-                                       {"b", kLine},
+                                       {"b\x1a"
+                                        "c",
+                                        kLine},
                                        {"last", kLine},
                                        {"", kEnd},
                                        {"", kEnd}}) {

@@ -1,0 +1,23 @@
+// printable.h: foreign text made safe for a terminal.
+//
+// Object names, owners, server texts, file names and command lines come from elsewhere and may hold
+// anything: a sequence that clears the screen, renames the window, types an answer, or makes one
+// name look like another. The data itself is never changed; what is shown is a copy made here.
+#ifndef COMMON_UT_PRINTABLE_H
+#define COMMON_UT_PRINTABLE_H
+
+#include <string>
+#include <string_view>
+
+namespace ut {
+
+// Appends `text` to `out` with one "?" in place of each control character (line ends and tabs
+// included), each invalid sequence of UTF-8, and each character that reorders or hides its
+// neighbours. Throws std::bad_alloc.
+void appendPrintable(std::string_view text, std::string& out);
+
+std::string printable(std::string_view text);
+
+}  // namespace ut
+
+#endif  // COMMON_UT_PRINTABLE_H

@@ -1,0 +1,41 @@
+// printable_test.cpp: what of a foreign text reaches a terminal.
+#include "common/ut/printable.h"
+
+#include <gtest/gtest.h>
+
+#include "common/nls/nls.h"
+
+namespace {
+
+TEST(Printable, ShowsWhatATerminalWouldObeyAsQuestionMarks) {
+  const std::pair<std::string_view, std::string_view> rows[] = {
+      {"/marlorc/PIECE_1 ~", "/marlorc/PIECE_1 ~"},
+      {"a\x1b[2J\rb\n\t\x7f", "a?[2J?b???"},
+      {std::string_view("a\0b", 3), "a?b"},
+      {"Gr\xc3\xbc\xc3\x9f"
+       "e \xe2\x82\xac \xf0\x9f\x98\x80",
+       "Gr\xc3\xbc\xc3\x9f"
+       "e \xe2\x82\xac \xf0\x9f\x98\x80"},
+      {"\xc2\x9b"
+       "2J",
+       "?2J"},  // a control sequence introducer of one character
+      {"a\xe2\x80\xae"
+       "b\xe2\x81\xa6"
+       "c\xe2\x80\x8b",
+       "a?b?c?"},                                                 // turned round, isolated, hidden
+      {"caf\xe9 \xff\x80x", "caf? ??x"},                          // not UTF-8
+      {"\xc0\xaf \xe0\x80\xaf \xf0\x80\x80\xaf", "?? ??? ????"},  // overlong
+      {"\xed\xa0\x80 \xf4\x90\x80\x80", "??? ????"},  // a surrogate, beyond the last character
+      {"\xe2\x82", "?"},                              // cut short
+      {"\xe2\x82"
+       "A\xf0\x9f\x98",
+       "?A?"},
+  };
+  for (const auto& [text, shown] : rows) {
+    EXPECT_EQ(ut::printable(text), shown);
+    EXPECT_EQ(ut::printable(shown), shown) << "once is enough";
+    EXPECT_EQ(nlsprintf(2, text), std::string(shown) + "\n") << "as an insert of a message";
+  }
+}
+
+}  // namespace
