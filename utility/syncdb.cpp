@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 #include "agent/errormsg.h"
 #include "agent/session2.h"
@@ -14,6 +15,7 @@
 
 namespace {
 
+constexpr unsigned short kNoMemory = 2522;
 constexpr std::size_t kDateTextSize = 16;
 constexpr int kDateAnswerSize = 31;
 
@@ -21,7 +23,20 @@ std::string apiText(orcObj_t* orc, int16_t rc) {
   char text[VLT_MAX_RC_TEXT + 1] = "";
   ut::ignoreResult(gVltApiObjP->dvltRCMsg(VltApiStatusObjP, orc->vltHandle, rc, text),
                    "then the text is empty, or says that the code is unknown");
+  ut::terminate(text);
   return text;
+}
+
+unsigned short runStage(orcObj_t* orc, vexoOptionsInfo_t& options,
+                        const vexoCommandsInfo_t& commands) {
+  nfDate start = {}, end = {};
+  int usedDefaultEnd = 0;
+  utGetDates(&start, &end, usedDefaultEnd);
+  if (commands.syncdb != 0) return utSyncZylToRman(orc, options, end, start, usedDefaultEnd);
+  if (commands.deleteObj != 0) return utDeleteFromZyl(orc, options, end, start);
+  if (commands.query != 0) return utQueryZyl(orc, options, end, start);
+  TRACE(TR_ORCLEVEL0, " %s: Unexpected command\n", "vexoProcessCommand()");
+  return utility::kFailed;
 }
 
 }  // namespace
@@ -44,14 +59,16 @@ void utility::reportText(const std::string& text) {
   printFramed(text);
 }
 
+void utility::removeUnlessTraced(const char* path) {
+  if (!TR_ORCLEVEL2) ut::ignoreResult(std::remove(path), "a file left in /tmp harms nobody");
+}
+
 // ---- The flow -----------------------------------------------------------------------------------
 
 unsigned short vexoProcessCommand(orcObj_t* orc, vexoOptionsInfo_t& options,
                                   vexoCommandsInfo_t commands) {
   static constexpr char kFunction[] = "vexoProcessCommand()";
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
-  nfDate start = {}, end = {};
-  int usedDefaultEnd = 0;
   unsigned short rc = vexoSession(orc);
   if (rc != 0) {
     nlprintf(2, apiText(orc, static_cast<int16_t>(rc)));
@@ -59,16 +76,11 @@ unsigned short vexoProcessCommand(orcObj_t* orc, vexoOptionsInfo_t& options,
     TRACE(TR_ORCLEVEL0, " %s: Exit vexoSession() failed rc = %d\n", kFunction, rc);
     return rc;
   }
-  utGetDates(&start, &end, usedDefaultEnd);
-  if (commands.syncdb != 0) {
-    rc = utSyncZylToRman(orc, options, end, start, usedDefaultEnd);
-  } else if (commands.deleteObj != 0) {
-    rc = utDeleteFromZyl(orc, options, end, start);
-  } else if (commands.query != 0) {
-    rc = utQueryZyl(orc, options, end, start);
-  } else {
-    TRACE(TR_ORCLEVEL0, " %s: Unexpected command\n", kFunction);
-    rc = utility::kFailed;
+  try {
+    rc = runStage(orc, options, commands);
+  } catch (const std::bad_alloc&) {
+    nlprintf(kNoMemory);
+    rc = kNoMemory;
   }
   TRACE(TR_ORCLEVEL2, " %s: Calling VLTTERMINATE(). vltHandle = %d\n", kFunction, orc->vltHandle);
   ut::ignoreResult(gVltApiObjP->dvltTerminate(VltApiStatusObjP, orc->vltHandle),

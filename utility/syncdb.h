@@ -6,6 +6,8 @@
 #ifndef UTILITY_SYNCDB_H
 #define UTILITY_SYNCDB_H
 
+#include <cstdint>
+#include <ctime>
 #include <string>
 
 #include "agent/orcctx.h"
@@ -14,6 +16,19 @@
 #include "utility/bplus.h"
 #include "utility/utparser.h"
 #include "utility/zylobj.h"
+
+namespace utility {
+
+// What one catalog's spool file held.
+struct CatalogListing {
+  std::uint64_t rows = 0;     // handles, each as often as it stands there
+  std::uint64_t handles = 0;  // that the tree did not know before
+};
+
+// The time of last change, in seconds, of a spool file that sqlplus has not written.
+inline constexpr std::time_t kNotWritten = 0;
+
+}  // namespace utility
 
 // ---- The flow (syncdb.cpp) ----------------------------------------------------------------------
 
@@ -55,8 +70,8 @@ ut::ReadResult ReadAnswer(char* buffer, int size);
 [[nodiscard]] unsigned short utQueryZyl(orcObj_t* orc, vexoOptionsInfo_t& options,
                                         const nfDate& end, const nfDate& start);
 
-// ---- Catalogs (syncdb_catalog.cpp, syncdb_reconcile.cpp)
-// -----------------------------------------
+// ---- Catalogs (syncdb_catalog.cpp, syncdb_spool.cpp, syncdb_reconcile.cpp)
+// -----------------------
 
 // Has sqlplus spool the handles of one catalog. Returns 0, 2575 when the script cannot be written,
 // or 2533 when it would be too long, or sqlplus fails.
@@ -65,8 +80,12 @@ ut::ReadResult ReadAnswer(char* buffer, int size);
                                             const nfDate& end);
 
 // Puts the handles of a spool file into the tree and removes the file. Returns 0, 2576 when it
-// cannot be read, or the tree's code.
-[[nodiscard]] unsigned short utLoadBTree(const char* spoolPath, dsBPlusTree** tree);
+// cannot be read, 2533 after a message when the listing is not sound (an error of Oracle in it, a
+// row count that does not fit, an end that is missing, a file that is not the query's), or the
+// tree's code. After anything but 0 the tree is of no use. `listing`, if not null, then tells what
+// was read.
+[[nodiscard]] unsigned short utLoadBTree(const char* spoolPath, dsBPlusTree** tree,
+                                         utility::CatalogListing* listing = nullptr);
 
 // SYNCDB: the objects of the range that no catalog knows go to the pick list. `usedDefaultEnd` is
 // what utGetDates said.
@@ -79,8 +98,7 @@ unsigned short utInsertFilename(void* from, void* to);
 compare_t utFindFilename(void* searched, void* stored);
 void utFreeTree(void* item);
 
-// ---- Deletion (syncdb_deletion.cpp)
-// --------------------------------------------------------------
+// ---- Deletion (syncdb_deletion.cpp) -------------------------------------------------------------
 
 // DELETE: all objects of the range go to the pick list.
 [[nodiscard]] unsigned short utDeleteFromZyl(orcObj_t* orc, vexoOptionsInfo_t& options,
@@ -106,6 +124,9 @@ void printFramed(const std::string& text);
 
 // The same, and a line of the error log.
 void reportText(const std::string& text);
+
+// Removes a temporary file, unless the trace flag ORCLEVEL2 wants it for diagnosis.
+void removeUnlessTraced(const char* path);
 
 }  // namespace utility
 

@@ -1,5 +1,6 @@
 // syncdb_catalog.cpp: one Oracle catalog is asked for its handles, by one SQL script through
 // sqlplus.
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -67,9 +68,10 @@ unsigned short refuseLongScript(const objCatInfo_s& catalog) {
   return kQueryFailed;
 }
 
-// Removes a temporary file unless it is wanted for diagnosis.
-void removeUnlessTraced(const char* path) {
-  if (!TR_ORCLEVEL2) ut::ignoreResult(std::remove(path), "it may not be there");
+unsigned short reportNotCreated(const char* path) {
+  utility::reportText(nlsprintf(kScriptNotWritten, path));
+  TRACE(TR_ORCLEVEL0, " %s: Exit cannot open temp file '%s' for writing\n\n", kFunction, path);
+  return kScriptNotWritten;
 }
 
 unsigned short writeScript(const char* path, const Script& script) {
@@ -82,24 +84,51 @@ unsigned short writeScript(const char* path, const Script& script) {
     TRACE(TR_ORCLEVEL2, " %s: Opened file '%s' for writing\n", kFunction, path);
     return 0;
   }
-  if (opened) removeUnlessTraced(path);
-  utility::reportText(nlsprintf(kScriptNotWritten, path));
-  TRACE(TR_ORCLEVEL0, " %s: Exit cannot open temp file '%s' for writing\n\n", kFunction, path);
-  return kScriptNotWritten;
+  if (opened) utility::removeUnlessTraced(path);
+  return reportNotCreated(path);
 }
 
-// Makes the spool file ours before sqlplus writes it, so that nobody can put a link there or read
-// it. Its time is set far back: whether sqlplus wrote it can then be seen.
-bool reserveSpool(const char* path) {
+bool markAsNotWritten(const char* path) {
+  const struct timespec times[2] = {{utility::kNotWritten, 0}, {utility::kNotWritten, 0}};
+  return ::utimensat(AT_FDCWD, path, times, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+// The spool file of one query, made ours before sqlplus writes it, so that nobody can put a link
+// there or read it. What is there afterwards is an answer only if it is younger than the query, by
+// the clock of the directory's own file system.
+class SpoolFile {
+ public:
+  explicit SpoolFile(const char* path) : path_(path) {}
+
+  bool reserve() {
+    ut::FilePtr file = ut::openPrivateFile(path_);
+    struct stat entry;
+    if (file == nullptr || ::fstat(::fileno(file.get()), &entry) != 0) return false;
+    reserved_ = entry.st_ctim;
+    return ut::closeFile(std::move(file)) && markAsNotWritten(path_);
+  }
+
+  // Marks a file that the query did not write: the reading then refuses it.
+  void judgeAge() const {
+    struct stat entry;
+    if (::lstat(path_, &entry) != 0) return;  // the reading says so
+    const struct timespec& changed = entry.st_mtim;
+    const bool younger = changed.tv_sec != reserved_.tv_sec ? changed.tv_sec > reserved_.tv_sec
+                                                            : changed.tv_nsec >= reserved_.tv_nsec;
+    if (younger) return;
+    TRACE(TR_ORCLEVEL0, " %s: '%s' is older than the query\n", kFunction, path_);
+    ut::ignoreResult(markAsNotWritten(path_), "what is not ours is refused for that");
+  }
+
+ private:
+  const char* path_;
+  struct timespec reserved_ = {};
+};
+
+// In place of a query, on a test flag: Oracle knows nothing.
+unsigned short makeEmptySpool(const char* path) {
   ut::FilePtr file = ut::openPrivateFile(path);
-  if (file == nullptr) return false;
-  const struct timespec longAgo[2] = {{0, 0}, {0, 0}};
-  return ::futimens(::fileno(file.get()), longAgo) == 0 && ut::closeFile(std::move(file));
-}
-
-bool wasWritten(const char* path) {
-  struct stat entry;
-  return ::lstat(path, &entry) == 0 && S_ISREG(entry.st_mode) && entry.st_mtim.tv_sec != 0;
+  return file != nullptr && ut::closeFile(std::move(file)) ? 0 : reportNotCreated(path);
 }
 
 // Runs sqlplus with the script. Returns what `system` returned, -1 when the command is too long.
@@ -130,22 +159,20 @@ unsigned short utQueryCatalog(const objCatInfo_s* catalog, const char* scriptPat
   TRACE(TR_ORCLEVEL2, " %s: Both fromDate and toDate specified, sqlCommand is:\n%s\n", kFunction,
         script.text);
   if (const unsigned short rc = writeScript(scriptPath, script); rc != 0) return rc;
-  if (!reserveSpool(spoolPath)) {
-    removeUnlessTraced(scriptPath);
-    utility::reportText(nlsprintf(kScriptNotWritten, spoolPath));
-    return kScriptNotWritten;
+  if (TEST_SYNCDBNORMAN) return makeEmptySpool(spoolPath);
+  SpoolFile spool(spoolPath);
+  if (!spool.reserve()) {
+    utility::removeUnlessTraced(scriptPath);
+    return reportNotCreated(spoolPath);
   }
-  if (TEST_SYNCDBNORMAN) return 0;  // no sqlplus: the spool file is there and empty
   const int status = runSqlplus(scriptPath);
-  removeUnlessTraced(scriptPath);  // at once, it holds the password
+  utility::removeUnlessTraced(scriptPath);  // at once, it holds the password
   if (status != 0) {
-    removeUnlessTraced(spoolPath);
+    utility::removeUnlessTraced(spoolPath);
     utility::reportText(nlsprintf(kQueryFailed));
     return kQueryFailed;
   }
-  // A spool file that sqlplus never wrote is no answer: without it the reading fails, with it every
-  // backup piece would look forgotten.
-  if (!wasWritten(spoolPath)) ut::ignoreResult(std::remove(spoolPath), "it is ours");
+  spool.judgeAge();
   TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
   return 0;
 }

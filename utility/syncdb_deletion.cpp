@@ -3,8 +3,13 @@
 // This is the one place that deletes. A record leaves the list as soon as its delete call has
 // succeeded, before its transaction commits: after an abort the list lacks records that are still
 // on the server, which is the harmless way round. The first failure ends the work.
+#include <cstdint>
+#include <new>
+#include <string>
+
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/nfdate.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 #include "utility/syncdb.h"
@@ -14,6 +19,33 @@ namespace {
 using utility::Report;
 
 constexpr char kFunction[] = "utDeleteFiles()";
+constexpr unsigned short kNoMemory = 2522;
+
+// What is picked, in sum.
+struct Picks {
+  std::uint64_t count = 0;
+  std::uint64_t bytes = 0;
+  nfDate oldest = {}, newest = {};
+};
+
+Picks picksOf(const ObjectList& list) {
+  Picks picks;
+  for (const utZylObj_s* object = list.getFirst(); object != nullptr;
+       object = list.getNext(object)) {
+    if (object->selected != 1) continue;
+    const nfDate date = api::toNfDate(object->insDate);
+    if (picks.count == 0 || dateCmp(date, picks.oldest) < 0) picks.oldest = date;
+    if (picks.count == 0 || dateCmp(date, picks.newest) > 0) picks.newest = date;
+    ++picks.count;
+    const std::uint64_t size = api::toNumber(object->sizeEstimate);
+    picks.bytes = size > UINT64_MAX - picks.bytes ? UINT64_MAX : picks.bytes + size;
+  }
+  return picks;
+}
+
+std::string dateText(const nfDate& date) {
+  return std::string(ut::formatDate(date).text) + " " + ut::formatTime(date).text;
+}
 
 class Deletion {
  public:
@@ -21,7 +53,7 @@ class Deletion {
 
   unsigned short run() {
     nlprintf(131);
-    nlprintf(2580);
+    describePicks();
     if (PromptYN() != 1) {
       TRACE(TR_ORCLEVEL1, " %s: Exit - didn't enter 'y' \n\n", kFunction);
       return 0;
@@ -45,7 +77,34 @@ class Deletion {
     return commitLast();
   }
 
+  // Memory ran out on the way: what is not committed is taken back.
+  unsigned short abandon() {
+    TRACE(TR_ORCLEVEL0, " %s: Exit - no memory\n\n", kFunction);
+    if (inProgress_) ut::ignoreResult(end(VLT_VOTE_ABORT), "without a commit nothing is deleted");
+    nlprintf(kNoMemory);
+    return kNoMemory;
+  }
+
  private:
+  // Says what is about to happen, right before the question.
+  void describePicks() const {
+    const Picks picks = picksOf(*list_);
+    const std::string none = nls::plainText(2528);
+    nlprintf(2580, ut::formatNumber(picks.count).text, ut::formatSize(picks.bytes).text,
+             picks.count == 0 ? none : dateText(picks.oldest),
+             picks.count == 0 ? none : dateText(picks.newest), knownText());
+    if (picks.count == 0) nlprintf(2647);
+    if (orc_->catalogsWithoutHandles > 0) {
+      nlprintf(2652, orc_->catalogsWithoutHandles, orc_->catalogsAsked);
+    }
+  }
+
+  // What Oracle said before this list was made.
+  std::string knownText() const {
+    if (orc_->catalogsAsked == 0) return nls::plainText(2653);
+    return nlsprintf(2646, ut::formatNumber(orc_->handlesKnown).text);
+  }
+
   struct EndResult {
     int16_t rc;
     bool failed;  // also with code 0, when there was a reason
@@ -63,7 +122,8 @@ class Deletion {
   int16_t begin(Report where) {
     TRACE(TR_ORCLEVEL2, " %s: Calling VLTBEGINTXN(). vltHandle = %d\n", kFunction, orc_->vltHandle);
     const int16_t rc = gVltApiObjP->dvltBeginTxn(VltApiStatusObjP, orc_->vltHandle);
-    if (rc == 0) return 0;
+    inProgress_ = rc == 0;
+    if (inProgress_) return 0;
     const std::string text = utility::reportCode(orc_, rc, where);
     TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
     TRACE(TR_ORCLEVEL0, " %s: Exit - VLTBEGINTXN(). failed rc = %d\n\n", kFunction, rc);
@@ -73,6 +133,7 @@ class Deletion {
   EndResult end(std::uint8_t vote) {
     TRACE(TR_ORCLEVEL2, " %s: Calling VLTENDTXN(). vltHandle = %d\n", kFunction, orc_->vltHandle);
     std::uint16_t reason = 0;
+    inProgress_ = false;
     int16_t rc = gVltApiObjP->dvltEndTxn(VltApiStatusObjP, orc_->vltHandle, vote, &reason);
     if (rc == VLT_RC_CHECK_REASON) {
       // Without a reason the code itself stands: an aborted deletion is no success.
@@ -132,14 +193,20 @@ class Deletion {
 
   ObjectList* list_;
   orcObj_t* orc_;
-  std::uint32_t inTransaction_ = 0;
+  std::uint32_t inTransaction_ = 0;  // deletes so far
+  bool inProgress_ = false;          // a transaction is open
 };
 
 }  // namespace
 
 unsigned short utDeleteFiles(CLinkedList<utZylObj_s>* list, orcObj_t* orc) {
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
-  return Deletion(list, orc).run();
+  Deletion deletion(list, orc);
+  try {
+    return deletion.run();
+  } catch (const std::bad_alloc&) {
+    return deletion.abandon();
+  }
 }
 
 unsigned short utDeleteFromZyl(orcObj_t* orc, vexoOptionsInfo_t&, const nfDate& end,

@@ -64,7 +64,11 @@ class Listing {
   int16_t querySession() {
     session_.structVersion = 1;
     const int16_t rc = gVltApiObjP->dvltQuerySessInfo(VltApiStatusObjP, orc_->vltHandle, &session_);
-    if (rc == 0) return 0;
+    if (rc == 0) {
+      ut::terminate(session_.nodeName);
+      ut::terminate(session_.owner);
+      return 0;
+    }
     const std::string text = utility::reportCode(orc_, rc, utility::Report::kLogOnly);
     TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
     TRACE(TR_ORCLEVEL0, " Exit %s: VLTQUERYSESSINFO() failed. vltHandle = %d, rc = %d\n\n",
@@ -111,10 +115,9 @@ class Listing {
   // Returns 0 or 102.
   unsigned short takeObject() {
     VltObjName& name = response().objName;
-    // A library that forgot a terminator must not make us read past a name.
-    name.fileSpace[VLT_MAX_FILESPACE] = '\0';
-    name.highLevel[VLT_MAX_HIGHLEVEL] = '\0';
-    name.lowLevel[VLT_MAX_LOWLEVEL] = '\0';
+    ut::terminate(name.fileSpace);
+    ut::terminate(name.highLevel);
+    ut::terminate(name.lowLevel);
     char* key = name.lowLevel + (*name.lowLevel == '/' ? 1 : 0);
     if (beforeStart(response().insDate)) return 0;
     TRACE(TR_ORCLEVEL2, " %s: Found '%s' on ZYL Server\n", kFunction, key);

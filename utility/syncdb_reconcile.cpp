@@ -1,9 +1,12 @@
 // syncdb_reconcile.cpp: the SYNCDB command: what the catalogs know, against what the server has.
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string>
+#include <string_view>
 
 #include "agent/errormsg.h"
 #include "api/vltapi.h"
@@ -19,10 +22,8 @@ namespace {
 
 constexpr char kFunction[] = "utSyncZylToRman()";
 constexpr int kEmptyAnswers = 3;
-constexpr int kSpoolLineSize = 513;
 constexpr unsigned short kNoMemory = 2522;
 constexpr unsigned short kNoTempName = 2531;
-constexpr unsigned short kSpoolNotReadable = 2576;
 
 // The prompts of one catalog, by what is asked.
 struct Prompts {
@@ -74,11 +75,8 @@ class CatalogDialogue {
     nlprintf(131);
     unsigned short rc = askNeeded(prompts_.userName, number, catalog.userName, false);
     if (rc == 0) rc = askNeeded(prompts_.password, number, catalog.password, !fromScript_);
+    if (rc == 0) rc = askConnString(number, catalog.connString);
     if (rc == 0) {
-      nlprintf(prompts_.connString, number);
-      ut::ignoreResult(ReadAnswer(catalog.connString, sizeof catalog.connString),
-                       "a long one makes the script too long, which is refused");
-      nlprintf(131);
       catalog.bNoCatalog = noCatalog_ ? 1 : 0;
       catalog.catalogNumber = number;
       rc = catalogs->addTail(catalog, 0) == 0 ? 0 : kNoMemory;
@@ -104,19 +102,53 @@ class CatalogDialogue {
                          "a long one makes the script too long, which is refused");
       }
       nlprintf(131);
-      if (*answer != '\0') return 0;
+      if (*answer != '\0' && isUsable(answer)) return 0;
       nlprintf(2623);
       nlprintf(131);
       nlprintf(131);
     }
-    ut::ignoreResult(gVltApiObjP->dvltTerminate(VltApiStatusObjP, orc_->vltHandle),
-                     "the command ends in any case");
-    orc_->vltHandle = 0;
     if (prompt == prompts_.userName) {
       TRACE(TR_ORCLEVEL0, " %s: Exit - no username entered 3 times\n", kFunction);
     } else {
       TRACE(TR_ORCLEVEL0, " %s: Exit - no password entered 3 times\n", kFunction);
     }
+    return giveUp();
+  }
+
+  // An empty connect string is an answer: it means the default database. One that cannot be used is
+  // therefore asked for again; taken for empty, it would ask the wrong database.
+  template <std::size_t N>
+  unsigned short askConnString(std::uint32_t number, char (&answer)[N]) {
+    for (int tries = 0; tries < kEmptyAnswers; ++tries) {
+      nlprintf(prompts_.connString, number);
+      ut::ignoreResult(ReadAnswer(answer, static_cast<int>(N)),
+                       "a long one makes the script too long, which is refused");
+      nlprintf(131);
+      if (isUsable(answer)) return 0;
+    }
+    TRACE(TR_ORCLEVEL0, " %s: Exit - no usable connect string entered 3 times\n", kFunction);
+    return giveUp();
+  }
+
+  // Every answer becomes part of a line of the script: a control character could end that line and
+  // begin a command of its own. Empties such an answer, after a message.
+  template <std::size_t N>
+  static bool isUsable(char (&answer)[N]) {
+    const std::string_view text(answer);
+    const bool usable = std::none_of(text.begin(), text.end(), [](char c) {
+      return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
+    });
+    if (usable) return true;
+    ut::wipe(answer, sizeof answer);
+    nlprintf(2648);
+    nlprintf(131);
+    return false;
+  }
+
+  unsigned short giveUp() {
+    ut::ignoreResult(gVltApiObjP->dvltTerminate(VltApiStatusObjP, orc_->vltHandle),
+                     "the command ends in any case");
+    orc_->vltHandle = 0;
     return utility::kFailed;
   }
 
@@ -132,14 +164,24 @@ struct TempNames {
   std::string script, spoolBase;
 };
 
+// The names become part of a shell command and of the SQL script: a blank, a quote or a "$" in
+// TMPDIR would make another command of it, so there is no name then.
+std::string tempNameFor(const char* prefix) {
+  std::string name = ut::tempName(prefix);
+  const bool plain = std::all_of(name.begin(), name.end(), [](char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 || std::strchr("/._-+", c) != nullptr;
+  });
+  return plain ? name : std::string();
+}
+
 unsigned short makeTempNames(TempNames* names) {
-  names->script = ut::tempName("SQLI");
+  names->script = tempNameFor("SQLI");
   if (names->script.empty()) {
     nlprintf(kNoTempName);
     nlprintf(131);
     TRACE(TR_ORCLEVEL0, " %s: tempnam() failed for SQLI\n", kFunction);
   }
-  names->spoolBase = ut::tempName("SQLO");
+  names->spoolBase = tempNameFor("SQLO");
   if (names->spoolBase.empty()) {
     nlprintf(kNoTempName);
     nlprintf(131);
@@ -153,9 +195,21 @@ unsigned short makeTempNames(TempNames* names) {
   return 0;
 }
 
+// Keeps what a catalog knew for the question before a deletion. One that knew nothing is allowed,
+// but whoever is asked should know.
+void noteListing(const objCatInfo_s& catalog, const utility::CatalogListing& listing,
+                 orcObj_t* orc) {
+  ++orc->catalogsAsked;
+  orc->handlesKnown += listing.handles;
+  if (listing.rows != 0) return;
+  ++orc->catalogsWithoutHandles;
+  utility::reportText(nlsprintf(2645, catalog.catalogNumber));
+}
+
 // Queries every catalog and puts all their handles into the one tree.
 unsigned short loadCatalogs(const CatalogList& catalogs, const TempNames& names,
-                            const nfDate& start, const nfDate& end, dsBPlusTree* tree) {
+                            const nfDate& start, const nfDate& end, dsBPlusTree* tree,
+                            orcObj_t* orc) {
   int number = 0;
   for (objCatInfo_s* catalog = catalogs.getFirst(); catalog != nullptr;
        catalog = catalogs.getNext(catalog)) {
@@ -171,11 +225,13 @@ unsigned short loadCatalogs(const CatalogList& catalogs, const TempNames& names,
       TRACE(TR_ORCLEVEL0, " %s: Exit - utQueryCatalog() failed. rc = %d\n\n", kFunction, rc);
       return utility::kFailed;  // the query's own code is not passed on; callers know -1
     }
-    rc = utLoadBTree(spoolPath, &tree);
+    utility::CatalogListing listing;
+    rc = utLoadBTree(spoolPath, &tree, &listing);
     if (rc != 0) {
       TRACE(TR_ORCLEVEL0, " %s: Exit - utLoadBTree() failed\n\n", kFunction);
       return rc;
     }
+    noteListing(*catalog, listing, orc);
   }
   return 0;
 }
@@ -212,7 +268,7 @@ unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const 
   unsigned short rc = makeTempNames(&names);
   if (rc != 0) return rc;
   nlprintf(2581);
-  rc = loadCatalogs(catalogs.list, names, start, end, tree.get());
+  rc = loadCatalogs(catalogs.list, names, start, end, tree.get(), orc);
   catalogs.forgetPasswords();  // the pick list may stay open for hours
   if (rc != 0) return rc;
   ObjectList orphans;
@@ -222,86 +278,4 @@ unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const 
   rc = utProcessPickList(orc, &orphans);
   TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", kFunction, rc);
   return rc;
-}
-
-// ---- Spool file and tree ------------------------------------------------------------------------
-
-namespace {
-
-unsigned short reportSpool(const char* path) {
-  utility::reportText(nlsprintf(kSpoolNotReadable, path));
-  TRACE(TR_ORCLEVEL0, " %s: Exit - error opening file '%s' for reading\n\n", "utLoadBTree()", path);
-  return kSpoolNotReadable;
-}
-
-void removeSpool(const char* path) {
-  if (!TR_ORCLEVEL2) ut::ignoreResult(std::remove(path), "a file left in /tmp harms nobody");
-}
-
-// Puts the first token of a line into the tree. Returns 0 or the tree's code.
-short insertLine(char* line, dsBPlusTree* tree) {
-  static constexpr char kSeparators[] = " ,\n\t";
-  char* token = line + std::strspn(line, kSeparators);
-  token[std::strcspn(token, kSeparators)] = '\0';
-  // sqlplus confirms the date-format statement with "Session altered."
-  if (*token == '\0' || std::strcmp(token, "Session") == 0) return 0;
-  const short rc = tree->IsertItem(token, static_cast<int>(std::strlen(token)) + 1,
-                                   utInsertFilename, utFindFilename);
-  if (rc != DUP_VAL) return rc;
-  TRACE(TR_ORCLEVEL2, " %s: - duplicate value in bTree\n", "utLoadBTree()");
-  return 0;
-}
-
-}  // namespace
-
-unsigned short utLoadBTree(const char* spoolPath, dsBPlusTree** tree) {
-  TRACE(TR_ORCLEVEL1, " %s: ENTER\n", "utLoadBTree()");
-  ut::FilePtr file(std::fopen(spoolPath, "r"));
-  if (file == nullptr) return reportSpool(spoolPath);
-  char line[kSpoolLineSize];
-  while (std::fgets(line, sizeof line, file.get()) != nullptr) {
-    const short rc = insertLine(line, *tree);
-    if (rc == 0) continue;
-    TRACE(TR_ORCLEVEL0, " %s: Exit - unknown error in bTree. rc = %d\n\n", "utLoadBTree()", rc);
-    file.reset();
-    removeSpool(spoolPath);
-    return static_cast<unsigned short>(rc);
-  }
-  // A file that cannot be read to its end would make the rest of its handles look forgotten.
-  const bool readWhole = std::ferror(file.get()) == 0;
-  file.reset();
-  const unsigned short rc = readWhole ? 0 : reportSpool(spoolPath);
-  removeSpool(spoolPath);
-  if (rc == 0) TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", "utLoadBTree()");
-  return rc;
-}
-
-unsigned short utInsertFilename(void* from, void* to) {
-  TRACE(TR_ALL, " %s: Enter\n", "utInsertFilename()");
-  const char* name = static_cast<const char*>(from);
-  std::memcpy(to, name, std::strlen(name) + 1);
-  TRACE(TR_ALL, " %s: Exit\n\n", "utInsertFilename()");
-  return 0;
-}
-
-compare_t utFindFilename(void* searched, void* stored) {
-  TRACE(TR_ALL, " %s: Enter\n", "utFindFilename()");
-  const int order =
-      std::strcmp(static_cast<const char*>(searched), static_cast<const char*>(stored));
-  if (order == 0) {
-    TRACE(TR_ALL, " %s: Exit - bEqualTo\n\n", "utFindFilename()");
-    return bEqualTo;
-  }
-  if (order > 0) {
-    TRACE(TR_ALL, " %s: Exit - bGreaterThan\n\n", "utFindFilename()");
-    return bGreaterThan;
-  }
-  TRACE(TR_ALL, " %s: Exit - bLessThan\n\n", "utFindFilename()");
-  return bLessThan;
-}
-
-void utFreeTree(void* item) {
-  TRACE(TR_ALL, " %s: Enter\n", "utFreeTree()");
-  BTreeFree(__FILE__, __LINE__, &item);
-  TRACE(TR_ALL, " %s: Exit\n\n", "utFreeTree()");
 }

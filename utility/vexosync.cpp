@@ -130,6 +130,13 @@ int setUpApi(orcObj_t* orc) {
   return rc;
 }
 
+// What was shown must have arrived: a listing in a file on a full disk is no success.
+int checkOutput(int rc) {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return rc;
+  psNonNlsErrorMsg(nlsprintf(2654).c_str());
+  return rc != 0 ? rc : utility::kFailed;
+}
+
 int dispatch(Run* run) {
   const vexoCommandsInfo_t& commands = run->commands;
   if (commands.syncdb != 0 || commands.deleteObj != 0 || commands.query != 0) {
@@ -180,10 +187,18 @@ int main(int argc, char** argv) {
     return -1;
   }
 
-  int rc = prepare(&run);
-  if (rc == 0) rc = setUpApi(&run.orc);
-  const bool ready = rc == 0;
-  if (ready) rc = dispatch(&run);
+  bool ready = false;
+  int rc = 0;
+  try {
+    rc = prepare(&run);
+    if (rc == 0) rc = setUpApi(&run.orc);
+    ready = rc == 0;
+    if (ready) rc = dispatch(&run);
+  } catch (const std::bad_alloc&) {
+    nlprintf(kNoMemory);
+    rc = kNoMemory;
+  }
+  rc = checkOutput(rc);
   closeSess(&run.orc);
   if (ready && rc == 0) TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kMain);
   if (ready && rc != 0) {

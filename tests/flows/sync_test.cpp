@@ -63,8 +63,11 @@ TEST_F(Sync, TakesEveryObjectForAnOrphanWhenTheCatalogIsEmpty) {
   run({"syncdb"});
   dates();
   logon("prod");
+  ASSERT_TRUE(terminal_->expect("QRB2645W Catalog 1 knows no backup piece"));
+  EXPECT_NE(std::string::npos, errorLog().find("QRB2645W"));
   answer("Command ==>", "+");
   answer("x      2| ", "o");
+  ASSERT_TRUE(terminal_->expect("QRB2652W"));
   answer("Do you want to continue?", "no");
   answer("       2| ", "q");  // all picks are forgotten
   ends(kLeft);
@@ -115,6 +118,51 @@ TEST_F(Sync, EndsWithoutAListWhenOracleRefusesThePassword) {
   EXPECT_FALSE(showed("Command ==>"));
   EXPECT_FALSE(showed("wrong"));
   EXPECT_EQ("/a", stored());
+}
+
+// sqlplus ends with status 0 after an error; without a word of it every object would be an orphan.
+TEST_F(Sync, EndsWithoutAListWhenTheQueryFailsWithinSqlplus) {
+  object("/a");
+  catalog("prod", {"a"}, "target");  // has no view of a recovery catalog
+  run({"syncdb"});
+  dates();
+  logon("prod");
+  ends(2533);
+  EXPECT_TRUE(showed("QRB2642E") && showed(": ORA-00942: table or view does not exist"));
+  EXPECT_NE(std::string::npos, errorLog().find("QRB2642E"));
+  EXPECT_FALSE(showed("Command ==>"));
+  EXPECT_EQ("/a", stored());
+}
+
+TEST_F(Sync, KnowsHandlesThatSqlplusBreaksAtItsLineSize) {
+  const std::string deep(200, 'd'), exact(80, 'e');
+  for (const std::string& name : {deep, exact}) object("/" + name);
+  object("/orphan");
+  catalog("prod", {deep, "s1", "s2", "s3", "s4", "s5", exact});
+  run({"syncdb"});
+  dates();
+  logon("prod");
+  answer("Command ==>", "q");
+  ends(kLeft);
+  EXPECT_TRUE(showed("oracle/orphan"));
+  EXPECT_FALSE(showed("oracle/ddd") || showed("oracle/eee"));
+}
+
+// A control character would end a line of the script and begin a command of its own.
+TEST_F(Sync, AsksAgainForAnAnswerWithAControlCharacter) {
+  object("/a");
+  catalog("prod", {"a"});
+  option("VEXO_ENABLESCRIPTINPUT y");
+  dir_.write("answers", std::string("\n+0\nr\x01man\nrman\nrm\0an\nrman\n\tprod\nprod\nq\n", 41));
+  terminal_ = std::make_unique<sandbox::Terminal>(
+      std::vector<std::string>{"/bin/sh", "-c", "vexosync syncdb <answers"}, settings_);
+  ends(65535);  // no orphan: the catalog was asked
+  EXPECT_TRUE(showed("QRB2648E") && showed("QRB2599I"));
+  dir_.write("answers", "\n+0\nrman\nrman\n\tprod\n\tprod\n\tprod\nprod\nq\n");
+  terminal_ = std::make_unique<sandbox::Terminal>(
+      std::vector<std::string>{"/bin/sh", "-c", "vexosync syncdb <answers"}, settings_);
+  ends(65535);
+  EXPECT_FALSE(showed("QRB2581I")) << "no catalog was asked";
 }
 
 TEST_F(Sync, EndsAfterThreeEmptyAnswers) {

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "common/ut/trace.h"
 #include "tests/support/captured.h"
@@ -45,7 +46,7 @@ class Catalog : public WithErrorLog {
   unsigned short load(dsBPlusTree& tree) {
     dsBPlusTree* pointer = &tree;
     support::Captured output;
-    const unsigned short rc = utLoadBTree(spool_.c_str(), &pointer);
+    const unsigned short rc = utLoadBTree(spool_.c_str(), &pointer, &listing_);
     shown_ = output.take();
     return rc;
   }
@@ -56,6 +57,7 @@ class Catalog : public WithErrorLog {
   support::ScopedEnv path_{"PATH", std::getenv("PATH")};
   objCatInfo_s record_ = {};
   std::string script_, spool_, shown_;
+  utility::CatalogListing listing_;
 };
 
 TEST_F(Catalog, HandsSqlplusThisScriptAndRemovesIt) {
@@ -105,16 +107,33 @@ TEST_F(Catalog, FailsWhenSqlplusDoesAndLeavesNothingBehind) {
   EXPECT_EQ(2533, query());
 }
 
-// sqlplus can end well without having written a line.
-TEST_F(Catalog, TakesASpoolFileThatWasNotWrittenForNoAnswer) {
-  sqlplus("exit 0");
-  EXPECT_EQ(0, query());
-  dsBPlusTree tree;
-  EXPECT_EQ(2576, load(tree));
-  EXPECT_NE(std::string::npos, shown_.find("QRB2576E"));
-  sqlplus(": >" + spool_);  // written, and empty: an answer
-  EXPECT_EQ(0, query());
-  EXPECT_EQ(0, load(tree));
+// sqlplus can end well without having written a line, and something else can have come there.
+TEST_F(Catalog, TakesAFileThatTheQueryDidNotWriteForNoAnswer) {
+  const std::string other = dir_.write("other", "keep me\n");
+  const std::string remove = "rm " + spool_ + "; ";
+  const struct {
+    std::string sqlplus;
+    unsigned short rc;
+    const char* message;
+  } rows[] = {{"exit 0", 2533, "QRB2644E"},
+              {"echo piece >" + spool_ + "; touch -d 2020-01-01 " + spool_, 2533, "QRB2644E"},
+              {remove + "ln -s " + other + " " + spool_, 2533, "QRB2644E"},
+              {remove + "ln " + other + " " + spool_, 2533, "QRB2644E"},
+              {remove + "mkfifo " + spool_, 2533, "QRB2644E"},
+              {remove + "mkdir " + spool_, 2533, "QRB2644E"},
+              {remove + "echo piece >" + spool_, 0, ""},
+              {remove, 2576, "QRB2576E"},
+              {": >" + spool_, 0, ""}};  // written, and empty: an answer
+  for (const auto& row : rows) {
+    sqlplus(row.sqlplus);
+    EXPECT_EQ(0, query()) << row.sqlplus;
+    dsBPlusTree tree;
+    EXPECT_EQ(row.rc, load(tree)) << row.sqlplus;
+    EXPECT_NE(std::string::npos, shown_.find(row.message)) << row.sqlplus << shown_;
+    EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find(row.message));
+    EXPECT_EQ("keep me\n", dir_.read("other"));
+    std::filesystem::remove(spool_);
+  }
 }
 
 TEST_F(Catalog, RefusesWhatSomebodyElsePutInThePlaceOfItsFiles) {
@@ -141,25 +160,100 @@ TEST_F(Catalog, MakesAnEmptySpoolFileWithoutSqlplusOnATestFlag) {
   EXPECT_FALSE(std::filesystem::exists(spool_));
 }
 
-TEST_F(Catalog, ReadsTheFirstWordOfEachLine) {
-  dir_.write("SQLOx_3.out",
-             "\nSession altered.\n\n  first piece\nsecond,x\n\tthird\nfirst\nSessions\n" +
-                 std::string(600, 'l') + "\nlast");
+TEST_F(Catalog, VoidsAListingThatIsNotSound) {
+  const std::string many = "a\nb\nc\nd\ne\nf\n", full(80, 'f');
+  const struct {
+    std::string spool;
+    const char* message;
+  } rows[] = {
+      {"ORA-00942: table or view does not exist\n", "QRB2642E"},
+      {many + "  ORA-01555: snapshot \x1btoo old\n\n6 rows selected.\n",
+       ": ORA-01555: snapshot ?too"},
+      {"SP2-0606:\n", "QRB2642E"},
+      {"TNS-12154: x\n", "QRB2642E"},
+      {"PLS-1:x\n", "QRB2642E"},
+      {many + "\n7 rows selected.\n", "\"7 rows selected.\", but 6 handles"},
+      {many + "\n5 rows selected.\n", "QRB2643E"},
+      {many + "\n18446744073709551622 rows selected.\n", "QRB2643E"},
+      {"a\n\nno rows selected\n", "QRB2643E"},
+      {"\n1 row selected.\n", "QRB2643E"},
+      {full + "\nrest\n\n2 rows selected.\n", "but 1 handles"},
+      {many + "cut", "QRB2649E"},
+      {many + std::string(512, 'l'), "QRB2649E"},
+      {many + std::string("b\0c\n", 4), "QRB2649E"},
+      {std::string("\0\n", 2), "QRB2649E"},
+  };
+  for (const auto& row : rows) {
+    dir_.write("SQLOx_3.out", row.spool);
+    dsBPlusTree tree;
+    EXPECT_EQ(2533, load(tree)) << row.spool;
+    EXPECT_NE(std::string::npos, shown_.find(row.message)) << row.spool << shown_;
+    EXPECT_FALSE(std::filesystem::exists(spool_));
+  }
+  EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find("QRB2643E"));
+}
+
+// Handles that the listing holds, and those that it may hold, are known; how many are counted.
+TEST_F(Catalog, KnowsEveryHandleThatALineCanMean) {
+  const auto padded = [](std::string line) {
+    return line + std::string(80 - line.size(), ' ') + "\n";
+  };
+  const std::string a(80, 'a'), b(80, 'b'), c = "c";
+  std::string accents;
+  for (int i = 0; i < 80; ++i) accents += "\xc3\xa9";
+  const struct {
+    std::string spool;
+    std::uint64_t rows, handles;
+    std::vector<std::string> known, unknown;
+  } rows[] = {
+      {"\nSession altered.\n\n  first piece\nsecond,x\n\tthird\nfirst\nSessions\n",
+       3,
+       2,
+       {"first", "second", "second,x", "third", "Sessions", "first piece"},
+       {"Session", "altered.", "piece", "x", ""}},
+      {padded("p1") + padded("p2") + padded("p1") + "\n3 rows selected.\n", 3, 2, {"p1", "p2"}, {}},
+      {padded("with blank") + "\n1 row selected.\n", 1, 1, {"with", "with blank"}, {"blank"}},
+      {"\nno rows selected\n\n", 0, 0, {}, {}},
+      {"ERROR:\nORA-28002: the password will expire within 7 days\nORA-28011: "
+       "soon\n\nORA-x:\nORA-12\n"
+       "xORA-1:\n\n3 rows selected.\n",
+       3,
+       3,
+       {"ORA-x:", "ORA-12", "xORA-1:"},
+       {}},
+      {a + "\n" + padded(c) + padded("d") + "\n2 rows selected.\n",
+       2,
+       2,
+       {a, c, a + c, "d"},
+       {c + "d", a + c + "d"}},
+      {a + "\n" + b + "\n" + padded(c) + "\n1 row selected.\n",
+       1,
+       1,
+       {a, b, a + b, b + c, a + b + c},
+       {}},
+      {padded("d") + a + "\n\n" + "2 rows selected.\n", 2, 2, {a, "d"}, {}},
+      {a + "\n" + padded("Session") + "\n1 row selected.\n", 1, 1, {a + "Session"}, {"Session"}},
+      {accents + "\n" + padded(c) + "\n1 row selected.\n", 1, 1, {accents + c}, {}},
+      {std::string(600, 'l') + "\n", 2, 2, {std::string(512, 'l'), std::string(88, 'l')}, {}},
+  };
+  for (const auto& row : rows) {
+    dir_.write("SQLOx_3.out", row.spool);
+    dsBPlusTree tree;
+    EXPECT_EQ(0, load(tree)) << row.spool << shown_;
+    EXPECT_EQ(row.rows, listing_.rows) << row.spool;
+    EXPECT_EQ(row.handles, listing_.handles) << row.spool;
+    for (const auto& handle : row.known) EXPECT_TRUE(holds(tree, handle)) << handle;
+    for (const auto& handle : row.unknown) EXPECT_FALSE(holds(tree, handle)) << handle;
+    EXPECT_EQ("", shown_);
+  }
+  dir_.write("SQLOx_3.out", "1\n2\n3\n4\n5\n6\n");
   dsBPlusTree tree;
-  ASSERT_EQ(0, load(tree));
-  for (const std::string& handle :
-       {std::string("first"), std::string("second"), std::string("third"), std::string("Sessions"),
-        std::string("last"), std::string(512, 'l'), std::string(88, 'l')}) {
-    EXPECT_TRUE(holds(tree, handle)) << handle;
-  }
-  for (const char* other : {"Session", "altered.", "piece", "x", ""}) {
-    EXPECT_FALSE(holds(tree, other)) << other;
-  }
-  EXPECT_FALSE(std::filesystem::exists(spool_));
+  EXPECT_EQ(0, load(tree));
+  EXPECT_EQ(0u, shown_.find("QRB2651W")) << "six rows would have been counted";
 }
 
 TEST_F(Catalog, FailsOnASpoolFileThatCannotBeRead) {
-  ASSERT_EQ(0, ::mkdir(spool_.c_str(), 0700));  // opens for reading, but does not read
+  spool_ = "/proc/self/mem";  // opens, and does not read
   dsBPlusTree tree;
   EXPECT_EQ(2576, load(tree));
 }

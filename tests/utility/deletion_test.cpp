@@ -54,6 +54,8 @@ class Deletion : public WithErrorLog {
     for (unsigned id = 1; id <= count; ++id) {
       utZylObj_s object = {};
       object.objId = {0, id};
+      object.sizeEstimate = {0, id * 1024};
+      object.insDate = {2026, 3, static_cast<uint8_t>(id), 8, 5, 9};
       object.selected = picked.find(std::to_string(id)) != picked.npos ? 1 : 0;
       ASSERT_EQ(0, list.addTail(object, 0));
     }
@@ -106,6 +108,41 @@ TEST_F(Deletion, DeletesNothingWithoutAYes) {
     fill(list, 3, "123");
     EXPECT_EQ(0, run(list, answer)) << answer;
     EXPECT_EQ("123", left(list));
+  }
+}
+
+TEST_F(Deletion, SaysWhatIsAboutToHappen) {
+  const std::string noCatalog = "  Oracle:         not asked, DELETE does not compare with it\n";
+  const struct {
+    const char* picked;
+    std::uint32_t asked, without;
+    std::uint64_t known;
+    std::string shown;
+  } rows[] = {
+      {"234", 0, 0, 0,
+       "  Picked objects: 3 (9.00 KB)\n  Oldest:         03/02/2026 08:05:09\n"
+       "  Newest:         03/04/2026 08:05:09\n" +
+           noCatalog},
+      {"", 0, 0, 0,
+       "  Picked objects: 0 (0 B)\n  Oldest:         None\n  Newest:         None\n" + noCatalog +
+           "\nQRB2647W"},
+      {"1", 2, 0, 1234567,
+       "  Oracle:         knows 1,234,567 backup pieces of these dates, and none"},
+      {"1", 3, 2, 5,
+       "\nQRB2652W Of the catalogs that were asked (3), some know no backup piece of "
+       "these dates: 2."},
+  };
+  for (const auto& row : rows) {
+    support::ScriptedApi api;
+    ObjectList list;
+    fill(list, 5, row.picked);
+    orc_.catalogsAsked = row.asked;
+    orc_.catalogsWithoutHandles = row.without;
+    orc_.handlesKnown = row.known;
+    std::string shown;
+    EXPECT_EQ(0, run(list, "n\n", &shown));
+    EXPECT_EQ(0u, shown.find("\nQRB2580W ")) << shown;
+    EXPECT_NE(std::string::npos, shown.find(row.shown)) << shown;
   }
 }
 

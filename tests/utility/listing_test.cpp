@@ -92,10 +92,10 @@ class FileList : public WithErrorLog {
 };
 
 TEST_F(FileList, TakesAnObjectOverWithAllThatTheServerSaysOfIt) {
-  EXPECT_EQ(0, list({found("/piece"), answer(VLT_RC_FINISHED), ended()}));
+  EXPECT_EQ(0, list({found("/piece\x1b[2J"), answer(VLT_RC_FINISHED), ended()}));
   const utZylObj_s* object = list_.getFirst();
   ASSERT_NE(nullptr, object);
-  EXPECT_STREQ("/fs/oracle/piece", object->name);
+  EXPECT_STREQ("/fs/oracle/piece\x1b[2J", object->name);
   EXPECT_STREQ("ORANODE", object->node);
   EXPECT_STREQ("DBA", object->owner);
   EXPECT_EQ((1ull << 32) + 2, api::toNumber(object->objId));
@@ -109,7 +109,7 @@ TEST_F(FileList, TakesAnObjectOverWithAllThatTheServerSaysOfIt) {
   utPrintBackupItem(list_.getFirst());
   const std::string text = output.take();
   for (const char* part :
-       {"/fs/oracle/piece", "AES_128BIT", "03/07/2026 08:05:09", "4,294,967,301"}) {
+       {"/fs/oracle/piece?[2J\n", "AES_128BIT", "03/07/2026 08:05:09", "4,294,967,301"}) {
     EXPECT_NE(std::string::npos, text.find(part)) << text;
   }
 }

@@ -123,17 +123,19 @@ TEST_F(PickList, DrawsThreeEntriesOnTwentyFourLines) {
   ObjectList list;
   fill(list, 3);
   list.getFirst()->selected = 1;
+  list.getFirst()->node[0] = '\r';
+  std::strcat(list.elementAt(3)->name, "\x1b[2J\n\xe2\x82\xac\xe2\x82");
   int pageSize = 0;
   const std::vector<std::string> lines = page(list, 1, 22, 79, 0, &pageSize);
   std::vector<std::string> expected = {
       "Backup objects on the storage server",
-      "Node:  ORANODE",
+      "Node:  ?RANODE",
       "",
       "          Date       Time              Size  Object name",
       "        " + std::string(71, '-'),
       "x      1| 03/07/2026 08:05:09       1.00 KB  /marlorc/oracle/PIECE_1",
       "       2| 03/07/2026 08:05:09       2.00 KB  /marlorc/oracle/PIECE_2",
-      "       3| 03/07/2026 08:05:09       3.00 KB  /marlorc/oracle/PIECE_3",
+      "       3| 03/07/2026 08:05:09       3.00 KB  /marlorc/oracle/PIECE_3?[2J?\xe2\x82\xac?",
   };
   for (int i = 0; i < 10; ++i) expected.push_back("        | ");
   expected.push_back(

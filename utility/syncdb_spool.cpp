@@ -1,0 +1,301 @@
+// syncdb_spool.cpp: what sqlplus spooled for one catalog becomes handles in the tree.
+//
+// A row that is lost makes a good backup look forgotten; a row too many only hides an orphan. So
+// doubts end the command, and where a line can be read in several ways all readings go into the
+// tree.
+//
+//   spool file, as sqlplus writes it          read as
+//   <blank line>
+//   Session altered.                          skipped by its first word
+//   <blank line>
+//   SALES_df_731_1_1          <to column 80>  a row
+//   <80 columns without an end>               a row that goes on in the next line
+//   <its rest>                <to column 80>
+//   <blank line>
+//   3 rows selected.                          checked against the rows (from 6 rows on, by default)
+//   ORA-01555: snapshot too old               the whole listing is void
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "agent/errormsg.h"
+#include "common/nls/nls.h"
+#include "common/ut/psfile.h"
+#include "common/ut/strutil.h"
+#include "common/ut/trace.h"
+#include "utility/syncdb.h"
+
+namespace {
+
+constexpr char kFunction[] = "utLoadBTree()";
+constexpr unsigned short kNotReadable = 2576;
+constexpr unsigned short kNotSound = 2533;
+constexpr std::size_t kPieceSize = 513;
+constexpr std::size_t kLineWidth = 80;  // as the script sets it
+constexpr std::size_t kLongestHandle = 512;
+constexpr std::uint64_t kCountedFrom = 6;  // rows from which on sqlplus counts them by default
+constexpr std::string_view kSeparators = " ,\n\t";
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+// The first word of a text, which is taken off with the separators around it.
+std::string_view takeWord(std::string_view* text) {
+  text->remove_prefix(std::min(text->find_first_not_of(kSeparators), text->size()));
+  const std::string_view word = text->substr(0, text->find_first_of(kSeparators));
+  text->remove_prefix(word.size());
+  return word;
+}
+
+// "ORA-00942:" and the like: what Oracle and its tools say when something went wrong. Two of them
+// come with a logon that succeeded.
+bool isError(std::string_view word) {
+  static constexpr std::string_view kSources[] = {"ORA-", "SP2-", "TNS-", "PLS-"};
+  static constexpr std::string_view kWarnings[] = {"ORA-28002:", "ORA-28011:"};
+  for (const std::string_view warning : kWarnings) {
+    if (word.starts_with(warning)) return false;
+  }
+  for (const std::string_view source : kSources) {
+    if (!word.starts_with(source)) continue;
+    std::size_t end = source.size();
+    while (end < word.size() && isDigit(word[end])) ++end;
+    return end > source.size() && end < word.size() && word[end] == ':';
+  }
+  return false;
+}
+
+// The number in "12 rows selected." or "no rows selected", if the line is that. A number that
+// cannot be read is one that no listing has.
+std::optional<std::uint64_t> rowCount(std::string_view line) {
+  const std::string_view number = takeWord(&line), rows = takeWord(&line), verb = takeWord(&line);
+  if (rows != "rows" && rows != "row") return std::nullopt;
+  if (verb != "selected." && verb != "selected") return std::nullopt;
+  if (number == "no") return 0;
+  std::uint64_t count = 0;
+  const char* end = number.data() + number.size();
+  const auto [stop, error] = std::from_chars(number.data(), end, count);
+  return stop == end && error == std::errc() ? count : UINT64_MAX;
+}
+
+// How wide a line is on the screen, if it is UTF-8.
+std::size_t columns(std::string_view line) {
+  std::size_t count = 0;
+  for (const char c : line) count += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+  return count;
+}
+bool fillsLine(std::string_view line) {
+  return line.size() == kLineWidth || columns(line) == kLineWidth;
+}
+
+// Reads one spool file into the tree and judges whether it is whole.
+class Spool {
+ public:
+  Spool(std::FILE* file, const char* path, dsBPlusTree* tree)
+      : file_(file), path_(path), tree_(tree) {}
+
+  // Returns 0, 2533 after a message, 2576, or the tree's code.
+  unsigned short load() {
+    char piece[kPieceSize];
+    bool inLine = false;
+    while (std::fgets(piece, sizeof piece, file_) != nullptr) {
+      const std::size_t length = std::strlen(piece);
+      inLine = length == 0 || piece[length - 1] != '\n';
+      // A piece without a line end fills the buffer. A shorter one holds a NUL byte, or the file
+      // ends in the middle of a line.
+      if (inLine && length + 1 < sizeof piece) return unsound(nlsprintf(2649, path_));
+      const unsigned short rc = takeLine({piece, inLine ? length : length - 1});
+      if (rc != 0) return rc;
+    }
+    if (std::ferror(file_) != 0) return kNotReadable;
+    return inLine ? unsound(nlsprintf(2649, path_)) : judge();
+  }
+
+  const utility::CatalogListing& listing() const { return listing_; }
+
+ private:
+  static unsigned short unsound(const std::string& text) {
+    utility::reportText(text);
+    TRACE(TR_ORCLEVEL0, " %s: Exit - the listing is not sound: '%s'\n\n", kFunction, text.c_str());
+    return kNotSound;
+  }
+
+  unsigned short takeLine(std::string_view line) {
+    endsWithRow_ = false;
+    std::string_view rest = line;
+    const std::string_view word = takeWord(&rest);
+    // sqlplus confirms the date-format statement with "Session altered."
+    const bool confirmation = word == "Session" && begun_.empty();
+    if (word.empty() || confirmation) {
+      begun_.clear();
+      return 0;
+    }
+    const std::string_view body = line.substr(0, line.find_last_not_of(kSeparators) + 1);
+    const std::string_view text = body.substr(body.find(word));
+    if (isError(word)) return unsound(nlsprintf(2642, path_, text));
+    if (rowCount(text)) {
+      counted_ = text;
+      begun_.clear();
+    } else if (!begun_.empty()) {
+      endsWithRow_ = true;
+    } else if (text != "ERROR:") {
+      endsWithRow_ = text == word || fillsLine(line);
+      if (endsWithRow_) ++listing_.rows;
+    }
+    const short rc = insertReadings(body, text, word);
+    if (rc == 0) {
+      keepForNext(line);
+    } else {
+      TRACE(TR_ORCLEVEL0, " %s: Exit - unknown error in bTree. rc = %d\n\n", kFunction, rc);
+    }
+    return static_cast<unsigned short>(rc);
+  }
+
+  // Puts everything into the tree that the line can mean: its first word; all of it, where it has
+  // several; and each handle that may have begun before and ends here. Returns 0 or the tree's
+  // code.
+  short insertReadings(std::string_view body, std::string_view text, std::string_view word) {
+    bool added = false;
+    short rc = word == "Session" ? kTreeStored : insert(word, &added);
+    if (rc == 0 && text != word) rc = insert(text, &added);
+    for (auto begun = begun_.rbegin(); rc == 0 && begun != begun_.rend(); ++begun) {
+      rc = insert(std::string(*begun) += body, &added);
+    }
+    if (!endsWithRow_) return rc;
+    // The last one was the longest: that is what this row, so far, is taken for.
+    if (!begun_.empty() && lastAdded_) --listing_.handles;
+    lastAdded_ = added;
+    if (lastAdded_) ++listing_.handles;
+    return rc;
+  }
+
+  // `*added`: it was not there yet.
+  short insert(std::string_view item, bool* added) {
+    item_ = item;
+    const short rc = tree_->IsertItem(item_.data(), static_cast<int>(item_.size()) + 1,
+                                      utInsertFilename, utFindFilename);
+    *added = rc == kTreeStored;
+    if (rc != DUP_VAL) return rc;
+    TRACE(TR_ORCLEVEL2, " %s: - duplicate value in bTree\n", kFunction);
+    return kTreeStored;
+  }
+
+  // A line that is full to its last column goes on in the next one, unless its handle happens to
+  // end there: which of the full lines before it a handle began in cannot be told.
+  void keepForNext(std::string_view line) {
+    if (!fillsLine(line) || kSeparators.find(line.back()) != kSeparators.npos) {
+      begun_.clear();
+      return;
+    }
+    for (std::string& begun : begun_) begun += line;
+    std::erase_if(begun_, [](const std::string& begun) { return begun.size() > kLongestHandle; });
+    begun_.emplace_back(line);
+  }
+
+  unsigned short judge() {
+    if (!counted_.empty() && rowCount(counted_) != listing_.rows) {
+      return unsound(nlsprintf(2643, path_, counted_, listing_.rows));
+    }
+    // With its feedback switched off sqlplus counts nothing: the listing may be whole, or have lost
+    // its end between two lines.
+    if (counted_.empty() && endsWithRow_ && listing_.rows >= kCountedFrom) {
+      agent::showAndLog(nlsprintf(2651, path_));
+    }
+    return 0;
+  }
+
+  std::FILE* file_;
+  const char* path_;
+  dsBPlusTree* tree_;
+  utility::CatalogListing listing_;
+  std::string counted_;             // sqlplus's own count, as it stands there
+  std::vector<std::string> begun_;  // what may go on in the next line, the longest first
+  std::string item_;
+  bool endsWithRow_ = false;
+  bool lastAdded_ = false;
+};
+
+unsigned short reportNotReadable(const char* path) {
+  utility::reportText(nlsprintf(kNotReadable, path));
+  TRACE(TR_ORCLEVEL0, " %s: Exit - error opening file '%s' for reading\n\n", kFunction, path);
+  return kNotReadable;
+}
+
+unsigned short reportUnsound(int message, const char* path) {
+  utility::reportText(nlsprintf(message, path));
+  TRACE(TR_ORCLEVEL0, " %s: Exit - file '%s' is no answer of this query\n\n", kFunction, path);
+  return kNotSound;
+}
+
+unsigned short load(std::FILE* file, const char* path, dsBPlusTree* tree,
+                    utility::CatalogListing* listing) {
+  Spool spool(file, path, tree);
+  const unsigned short rc = spool.load();
+  if (rc == kNotReadable) return reportNotReadable(path);
+  if (rc != 0) return rc;
+  // On a full disk sqlplus loses rows and still ends well.
+  if (!ut::hasRoomBeside(path)) return reportUnsound(2650, path);
+  if (listing != nullptr) *listing = spool.listing();
+  return 0;
+}
+
+}  // namespace
+
+unsigned short utLoadBTree(const char* spoolPath, dsBPlusTree** tree,
+                           utility::CatalogListing* listing) {
+  TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
+  struct stat entry;
+  ut::FilePtr file = ut::openOwnFile(spoolPath, &entry);
+  if (file == nullptr) {
+    // What is not ours is left where it is.
+    return errno == EEXIST ? reportUnsound(2644, spoolPath) : reportNotReadable(spoolPath);
+  }
+  unsigned short rc = kTreeNoMemory;
+  try {
+    const bool written = entry.st_mtim.tv_sec != utility::kNotWritten;
+    rc = written ? load(file.get(), spoolPath, *tree, listing) : reportUnsound(2644, spoolPath);
+  } catch (const std::bad_alloc&) {
+    TRACE(TR_ORCLEVEL0, " %s: Exit - no memory. rc = %d\n\n", kFunction, rc);
+  }
+  file.reset();
+  utility::removeUnlessTraced(spoolPath);
+  if (rc == 0) TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
+  return rc;
+}
+
+unsigned short utInsertFilename(void* from, void* to) {
+  TRACE(TR_ALL, " %s: Enter\n", "utInsertFilename()");
+  const char* name = static_cast<const char*>(from);
+  std::memcpy(to, name, std::strlen(name) + 1);
+  TRACE(TR_ALL, " %s: Exit\n\n", "utInsertFilename()");
+  return 0;
+}
+
+compare_t utFindFilename(void* searched, void* stored) {
+  TRACE(TR_ALL, " %s: Enter\n", "utFindFilename()");
+  const int order =
+      std::strcmp(static_cast<const char*>(searched), static_cast<const char*>(stored));
+  if (order == 0) {
+    TRACE(TR_ALL, " %s: Exit - bEqualTo\n\n", "utFindFilename()");
+    return bEqualTo;
+  }
+  if (order > 0) {
+    TRACE(TR_ALL, " %s: Exit - bGreaterThan\n\n", "utFindFilename()");
+    return bGreaterThan;
+  }
+  TRACE(TR_ALL, " %s: Exit - bLessThan\n\n", "utFindFilename()");
+  return bLessThan;
+}
+
+void utFreeTree(void* item) {
+  TRACE(TR_ALL, " %s: Enter\n", "utFreeTree()");
+  BTreeFree(__FILE__, __LINE__, &item);
+  TRACE(TR_ALL, " %s: Exit\n\n", "utFreeTree()");
+}
