@@ -1,0 +1,102 @@
+// limits_test.cpp: files that cannot be written or opened any more. A limit on the size of files
+// stands in for a full disk, one on descriptors for a system that has none left.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <functional>
+
+#include "agent/errormsg.h"
+#include "agent/password.h"
+#include "common/ut/trace.h"
+#include "tests/support/captured.h"
+#include "tests/support/scripted_api.h"
+#include "tests/utility/messages.h"
+#include "utility/syncdb.h"
+
+namespace {
+
+// Lowers a limit of the process for a scope.
+class Limited {
+ public:
+  Limited(__rlimit_resource what, rlim_t most) : what_(what) {
+    ::getrlimit(what_, &before_);
+    const struct rlimit lower = {most, before_.rlim_max};
+    ::setrlimit(what_, &lower);
+  }
+  ~Limited() { ::setrlimit(what_, &before_); }
+
+ private:
+  __rlimit_resource what_;
+  struct rlimit before_;
+};
+
+class Limits : public WithErrorLog {
+ protected:
+  void SetUp() override {
+    WithErrorLog::SetUp();
+    std::signal(SIGXFSZ, SIG_IGN);
+    dir_.write("bin/sqlplus", "#!/bin/sh\necho piece >" + spool + "\n");
+    std::filesystem::permissions(dir_.path("bin/sqlplus"), std::filesystem::perms::owner_all);
+    path.set((dir_.path("bin") + ":" + std::getenv("PATH")).c_str());
+  }
+
+  unsigned short query() {
+    objCatInfo_s catalog = {};
+    const nfDate day = ut::makeDate(2026, 3, 7);
+    return utQueryCatalog(&catalog, script.c_str(), spool.c_str(), day, day);
+  }
+  unsigned short load() {
+    dsBPlusTree tree;
+    dsBPlusTree* pointer = &tree;
+    return utLoadBTree(spool.c_str(), &pointer);
+  }
+
+  const std::string script = dir_.path("SQLI.sql"), spool = dir_.path("SQLO_1.out");
+  support::ScopedEnv path{"PATH", std::getenv("PATH")};
+};
+
+TEST_F(Limits, EndWithTheNamedCodeAndCostNothingThatWasThere) {
+  const std::string passwords = dir_.path(), password = dir_.write("VEXO.N", "the old one");
+  const std::string trace = dir_.path("trace");
+  unsigned key[2] = {};
+  VEXCTrace tracing;
+  const struct {
+    const char* what;
+    std::function<int()> act;
+    int onFullDisk, withoutDescriptors;
+    const char* message;
+  } rows[] = {
+      {"script", [&] { return query(); }, 2575, 2575, "QRB2575E"},
+      {"spool", [&] { return load(); }, 2533, 2576, "Nothing was deleted."},
+      {"password",
+       [&] { return psvexoWritePswdToFile(passwords.c_str(), password.c_str(), "x", key); }, -1,
+       2521, ""},
+      {"trace", [&] { return static_cast<int>(tracing.trBegin(trace.c_str(), 0)); }, 406, 406,
+       "Unable to open trace output file"},
+      {"error log", [&] { return vexoErrorMsg("lost", 0), 0; }, 0, 0, ""},
+  };
+  const std::string log = dir_.write("vexoerror.log", "before\n");
+  for (const bool fullDisk : {true, false}) {
+    for (const auto& row : rows) {
+      dir_.write("SQLO_1.out", "piece\n");
+      const bool enciphers = fullDisk && row.onFullDisk == -1;
+      support::ScriptedApi api(
+          std::vector<support::Step>(enciphers ? 1 : 0, support::Step("vltEncryptEx")));
+      support::Captured output;
+      int rc = 0;
+      {
+        const Limited limited(fullDisk ? RLIMIT_FSIZE : RLIMIT_NOFILE, 0);
+        rc = row.act();
+      }
+      EXPECT_EQ(fullDisk ? row.onFullDisk : row.withoutDescriptors, rc) << row.what;
+      EXPECT_NE(std::string::npos, output.take().find(row.message)) << row.what;
+    }
+  }
+  EXPECT_EQ("the old one", dir_.read("VEXO.N"));
+  EXPECT_EQ("before\n", dir_.read("vexoerror.log"));
+  EXPECT_FALSE(std::filesystem::exists(script));
+  EXPECT_EQ(0, query() + load()) << "all is well again";
+}
+
+}  // namespace

@@ -1,0 +1,155 @@
+// memory_test.cpp: a whole SYNCDB in which the n-th allocation fails, for every n: it ends with a
+// code that is known, leaves no transaction open, and deletes nothing but what was picked.
+//
+// malloc and system are replaced at link time (--wrap), the allocation operators here. The storage
+// library is a table in this file, which allocates nothing.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <set>
+
+#include "api/vltapi.h"
+#include "common/ut/trace.h"
+#include "tests/support/captured.h"
+#include "tests/utility/messages.h"
+#include "utility/syncdb.h"
+
+namespace {
+
+long countdown = -1;  // allocations until one fails; below 0: none does
+bool onlyOne = true;  // or all that come after it as well
+bool struck = false;
+
+bool fails() {
+  if (countdown < 0) return false;
+  if (countdown > 0) return --countdown == 0 && (struck = true);
+  return !onlyOne;
+}
+
+}  // namespace
+
+extern "C" {
+void* __real_malloc(std::size_t size);
+void* __wrap_malloc(std::size_t size) { return fails() ? nullptr : __real_malloc(size); }
+int __wrap_system(const char*) { return 0; }  // clears no screen
+}
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return fails() ? nullptr : __real_malloc(size);
+}
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  if (void* block = fails() ? nullptr : __real_malloc(size)) return block;
+  throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block, const std::nothrow_t&) noexcept {
+  std::free(block);
+}
+
+namespace {
+
+constexpr int kObjects = 30;
+
+struct Server {
+  bool there[kObjects], going[kObjects];
+  int next;
+  bool inTransaction, loggedOn;
+} server;
+
+class PlainLibrary : public DVltApi {
+ public:
+  PlainLibrary() : DVltApi("", "", "", nullptr) {
+    gVltApiObjP = this;
+    m_fnvltInitExP = [](uint32_t* handle, const VltInitExIn*, VltInitExOut*) -> int16_t {
+      server.loggedOn = true;
+      return *handle = 7, 0;
+    };
+    m_fnvltTerminateP = [](uint32_t) -> int16_t { return server.loggedOn = false, 0; };
+    m_fnvltQuerySessOptionsP = [](uint32_t, VltOptions*) -> int16_t { return 0; };
+    m_fnvltQuerySessInfoP = [](uint32_t, VltSessInfo* info) -> int16_t {
+      return info->maxObjPerTxn = 4, 0;
+    };
+    m_fnvltBeginQueryP = [](uint32_t, uint8_t, const VltQueryBackup*) -> int16_t { return 0; };
+    m_fnvltEndQueryP = [](uint32_t) -> int16_t { return 0; };
+    m_fnvltGetNextQObjP = nextObject;
+    m_fnvltBeginTxnP = [](uint32_t) -> int16_t {
+      EXPECT_FALSE(server.inTransaction);
+      return server.inTransaction = true, 0;
+    };
+    m_fnvltDeleteObjP = [](uint32_t, uint8_t, const VltDelInfo* info) -> int16_t {
+      server.going[info->objId.lo] = true;
+      return info->objId.lo == 20 ? VLT_RC_NO_MATCH : 0;  // the way through a failure as well
+    };
+    m_fnvltEndTxnP = [](uint32_t, uint8_t vote, uint16_t*) -> int16_t {
+      for (int i = 0; i < kObjects; ++i) {
+        if (vote == VLT_VOTE_COMMIT && server.going[i]) server.there[i] = false;
+        server.going[i] = false;
+      }
+      return server.inTransaction = false, 0;
+    };
+    m_fnvltRCMsgP = [](uint32_t, int16_t, char* text) -> int16_t {
+      return std::strcpy(text, "ZYL a text that is too long to be kept in a string itself"), 0;
+    };
+  }
+  ~PlainLibrary() { ClearPointers(); }
+  int Setup() override { return 0; }
+  int Cleanup() override { return 0; }
+
+ private:
+  static int16_t nextObject(uint32_t, VltDataBlk* block) {
+    if (server.next == kObjects) return VLT_RC_FINISHED;
+    auto& object = *static_cast<VltQryRespBackup*>(block->buffer);
+    std::snprintf(object.objName.lowLevel, sizeof object.objName.lowLevel, "/PIECE_%d",
+                  server.next);
+    object.objId = {0, static_cast<uint32_t>(server.next++)};
+    object.insDate = {2026, 3, 7, 8, 5, 9};
+    return VLT_RC_MORE_DATA;
+  }
+};
+
+TEST_F(WithErrorLog, EveryFailedAllocationEndsOrIsEndured) {
+  PlainLibrary library;
+  support::ScopedEnv temporary("TMPDIR", dir_.path().c_str());
+  TEST_SYNCDBNORMAN = TEST_ENABLESCRIPTINPUT = 1;
+  std::set<int> seen;
+  for (const bool single : {true, false}) {
+    for (long n = 1;; ++n) {
+      server = {};
+      std::fill(std::begin(server.there), std::end(server.there), true);
+      orcObj_t orc = {};
+      orc.bUsePwGenerate = 1;
+      vexoOptionsInfo_t options = {};
+      vexoCommandsInfo_t commands = {};
+      commands.syncdb = 1;
+      support::FedInput input("\n+0\nrman\nrman\n\n11:30+\n1 2\nO\ny\nq\n");
+      support::Captured output;
+      onlyOne = single;
+      struck = false;
+      countdown = n;
+      const unsigned short rc = vexoProcessCommand(&orc, options, commands);
+      countdown = -1;
+      output.take();
+      const std::string where = std::to_string(n) + (single ? " alone" : " and all after it");
+      ASSERT_FALSE(server.inTransaction || server.loggedOn) << where;
+      int gone = 0;
+      for (int i = 0; i < kObjects; ++i) {
+        if (server.there[i]) continue;
+        ++gone;
+        ASSERT_TRUE(i < 2 || i >= 10) << where << ": " << i << " was not picked";
+      }
+      ASSERT_EQ(0, gone % 3) << where << ": whole transactions";
+      seen.insert(rc);
+      if (!struck) break;
+      ASSERT_LT(n, 5000) << "no end";
+    }
+    EXPECT_EQ(1u, seen.erase(VLT_RC_NO_MATCH)) << "endured: the deletion came to its own failure";
+  }
+  TEST_SYNCDBNORMAN = TEST_ENABLESCRIPTINPUT = 0;
+  // The tree, the list, anything else, no temporary name, no room beside the spool file.
+  EXPECT_EQ((std::set<int>{10, 102, 2522, 2531, 2533}), seen);
+}
+
+}  // namespace
