@@ -76,7 +76,7 @@ void vexoInitTrace(orcObj_t* orc) {
   if (*orc->VEXO_TRACE_FILE == '\0') return;
   if (*orc->VEXO_TRACE_MAX != '\0') {
     const long megabytes = std::strtol(orc->VEXO_TRACE_MAX, nullptr, 10);
-    constexpr long kLargest = LONG_MAX / (1024 * 1024);
+    constexpr long kLargest = LONG_MAX / (1024L * 1024);
     trSetMaxTraceSize(megabytes > 0 && megabytes <= kLargest ? static_cast<unsigned long>(megabytes)
                                                              : 0);
   }

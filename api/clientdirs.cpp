@@ -11,11 +11,9 @@ namespace {
 
 // `text` followed by `suffix`, whole or not at all.
 unsigned short put(char* out, std::size_t size, const char* text, const char* suffix) {
-  const std::size_t length = std::strlen(text);
-  if (length + std::strlen(suffix) < size) {
-    std::memcpy(out, text, length);
-    std::memcpy(out + length, suffix, std::strlen(suffix) + 1);
-    return 0;
+  if (ut::copyText(out, size, text)) {
+    const std::size_t length = std::strlen(text);
+    if (ut::copyText(out + length, size - length, suffix)) return 0;
   }
   ut::ignoreResult(ut::copyText(out, size, ""), "half a path would name another file");
   return api::kPathTooLong;

@@ -25,8 +25,10 @@ bool isRealDate(const DateParts& parts) {
 }
 
 Stamp toStamp(const DateParts& parts) {
-  const Stamp date = Stamp{parts.year} * 10000 + parts.month * 100 + parts.day;
-  return date * 1000000 + parts.hour * 10000 + parts.minute * 100 + parts.second;
+  Stamp stamp = parts.year;
+  for (const int part : {parts.month, parts.day, parts.hour, parts.minute, parts.second})
+    stamp = stamp * 100 + part;
+  return stamp;
 }
 
 DateParts toParts(Stamp stamp) {

@@ -12,9 +12,9 @@
 namespace sandbox {
 namespace {
 
-constexpr int64_t kDays = 3 * 365;
+constexpr int64_t kDays = 365L * 3;
 constexpr int64_t kSecondsPerDay = 86400;
-constexpr int64_t kLastBackupSecond = 2 * 3600;  // of today: the nightly run is over by then
+constexpr int64_t kLastBackupSecond = 3600L * 2;  // of today: the nightly run is over by then
 constexpr int64_t kMegabyte = 1 << 20;
 
 // A small generator of its own: the standard library's distributions differ from host to host.
@@ -61,9 +61,9 @@ struct FormRow {
 };
 
 constexpr FormRow kForms[] = {
-    {Form::kDataFile, 45, 200, 30 * 1024},
-    {Form::kArchivedLog, 30, 5, 2 * 1024},
-    {Form::kUniqueName, 15, 50, 8 * 1024},
+    {Form::kDataFile, 45, 200, 30L * 1024},
+    {Form::kArchivedLog, 30, 5, 2L * 1024},
+    {Form::kUniqueName, 15, 50, 8L * 1024},
     {Form::kControlFile, 10, 8, 64},
 };
 
@@ -238,6 +238,7 @@ SiteSummary generateSite(Store& store, const Node& node, std::vector<Catalog>& c
                          const SiteRequest& request) {
   WriteTransaction storeChange(store.database());
   std::vector<std::unique_ptr<WriteTransaction>> catalogChanges;
+  catalogChanges.reserve(catalogs.size());
   for (Catalog& catalog : catalogs)
     catalogChanges.push_back(std::make_unique<WriteTransaction>(catalog.database()));
   const SiteSummary summary = Generator(store, node, catalogs, request).run();

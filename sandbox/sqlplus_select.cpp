@@ -103,7 +103,7 @@ class Parser {
   }
 
   Token next() {
-    const Token token = current();
+    Token token = current();
     if (token.kind != Kind::kEnd) ++position_;
     return token;
   }

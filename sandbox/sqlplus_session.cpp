@@ -61,7 +61,7 @@ struct SetCommands {
 
   static std::string termout(SqlSession& session, std::string_view value) {
     bool on = true;
-    const std::string error = onOff("termout", value, on);
+    std::string error = onOff("termout", value, on);
     if (error.empty()) session.output_.showOnTerminal(on);
     return error;
   }

@@ -42,7 +42,7 @@ unsigned short runStage(orcObj_t* orc, vexoOptionsInfo_t& options,
 }  // namespace
 
 std::string utility::reportCode(orcObj_t* orc, int16_t rc, Report where) {
-  const std::string text = apiText(orc, rc);
+  std::string text = apiText(orc, rc);
   vexoErrorMsg(text.c_str(), 0);
   if (where == Report::kLogAndTerminal) printFramed(text);
   return text;

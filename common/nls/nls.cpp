@@ -22,6 +22,8 @@ constexpr std::size_t kPrefixLength = 3;
 constexpr std::size_t kIdentifierLength = kPrefixLength + 4;
 constexpr const char* kYesNo = "YN";  // for a catalog that lists no letters
 
+// What catopen returns when it fails.
+// NOLINTNEXTLINE(performance-no-int-to-ptr,misc-misplaced-const)
 const nl_catd kNoCatalog = reinterpret_cast<nl_catd>(-1);
 
 // An entry of the catalog, taken apart.
@@ -154,7 +156,7 @@ struct Shown {
 
 Shown compose(int number, std::span<const nls::Insert> inserts) {
   const bool noCatalog = catalog == nullptr;
-  const Entry missing;
+  const Entry missing = {};
   const Entry& entry = noCatalog ? missing : catalog->fetch(number);
   std::string plain;
   if (entry.state == Entry::State::kMissing && builtIn(number, inserts, &plain)) {

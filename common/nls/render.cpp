@@ -117,7 +117,7 @@ void putNumber(const Insert& insert, const Conversion& how, std::string& out) {
     sign = "-";
     number = ~number + 1;
   }
-  char digits[24];
+  char digits[24] = "";
   const auto end = std::to_chars(digits, digits + sizeof digits, number, hex ? 16 : 10).ptr;
   if (how.letter == 'X') {
     for (char* p = digits; p != end; ++p) *p = *p >= 'a' ? static_cast<char>(*p - 32) : *p;

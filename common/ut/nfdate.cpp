@@ -148,7 +148,7 @@ nfDate localNow(unsigned* milliseconds) {
 }
 
 ShortText formatDate(const nfDate& date) {
-  ShortText result;
+  ShortText result = {};
   std::size_t used = 0;
   for (const char* format = date_fmt_str(); *format != '\0'; ++format) {
     char* out = result.text + used;
@@ -159,7 +159,7 @@ ShortText formatDate(const nfDate& date) {
     } else if (*++format == 'Y') {
       written = std::snprintf(out, room, "%04u", yearOf(date));
     } else {
-      written = std::snprintf(out, room, "%02u", *format == 'm' ? date.month : date.day);
+      written = std::snprintf(out, room, "%02u", unsigned{*format == 'm' ? date.month : date.day});
     }
     used += static_cast<std::size_t>(written);
   }
@@ -175,14 +175,14 @@ ShortText formatTime(const nfDate& date) {
     half = hour >= 12 ? "P" : "A";
     hour = hour % 12 == 0 ? 12 : hour % 12;
   }
-  ShortText result;
+  ShortText result = {};
   std::snprintf(result.text, sizeof result.text, "%02u%c%02u%c%02u%s", hour, format.separator,
                 date.minute, format.separator, date.second, half);
   return result;
 }
 
 ShortText formatNumber(std::uint64_t number) {
-  ShortText result;
+  ShortText result = {};
   groupDigits(number, kNumberFormats[current.number].group, result.text, sizeof result.text);
   return result;
 }
@@ -196,7 +196,7 @@ ShortText formatSize(std::uint64_t bytes) {
     whole /= 1024;
   }
   ShortText number = formatNumber(whole);
-  ShortText result;
+  ShortText result = {};
   if (unit == 0) {
     std::snprintf(result.text, sizeof result.text, "%.8s B", number.text);
     return result;

@@ -82,8 +82,8 @@ class TraceFile {
     } else {
       // Without a limit several runs may share the file: each line goes to its end, wherever that
       // is by then.
-      const int append = megabytes_ == 0 ? O_APPEND : 0;
-      descriptor_ = ::open(name, O_RDWR | O_CREAT | O_CLOEXEC | O_NOCTTY | append, 0600);
+      const int toTheEnd = megabytes_ == 0 ? O_APPEND : 0;
+      descriptor_ = ::open(name, O_RDWR | O_CREAT | O_CLOEXEC | O_NOCTTY | toTheEnd, 0600);
     }
     return descriptor_ >= 0;
   }

@@ -17,8 +17,7 @@ namespace support {
 // then.
 class TempDir {
  public:
-  TempDir() {
-    path_ = (std::filesystem::temp_directory_path() / "vexo-test-XXXXXX").string();
+  TempDir() : path_((std::filesystem::temp_directory_path() / "vexo-test-XXXXXX").string()) {
     if (::mkdtemp(path_.data()) == nullptr) ADD_FAILURE() << "no temporary directory " << path_;
   }
   ~TempDir() {

@@ -195,7 +195,7 @@ TEST_F(Catalog, VoidsAListingThatIsNotSound) {
 
 // Handles that the listing holds, and those that it may hold, are known; how many are counted.
 TEST_F(Catalog, KnowsEveryHandleThatALineCanMean) {
-  const auto padded = [](std::string line) {
+  const auto padded = [](const std::string& line) {
     return line + std::string(80 - line.size(), ' ') + "\n";
   };
   const std::string a(80, 'a'), b(80, 'b'), c = "c";

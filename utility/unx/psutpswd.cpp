@@ -53,7 +53,8 @@ short refuse(short message) {
 // Who may change the password, and whether there is a place for it. Returns 0 or a message.
 short checkMethod(orcObj_t* orc) {
   const bool root = ::getuid() == 0;
-  if (orc->bUsePwGenerate != 0) return TEST_LEGACYPWD && root ? refuse(kRootAndGenerated) : 0;
+  const bool rootMayNot = TEST_LEGACYPWD && root;
+  if (orc->bUsePwGenerate != 0) return rootMayNot ? refuse(kRootAndGenerated) : short{0};
   if (!root && TEST_LEGACYPWD) return refuse(kNotRoot);
   char dir[agent::kPasswordPathSize];
   char path[agent::kPasswordPathSize];
