@@ -101,6 +101,14 @@ TEST_F(Run, ShowsTheLibrarysOwnTextWhenSetUpOrLogonFails) {
   EXPECT_NE(std::string::npos, errorLog().find("ZYL0051"));
 }
 
+TEST_F(Run, ReportsAListingThatCouldNotBeWritten) {
+  terminal_ = std::make_unique<sandbox::Terminal>(
+      std::vector<std::string>{"/bin/sh", "-c", "vexosync query </dev/null >/dev/full"}, settings_);
+  ends(65535);
+  EXPECT_TRUE(showed("QRB2654E"));
+  EXPECT_FALSE(showed("QRB2599I"));
+}
+
 TEST_F(Run, WritesATraceThatAnOldHandKnows) {
   const std::string trace = dir_.path("run.trc");
   option("VEXO_TRACE_FILE " + trace);

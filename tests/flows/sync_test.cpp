@@ -165,6 +165,17 @@ TEST_F(Sync, AsksAgainForAnAnswerWithAControlCharacter) {
   EXPECT_FALSE(showed("QRB2581I")) << "no catalog was asked";
 }
 
+TEST_F(Sync, RunsNoCommandThatTmpdirCouldChange) {
+  for (const char* name : {"tmp/with blank", "tmp/$(touch ran)", "tmp/a;b"}) {
+    settings_.environment["TMPDIR"] = dir_.path(name);
+    std::filesystem::create_directories(dir_.path(name));
+    run({"syncdb"});
+    dates();
+    logon("prod");
+    ends(2531);
+  }
+}
+
 TEST_F(Sync, EndsAfterThreeEmptyAnswers) {
   run({"syncdb"});
   dates();
