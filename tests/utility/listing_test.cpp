@@ -1,7 +1,9 @@
 // listing_test.cpp: which objects of the server come into the list, and what ends a listing.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -10,6 +12,7 @@
 #include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"
 #include "utility/syncdb.h"
+#include "utility/utpick.h"
 
 namespace {
 
@@ -176,6 +179,30 @@ TEST_F(FileList, PassesOnTheCodeOfASessionOrAQueryThatFails) {
                      nullptr, true));
   EXPECT_EQ("\nZYL not yours\n\n", shown_);
   EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find("ZYL gone\n"));
+}
+
+TEST_F(FileList, ReadsRecordsOfAnyBytesWithinTheirBounds) {
+  const auto scribble = [](void* record, std::size_t size) { std::memset(record, 0xff, size); };
+  EXPECT_EQ(
+      0,
+      list({Step("vltQuerySessInfo").fill<VltSessInfo>([&](VltSessInfo& info) {
+              scribble(&info, sizeof info);
+            }),
+            Step("vltBeginQuery"),
+            Step("vltGetNextQObj", "7", VLT_RC_MORE_DATA).fill<VltDataBlk>([&](VltDataBlk& block) {
+              scribble(block.buffer, block.bufferLen);
+            }),
+            answer(VLT_RC_FINISHED), ended()},
+           nullptr, true));
+  utZylObj_s* object = list_.getFirst();
+  ASSERT_NE(nullptr, object);
+  EXPECT_EQ(std::string(1280, '\xff'), object->name);
+  EXPECT_EQ(std::string(64, '\xff'), object->owner);
+  support::Captured output;
+  utPrintBackupItem(object);
+  EXPECT_EQ(1280 + 64, std::ranges::count(output.take(), '?'));
+  char entry[kEntryTextSize];
+  EXPECT_EQ(0, pkFormatEntry(&list_, entry, 1, 1));
 }
 
 TEST_F(FileList, OffersDefaultDatesInEveryFormat) {
