@@ -180,8 +180,8 @@ TEST_F(Catalog, VoidsAListingThatIsNotSound) {
       {full + "\nrest\n\n2 rows selected.\n", "but 1 handles"},
       {many + "cut", "QRB2649E"},
       {many + std::string(512, 'l'), "QRB2649E"},
-      {many + std::string("b\0c\n", 4), "QRB2649E"},
-      {std::string("\0\n", 2), "QRB2649E"},
+      {std::string("b\0c\n", 4) + many, "QRB2649E"},
+      {std::string("\0\n", 2) + many, "QRB2649E"},
   };
   for (const auto& row : rows) {
     dir_.write("SQLOx_3.out", row.spool);
