@@ -1,0 +1,47 @@
+// fuzz.h: what the fuzz targets share. A target is one source and one program: it includes this
+// header and defines fuzz::check, which hands an input to one parser and judges what came of it.
+//
+// Standard output is closed while fuzzing, and vexoerror.log of the fuzz preset's build tree is a
+// link to /dev/null, so that the failures that inputs provoke are reported to nobody.
+#ifndef FUZZ_FUZZ_H
+#define FUZZ_FUZZ_H
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <utility>
+#include <vector>
+
+#include "common/ut/psfile.h"
+
+namespace fuzz {
+
+// Runs one input. `text` is the input with a terminator, in memory of exactly that size, so that
+// the sanitizer sees a parser that looks past its end; it may be changed.
+void check(const std::string& input, char* text);
+
+// Ends the program, which makes the input a finding, unless `kept`; `what` is what should hold.
+inline void hold(bool kept, const char* what) {
+  if (!kept) std::fprintf(stderr, "fuzz: does not hold: %s\n", what);
+  if (!kept) std::abort();
+}
+
+// Writes a file of this process's own in TMPDIR and returns its path, always the same one.
+inline const char* plainFile(const std::string& bytes) {
+  static const std::string path = ut::tempName("FUZZ");
+  hold(bool(std::ofstream(path, std::ios::binary) << bytes), "a file can be written");
+  return path.c_str();
+}
+
+}  // namespace fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+  const std::string input(reinterpret_cast<const char*>(data), size);
+  std::vector<char> text(input.c_str(), input.c_str() + size + 1);
+  fuzz::check(input, text.data());
+  return 0;
+}
+
+#endif  // FUZZ_FUZZ_H
