@@ -24,7 +24,9 @@ void fuzz::check(const std::string& input, char*) {
     word = line.substr(start, line.find_first_of(" ,\t", start) - start);
     hold(has(word) || word == "Session", "every handle is in the tree");
   }
-  hold(!has(word += '~') || input.find(word) != input.npos, "handles are compared whole");
+  std::string flat = input;  // a handle may go on in the next line
+  std::erase(flat, '\n');
+  hold(!has(word += '~') || flat.find(word) != flat.npos, "handles are compared whole");
   tree.reset();
   while (!blocks.empty()) psFree("", 0, *blocks.begin());
 }
