@@ -139,7 +139,7 @@ void Terminal::runChild(int terminal, int report, const std::vector<char*>& argu
 
 Terminal::~Terminal() {
   if (!reap()) kill();
-  close(master_);
+  if (master_ >= 0) close(master_);
 }
 
 bool Terminal::readSome(Clock::time_point until) {
@@ -239,6 +239,17 @@ bool Terminal::sendEof() {
 void Terminal::resize(unsigned short rows, unsigned short columns) {
   const winsize size = sizeOf(rows, columns);
   ioctl(master_, TIOCSWINSZ, &size);
+}
+
+bool Terminal::sendSignal(int number) {
+  const pid_t foreground = tcgetpgrp(master_);
+  return foreground > 0 && ::kill(-foreground, number) == 0;
+}
+
+void Terminal::hangUp() {
+  drain();
+  close(std::exchange(master_, -1));
+  outputEnded_ = true;
 }
 
 bool Terminal::echoIsOn() const {

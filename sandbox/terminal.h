@@ -57,6 +57,15 @@ class Terminal {
   // Changes the window size; the program gets SIGWINCH.
   void resize(unsigned short rows, unsigned short columns);
 
+  // Sends a signal to the programs in the terminal's foreground, as the terminal itself does for
+  // Ctrl-C. False when there is none.
+  bool sendSignal(int number);
+
+  // Takes the terminal away: its programs get SIGHUP, and read and write nothing any more. What
+  // they had written is in the transcript; of the functions that talk to the program only wait()
+  // works afterwards.
+  void hangUp();
+
   // Whether typed characters are shown now. False also when the program has ended.
   bool echoIsOn() const;
 

@@ -1,0 +1,64 @@
+// signal_test.cpp: a signal at each prompt ends the program by that signal, and leaves nothing
+// behind: no deletion, no temporary file, no terminal without echo.
+#include <csignal>
+
+#include "tests/flows/site.h"
+
+namespace {
+
+struct Prompt {
+  const char *text, *answer;
+  bool secret;
+};
+constexpr Prompt kPrompts[] = {
+    {"Start date", "", false},         {"End date", "+0", false},
+    {"user name: ", "rman", false},    {"password: ", "rman", true},
+    {"connect string", "prod", false}, {"Command ==>", "+", false},
+    {"Command ==>", "O", false},       {"Do you want to continue?", "n", false},
+};
+
+class Signal : public Site {
+ protected:
+  // Answers the prompts before the one with this number and waits at that one.
+  void stopAt(std::size_t number, const std::string& command) {
+    terminal_ = std::make_unique<sandbox::Terminal>(
+        std::vector<std::string>{"/bin/sh", "-c", command}, settings_);
+    for (std::size_t i = 0; i < number; ++i) {
+      if (kPrompts[i].secret) {
+        secret(kPrompts[i].text, kPrompts[i].answer);
+      } else {
+        answer(kPrompts[i].text, kPrompts[i].answer);
+      }
+    }
+    ASSERT_TRUE(terminal_->expect(kPrompts[number].text)) << terminal_->transcript();
+    ASSERT_TRUE(!kPrompts[number].secret || terminal_->expectEchoOff());
+  }
+  void expectNothingDone() {
+    EXPECT_EQ("/a /b", stored());
+    EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(dir_.path("tmp")), {}))
+        << "a temporary file stayed beside the test's own";
+  }
+};
+
+TEST_F(Signal, AtAPromptEndsTheProgramAndLeavesNothing) {
+  for (const char* name : {"/a", "/b"}) object(name);
+  catalog("prod", {});
+  for (std::size_t at = 0; at < std::size(kPrompts); ++at) {
+    SCOPED_TRACE(kPrompts[at].text);
+    for (const int number : {SIGINT, SIGTERM}) {
+      // The shell outlives the program, so that the terminal can still be asked.
+      stopAt(at, "trap : INT TERM; vexosync syncdb; echo =$?=; read x");
+      ASSERT_TRUE(terminal_->sendSignal(number));
+      ASSERT_TRUE(terminal_->expect("=" + std::to_string(128 + number) + "="))
+          << terminal_->transcript();
+      EXPECT_TRUE(terminal_->echoIsOn());
+      expectNothingDone();
+    }
+    stopAt(at, "exec vexosync syncdb");
+    terminal_->hangUp();
+    EXPECT_EQ(128 + SIGHUP, terminal_->wait());
+    expectNothingDone();
+  }
+}
+
+}  // namespace
