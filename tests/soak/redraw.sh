@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# redraw.sh ROUNDS BUILD: at the end of its input the pick list is drawn again and again. It must go
+# on doing so without growing: the resident memory is compared over ROUNDS times 200 pages.
+set -euo pipefail
+rounds=$1
+# shellcheck source=tests/soak/site.sh
+source "$(dirname "$(readlink -f "$0")")/site.sh" "$2"
+# With the address sanitizer: what was freed is not kept for long.
+export ASAN_OPTIONS=${ASAN_OPTIONS:+$ASAN_OPTIONS:}quarantine_size_mb=1:thread_local_quarantine_size_kb=16
+readonly pages=200 most=200 # kB
+
+vexosync delete < <(printf '\n+0\n') >/dev/null 2>&1 &
+program=$!
+
+# A page is written twice: its clearing, by tput, and its text.
+drawn() { awk '$1 == "syscw:" { print int($2 / 2) }' "/proc/$program/io"; }
+resident() { awk '$1 == "VmRSS:" { print $2 }' "/proc/$program/status"; }
+
+drawn_or_ended() { (($(drawn) >= goal)) || ! kill -0 "$program"; }
+
+# Waits until so many more pages are drawn.
+draw() {
+  goal=$(($(drawn) + pages))
+  await drawn_or_ended
+  kill -0 "$program" 2>/dev/null || fail "the program has ended"
+}
+
+draw
+before=$(resident)
+for ((round = 1; round <= rounds; round++)); do
+  draw
+  now=$(resident)
+  ((now - before <= most)) || fail "grown from $before to $now kB in $((round * pages)) pages"
+done
+echo "redraw: $((rounds * pages)) pages; $before kB resident before, $now kB after"

@@ -1,0 +1,77 @@
+#!/usr/bin/env bash
+# site.sh: the site of the soak scripts, which read it with `source site.sh BUILD`: the programs of
+# the build directory BUILD, 2,000 objects, and transactions of at most 15 deletions. All files are
+# in $site, which goes at the end with what still runs. Random numbers have a fixed seed.
+build=$(readlink -f "$1")
+site=$(mktemp -d)
+all=2000 whole=15 seed=4711 round=0
+RANDOM=$seed
+leave_site() {
+  local running
+  running=$(jobs -rp)
+  # shellcheck disable=SC2086 # one word for each process
+  [[ -z $running ]] || { kill -KILL $running && wait $running; } 2>/dev/null || true
+  rm -rf "$site"
+}
+trap leave_site EXIT
+
+export SANDBOX_HOME=$site VEXO_OPTFILE=$site/vexo.opt TMPDIR=$site TERM=ansi
+export PATH=$build/bin:$build/bin/sandbox:$PATH
+export LD_LIBRARY_PATH=$build/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
+unset VLTI_DIR VLTI_LOG VLTI_CONFIG
+printf '%s\n' "STORE $site/store.db" >"$site/vlt.opt"
+printf '%s\n' "VLTI_ORC_CONFIG $site/vlt.opt" "VLTI_LOG $site" "VEXO_NODE ORANODE" \
+  "VEXO_PSWDPATH $site/passwords" >"$site/vexo.opt"
+{
+  zylstore init
+  zylstore node ORANODE --password secret --save-password "$site/passwords"
+  zylstore generate --objects "$all" --orphans 0 --seed "$seed"
+  zylstore limits --max-objects-per-txn $((whole + 1))
+} >"$site/made"
+cp "$site/store.db" "$site/fresh.db"
+zylstore list | cut -f1 >"$site/before"
+
+# Puts the store back as it was.
+restore() {
+  rm -f "$site"/store.db*
+  cp "$site/fresh.db" "$site/store.db"
+}
+
+fail() {
+  echo "$(basename "$0"): round $round, seed $seed: $*" >&2
+  exit 1
+}
+
+# Waits for so many microseconds without starting a program.
+exec {idle}<> <(:)
+pause() { read -rt "$(printf '%d.%06d' $(($1 / 1000000)) $(($1 % 1000000)))" -u "$idle" || true; }
+microseconds() { echo "${EPOCHREALTIME/[.,]/}"; }
+
+# Waits until a condition holds; a program that hangs ends the script.
+await() {
+  local begin
+  begin=$(microseconds)
+  until "$@" 2>/dev/null; do
+    pause 2000
+    (($(microseconds) - begin < 60000000)) || fail "waited 60 s for: $*"
+  done
+}
+
+# The answers that delete entries $1 to $2 of the list.
+answers() { printf '%s\n' "" +0 "$1:$2+" O y q; }
+
+# Deletes entries $1 to $2 of the list; none if $2 is before $1. Nobody else is at work, so it ends
+# well.
+delete() {
+  local status=0
+  (($1 <= $2)) || return 0
+  timeout 60 vexosync delete < <(answers "$1" "$2") >"$site/screen" 2>&1 || status=$?
+  [[ $status == 44 ]] || fail "deleting $1 to $2 ended with $status"
+}
+
+# The store must hold all objects but those of entries $1 to $2; all when $2 is before $1.
+expect_gone() {
+  zylstore list | cut -f1 >"$site/after"
+  awk -v from="$1" -v to="$2" 'NR < from || NR > to' "$site/before" | cmp -s - "$site/after" ||
+    fail "gone is something else than entries $1 to $2"
+}

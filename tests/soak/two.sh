@@ -1,0 +1,82 @@
+#!/usr/bin/env bash
+# two.sh ROUNDS BUILD: two programs show the same list, then delete overlapping picks at the same
+# time. Each one must have deleted the first of its picks in whole transactions, and no object is
+# deleted by both; it ends with 44 (the list was left) when it got all of its picks, with 2 (the
+# library's code: the object is gone) when it met an object that the other one took. The next run
+# must be able to delete the rest.
+set -euo pipefail
+rounds=$1
+# shellcheck source=tests/soak/site.sh
+source "$(dirname "$(readlink -f "$0")")/site.sh" "$2"
+
+shows_list() { grep -q 'Command ==>' "$site/screen.$1"; }
+has_ended() { ! kill -0 "$1"; }
+
+# What program $1 reads: the answers up to the list, then those that delete entries $2 to $3.
+feed() {
+  printf '\n+0\n'
+  await test -e "$site/go.$1"
+  printf '%s\n' "$2:$3+" O y q
+}
+
+# The objects that process $1 has deleted, by the record of calls: what a transaction held whose
+# end was answered with 0. Fails unless all of them but the last one held $whole.
+committed() {
+  zylstore calls show | awk -F '\t' -v process="$1" -v whole=$whole '
+    $2 != process { next }
+    $3 == "vltDeleteObj" && $5 == 0 { sub(/.* id=/, "", $4); held = held $4 "\n"; count++ }
+    $3 != "vltEndTxn" { next }
+    $5 == 0 && $4 ~ / vote=1 / { printf "%s", held; if (small) exit 1; small = count < whole }
+    { held = ""; count = 0 }'
+}
+
+# What program $1 with picks $2 to $3 did, and whether its status fits.
+judge() {
+  local picked=$(($3 - $2 + 1)) deleted
+  committed "${pid[$1]}" >"$site/deleted.$1" || fail "program $1: a transaction is not whole"
+  deleted=$(wc -l <"$site/deleted.$1")
+  awk -v from="$2" -v to=$(($2 + deleted)) 'NR >= from && NR < to' "$site/before" |
+    cmp -s - "$site/deleted.$1" ||
+    fail "program $1 has not deleted the first of its picks"
+  ((deleted % whole == 0 || deleted == picked)) || fail "program $1: the last transaction is cut"
+  case ${status[$1]} in
+    44) ((deleted == picked)) || fail "program $1 has done $deleted and says it is all" ;;
+    2) ((deleted < picked)) || fail "program $1 has done all and complains" ;;
+    *) fail "program $1 ended with ${status[$1]}" ;;
+  esac
+}
+
+declare -A outcomes
+for ((round = 1; round <= rounds; round++)); do
+  restore
+  zylstore calls on
+  # Often the same entries: then both programs are after the same objects in the same moment.
+  from=(0 301 $((301 + RANDOM % 3 * RANDOM % 600)))
+  to=(0 $((from[1] + 700)) $((from[2] + 700)))
+  for p in 1 2; do
+    rm -f "$site/go.$p" "$site/screen.$p"
+    vexosync delete < <(feed $p "${from[p]}" "${to[p]}") >"$site/screen.$p" 2>&1 &
+    pid[p]=$!
+  done
+  for p in 1 2; do await shows_list $p; done
+  first=$((1 + RANDOM % 2))
+  for p in $first $((3 - first)); do
+    touch "$site/go.$p"
+    pause $((RANDOM % 4 * RANDOM / 4))
+  done
+  for p in 1 2; do
+    await has_ended "${pid[p]}"
+    status[p]=0
+    wait "${pid[p]}" || status[p]=$?
+  done
+  for p in 1 2; do judge $p "${from[p]}" "${to[p]}"; done
+  zylstore list | cut -f1 >"$site/after"
+  cat "$site"/deleted.[12] "$site/after" | sort -n | cmp -s - "$site/before" ||
+    fail "gone is something else than what the programs deleted, or deleted twice"
+  outcomes["${status[*]}"]=$((${outcomes["${status[*]}"]:-0} + 1))
+  delete 301 $((to[2] - all + $(wc -l <"$site/after")))
+  expect_gone 301 "${to[2]}"
+done
+for outcome in "${!outcomes[@]}"; do
+  echo "two: ${outcomes[$outcome]} of $rounds rounds ended with $outcome; seed $seed"
+done
