@@ -66,10 +66,11 @@ unsigned short getErrorLog(char* path) {
 
 void psWriteError(const char* path, const char* line) {
   if (*path == '\0') return;
-  const int descriptor = ::open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600);
+  // Appended by the system, not behind a seek: a writer that takes no lock loses nothing to us.
+  const int descriptor = ::open(path, O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600);
   if (descriptor < 0) return;
   if (::lockf(descriptor, F_LOCK, 0) == 0) {
-    if (::lseek(descriptor, 0, SEEK_END) >= 0) writeAll(descriptor, line);
+    writeAll(descriptor, line);
     // The lock covers the file from its beginning; the position has moved since.
     ut::ignoreResult(::lseek(descriptor, 0, SEEK_SET), "closing unlocks in any case");
     ut::ignoreResult(::lockf(descriptor, F_ULOCK, 0), "closing unlocks in any case");
@@ -77,27 +78,31 @@ void psWriteError(const char* path, const char* line) {
   ut::ignoreResult(::close(descriptor), "a lost line stops nothing");
 }
 
-void vexoErrorMsg(const char* text, int plain) {
+namespace {
+
+// The time, behind it the process number and an arrow unless `arrow` is null, then the text.
+void appendLine(const char* path, const char* arrow, const char* text) {
   char time[kTimeSize];
   vexoGetCurTime(time);
-  char path[api::kPathSize];
-  ut::ignoreResult(getErrorLog(path), "always finds one");
   try {
     // One line: a text from elsewhere must not begin a second one that looks like ours.
-    std::string_view wanted(text);
-    while (wanted.ends_with('\n')) wanted.remove_suffix(1);
-    const std::string message = ut::printable(wanted);
-    std::string line(message.size() + sizeof time + 64, '\0');
-    if (plain != 0) {
-      std::snprintf(line.data(), line.size(), "%s %s\n", time, message.c_str());
-    } else {
-      std::snprintf(line.data(), line.size(), "%s TID<%d> ==> %s\n", time, psvexoGetID(),
-                    message.c_str());
-    }
+    std::string_view message(text);
+    while (message.ends_with('\n')) message.remove_suffix(1);
+    std::string line = time;
+    if (arrow != nullptr) line += " TID<" + std::to_string(psvexoGetID()) + ">" + arrow;
+    line.append(" ").append(ut::printable(message)).append("\n");
     psWriteError(path, line.c_str());
   } catch (const std::bad_alloc&) {
     psWriteError(path, "QRB2522S Not enough memory.\n");
   }
+}
+
+}  // namespace
+
+void vexoErrorMsg(const char* text, int plain) {
+  char path[api::kPathSize];
+  ut::ignoreResult(getErrorLog(path), "always finds one");
+  appendLine(path, plain != 0 ? nullptr : " ==>", text);
 }
 
 void agent::showAndLog(const std::string& text) {
@@ -108,14 +113,10 @@ void agent::showAndLog(const std::string& text) {
 void psNonNlsErrorMsg(const char* text) {
   std::fflush(stdout);
   std::fprintf(stderr, "%s\n", text);
-  char time[kTimeSize];
-  vexoGetCurTime(time);
   char directory[kOptionSize] = "";
   if (psvexoGetVexoDir(directory, sizeof directory) != 0) *directory = '\0';
   char path[api::kPathSize];
   logIn(directory, path);
-  const ut::FilePtr log(std::fopen(path, "a+"));
-  if (log == nullptr) return;
   // Two blanks on each side of the arrow, unlike vexoErrorMsg; tools that read the log know both.
-  std::fprintf(log.get(), "%s TID<%d>  ==>  %s\n", time, psvexoGetID(), text);
+  appendLine(path, "  ==> ", text);
 }
