@@ -80,17 +80,28 @@ void psWriteError(const char* path, const char* line) {
 
 namespace {
 
-// The time, behind it the process number and an arrow unless `arrow` is null, then the text.
-void appendLine(const char* path, const char* arrow, const char* text) {
+enum class LineKind { kPlain, kMessage, kEarly };
+
+// Appends a text as one line: what comes from elsewhere must not begin a second one that looks like
+// ours.
+void appendLine(const char* path, LineKind kind, const char* text) {
   char time[kTimeSize];
   vexoGetCurTime(time);
   try {
-    // One line: a text from elsewhere must not begin a second one that looks like ours.
-    std::string_view message(text);
-    while (message.ends_with('\n')) message.remove_suffix(1);
-    std::string line = time;
-    if (arrow != nullptr) line += " TID<" + std::to_string(psvexoGetID()) + ">" + arrow;
-    line.append(" ").append(ut::printable(message)).append("\n");
+    std::string_view wanted(text);
+    while (wanted.ends_with('\n')) wanted.remove_suffix(1);
+    const std::string message = ut::printable(wanted);
+    std::string line(message.size() + sizeof time + 64, '\0');
+    if (kind == LineKind::kPlain) {
+      std::snprintf(line.data(), line.size(), "%s %s\n", time, message.c_str());
+    } else if (kind == LineKind::kMessage) {
+      std::snprintf(line.data(), line.size(), "%s TID<%d> ==> %s\n", time, psvexoGetID(),
+                    message.c_str());
+    } else {
+      // Two blanks on each side of the arrow; tools that read the log know both forms.
+      std::snprintf(line.data(), line.size(), "%s TID<%d>  ==>  %s\n", time, psvexoGetID(),
+                    message.c_str());
+    }
     psWriteError(path, line.c_str());
   } catch (const std::bad_alloc&) {
     psWriteError(path, "QRB2522S Not enough memory.\n");
@@ -102,7 +113,7 @@ void appendLine(const char* path, const char* arrow, const char* text) {
 void vexoErrorMsg(const char* text, int plain) {
   char path[api::kPathSize];
   ut::ignoreResult(getErrorLog(path), "always finds one");
-  appendLine(path, plain != 0 ? nullptr : " ==>", text);
+  appendLine(path, plain != 0 ? LineKind::kPlain : LineKind::kMessage, text);
 }
 
 void agent::showAndLog(const std::string& text) {
@@ -117,6 +128,5 @@ void psNonNlsErrorMsg(const char* text) {
   if (psvexoGetVexoDir(directory, sizeof directory) != 0) *directory = '\0';
   char path[api::kPathSize];
   logIn(directory, path);
-  // Two blanks on each side of the arrow, unlike vexoErrorMsg; tools that read the log know both.
-  appendLine(path, "  ==> ", text);
+  appendLine(path, LineKind::kEarly, text);
 }

@@ -15,8 +15,6 @@
 #include <system_error>
 #include <utility>
 
-extern char** environ;
-
 namespace sandbox {
 namespace {
 
@@ -57,13 +55,17 @@ std::vector<std::string> environmentOf(const TerminalSettings& settings) {
     if (settings.environment.contains(name)) continue;
     if (std::ranges::find(settings.unset, name) == settings.unset.end()) result.push_back(text);
   }
-  for (const auto& [name, value] : settings.environment) result.push_back(name + "=" + value);
+  for (const auto& [name, value] : settings.environment) {
+    result.push_back(name);
+    result.back().append("=").append(value);
+  }
   return result;
 }
 
 // The null-terminated array that exec wants; it points into `texts`.
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (std::string& text : texts) pointers.push_back(text.data());
   pointers.push_back(nullptr);
   return pointers;

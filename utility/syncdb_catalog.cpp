@@ -1,7 +1,9 @@
 // syncdb_catalog.cpp: one Oracle catalog is asked for its handles, by one SQL script through
 // sqlplus.
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -14,6 +16,7 @@
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 #include "utility/syncdb.h"
+#include "utility/unx/sigwatch.h"
 
 namespace {
 
@@ -144,6 +147,29 @@ int runSqlplus(const char* scriptPath) {
   return status;
 }
 
+// What a signal that ends the program takes along while sqlplus runs, which may be long: the script
+// holds a password. No flag could be looked at before sqlplus has ended.
+const char* volatile filesAtRisk[2] = {nullptr, nullptr};
+
+void removeAndEnd(int sig) {
+  for (const char* const volatile& path : filesAtRisk) {
+    const char* const file = path;
+    if (file != nullptr) ut::ignoreResult(::unlink(file), "the program ends in any case");
+  }
+  ::signal(sig, SIG_DFL);
+  ::raise(sig);
+}
+
+// Runs the script and removes it. Returns what runSqlplus returned.
+int runScript(const char* scriptPath, const char* spoolPath) {
+  filesAtRisk[0] = TR_ORCLEVEL2 ? nullptr : scriptPath;  // under that flag they are kept
+  filesAtRisk[1] = TR_ORCLEVEL2 ? nullptr : spoolPath;
+  const utility::SignalWatch term(SIGTERM, removeAndEnd), hangUp(SIGHUP, removeAndEnd);
+  const int status = runSqlplus(scriptPath);
+  utility::removeUnlessTraced(scriptPath);  // at once, it holds the password
+  return status;
+}
+
 }  // namespace
 
 unsigned short utQueryCatalog(const objCatInfo_s* catalog, const char* scriptPath,
@@ -165,8 +191,7 @@ unsigned short utQueryCatalog(const objCatInfo_s* catalog, const char* scriptPat
     utility::removeUnlessTraced(scriptPath);
     return reportNotCreated(spoolPath);
   }
-  const int status = runSqlplus(scriptPath);
-  utility::removeUnlessTraced(scriptPath);  // at once, it holds the password
+  const int status = runScript(scriptPath, spoolPath);
   if (status != 0) {
     utility::removeUnlessTraced(spoolPath);
     utility::reportText(nlsprintf(kQueryFailed));

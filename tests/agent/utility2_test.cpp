@@ -18,13 +18,14 @@ using ErrorLog = Agent;
 using Start = Agent;
 
 TEST_F(ErrorLog, LinesCarryTimeAndProcess) {
-  vexoErrorMsg("one %s", 0);
+  vexoErrorMsg("one %s\nfake\x1b[2J\n", 0);
   vexoErrorMsg("two", 1);
   support::Captured shown(STDERR_FILENO);
   psNonNlsErrorMsg("three");
   EXPECT_EQ(shown.take(), "three\n");
-  EXPECT_EQ(support::masked(log()),
-            "#/#/# #:#:# TID<#> ==> one %s\n#/#/# #:#:# two\n#/#/# #:#:# TID<#>  ==>  three\n");
+  EXPECT_EQ(
+      support::masked(log()),
+      "#/#/# #:#:# TID<#> ==> one %s?fake?[#J\n#/#/# #:#:# two\n#/#/# #:#:# TID<#>  ==>  three\n");
   EXPECT_HOLDS(log(), " TID<" + std::to_string(::getpid()) + "> ==> one");
   struct stat entry = {};
   ASSERT_EQ(::stat("installed/agent/vexoerror.log", &entry), 0);

@@ -61,4 +61,21 @@ TEST_F(Signal, AtAPromptEndsTheProgramAndLeavesNothing) {
   }
 }
 
+// The script of the query holds a password.
+TEST_F(Signal, WhileSqlplusRunsLeavesNothing) {
+  for (const char* name : {"/a", "/b"}) object(name);
+  const std::string sqlplus = dir_.write("bin/sqlplus", "#!/bin/sh\necho asked\nsleep 60\n");
+  std::filesystem::permissions(sqlplus, std::filesystem::perms::owner_all);
+  settings_.environment["PATH"] = dir_.path("bin") + ":" + settings_.environment["PATH"];
+  for (const int number : {SIGTERM, SIGHUP}) {
+    run({"syncdb"});
+    dates();
+    logon("prod");
+    ASSERT_TRUE(terminal_->expect("asked"));
+    number == SIGHUP ? terminal_->hangUp() : void(terminal_->sendSignal(number));
+    EXPECT_EQ(128 + number, terminal_->wait());
+    expectNothingDone();
+  }
+}
+
 }  // namespace

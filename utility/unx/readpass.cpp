@@ -13,8 +13,11 @@
 #include "common/ut/psfile.h"
 #include "common/ut/strutil.h"
 #include "utility/unx/psutpswd.h"
+#include "utility/unx/sigwatch.h"
 
 namespace {
+
+using utility::SignalWatch;
 
 volatile sig_atomic_t interrupted = 0;  // by SIGINT
 volatile sig_atomic_t ending = 0;       // the number of another signal that ends the program
@@ -57,30 +60,6 @@ class EchoOff {
   int terminal_;
   bool active_ = false;
   struct termios saved_ = {};
-};
-
-// Has a handler stand in for a signal's action for a scope. One that is ignored stays ignored,
-// unless `always`.
-class SignalWatch {
- public:
-  SignalWatch(int sig, void (*handler)(int), bool always = false) : signal_(sig) {
-    if (::sigaction(sig, nullptr, &saved_) != 0) return;
-    if (!always && saved_.sa_handler == SIG_IGN) return;
-    installed_ = install_sig_handler(sig, handler) == 0;
-  }
-  ~SignalWatch() {
-    if (!installed_) return;
-    ut::ignoreResult(::sigaction(signal_, &saved_, nullptr), "the action was valid before");
-  }
-  SignalWatch(const SignalWatch&) = delete;
-  SignalWatch& operator=(const SignalWatch&) = delete;
-
-  bool installed() const { return installed_; }
-
- private:
-  int signal_;
-  bool installed_ = false;
-  struct sigaction saved_ = {};
 };
 
 // Stops the program as SIGTSTP would have, with the terminal as it was, and goes on afterwards.
