@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# full.sh ROUNDS BUILD: SYNCDB with its temporary directory and its error log on a small file system
+# that is full, or has less and less room left, while sqlplus spools 2,000 handles. All objects are
+# known: whatever the disk loses, none may be offered, and the answers would delete them all.
+# Needs a mount namespace of its own; where the system gives none it ends with 77.
+set -euo pipefail
+if [[ -z ${VEXO_OWN_NAMESPACE:-} ]]; then
+  export VEXO_OWN_NAMESPACE=1
+  for way in -m -rm; do
+    if unshare $way true 2>/dev/null; then exec unshare $way "$0" "$@"; fi
+  done
+  echo "full: skipped, no mount namespace to be had"
+  exit 77
+fi
+rounds=$1
+# shellcheck source=tests/soak/site.sh
+source "$(dirname "$(readlink -f "$0")")/site.sh" "$2"
+readonly room=256 # kB; the spool file takes 162 of them
+
+zylstore catalog add prod --user rman --password rman --kind recovery >/dev/null
+zylstore list | awk -F '\t' '{ print substr($7, 2) "\t2020-01-01T00:00:00" }' >"$site/handles"
+zylstore catalog load prod "$site/handles" >/dev/null
+echo "VEXO_ENABLESCRIPTINPUT YES" >>"$site/vexo.opt"
+mkdir "$site/small"
+sed -i "s|^VLTI_LOG .*|VLTI_LOG $site/small|" "$site/vexo.opt"
+
+declare -A endings
+for ((round = 0; round <= rounds; round++)); do
+  mount -t tmpfs -o size=${room}k vexo-full "$site/small"
+  head -c $(((room - room * round / rounds) * 1024)) /dev/zero >"$site/small/filler" 2>/dev/null || true
+  status=0
+  printf '%s\n' "" +0 rman rman prod + O y q |
+    TMPDIR=$site/small timeout 60 vexosync syncdb >"$site/screen" 2>&1 || status=$?
+  ending=$status:$(grep -o -m 1 -e QRB2575E -e QRB2649E -e QRB2650E -e QRB2643E -e QRB2599I "$site/screen") ||
+    fail "ended with $status: $(tail -n 20 "$site/screen")"
+  case $ending in
+    255:QRB2575E) ending="no script" ;;
+    229:QRB26*) ending="listing refused" ;;
+    255:QRB2599I) ending="nothing to delete" ;;
+    *) fail "ended with $ending" ;;
+  esac
+  endings[$ending]=$((${endings[$ending]:-0} + 1))
+  expect_gone 1 0
+  find "$site/small" -name 'SQL*' | grep -q . && fail "a temporary file stayed"
+  umount "$site/small"
+done
+for ending in "${!endings[@]}"; do echo "full: ${endings[$ending]} of $((rounds + 1)) rounds: $ending"; done
+((${#endings[@]} == 3)) || fail "not every ending was seen"
