@@ -5,6 +5,8 @@
 
 namespace {
 
+using std::string_literals::operator""s;
+
 constexpr int kLeft = 300;  // the code of a pick list that was left
 
 class Sync : public Site {};
@@ -153,7 +155,7 @@ TEST_F(Sync, AsksAgainForAnAnswerWithAControlCharacter) {
   object("/a");
   catalog("prod", {"a"});
   option("VEXO_ENABLESCRIPTINPUT y");
-  dir_.write("answers", std::string("\n+0\nr\x01man\nrman\nrm\0an\nrman\n\tprod\nprod\nq\n", 41));
+  dir_.write("answers", "\n+0\nr\x01man\nrman\nrm\0an\nrman\n\tprod\nprod\nq\n"s);
   terminal_ = std::make_unique<sandbox::Terminal>(
       std::vector<std::string>{"/bin/sh", "-c", "vexosync syncdb <answers"}, settings_);
   ends(65535);  // no orphan: the catalog was asked
