@@ -120,20 +120,6 @@ TEST_F(PasswordFile, StaysAsItIsWhenANewOneCannotBeWritten) {
   EXPECT_EQ(std::distance(left, {}), 1) << "nothing half written";
 }
 
-TEST_F(PasswordFile, OfAnyBytesIsReadWithinItsBounds) {
-  std::mt19937 random(42);
-  unsigned key[2] = {};
-  for (int i = 0; i < 10000; ++i) {
-    std::string bytes(random() % 200, ' ');
-    for (char& c : bytes) c = static_cast<char>(random() % 3 == 0 ? '0' + random() % 10 : random());
-    const std::size_t chunks = bytes.size() < 39 ? 0 : (bytes.size() - 39) / 9;
-    ScriptedApi api(std::vector<Step>(chunks, cipher("vltDecryptEx")));
-    char password[kPasswordSize];
-    EXPECT_EQ(psvexoReadPswdFromFile(dir.write("pw", bytes).c_str(), password, key), 0);
-    ASSERT_LE(::strnlen(password, sizeof password), 64u) << "file " << i << ", seed 42";
-  }
-}
-
 TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
   set(orc.VEXO_NODE, "N");
   set(orc.VLTI_DIR, "/api");
@@ -200,37 +186,6 @@ TEST_F(Session, LogonFillsTheContext) {
     EXPECT_EQ(vexoSession(&orc), 0) << "the options are appended once, however often";
     EXPECT_EQ(orc.vltHandle, 7u);
     EXPECT_EQ(orc.maxObjPerTxn, 100);
-  }
-}
-
-TEST_F(Session, LogonReportsEveryFailureAndTriesFiveTimes) {
-  set(orc.VEXO_NODE, "N");
-  const std::string asN = "node='N' owner=null password=''";
-  const struct {
-    std::vector<Step> calls;
-    int16_t rc;
-    uint32_t handle;
-  } kRows[] = {
-      {{logon(asN, -50), logon(asN, -50), logon(asN, -50), logon(asN, -50), logon(asN, -50)},
-       -50,
-       0},
-      {{logon(asN, 52)}, 52, 0},
-      {{logon(asN, 0), Step("vltQuerySessOptions", "7", 2402)}, 2402, 7},
-      {{logon(asN, 0), Step("vltQuerySessOptions", "7"), Step("vltQuerySessInfo", "7", 54)},
-       54,
-       7}};
-  for (const auto& row : kRows) {
-    orc.vltHandle = 0;
-    orc.apiSetUp = 0;
-    orc.bUsePwGenerate = 1;
-    ScriptedApi api(row.calls);
-    const std::string text = "ZYL text " + std::to_string(row.rc);
-    api.add(textSteps(std::to_string(row.handle), row.rc, text));
-    EXPECT_EQ(vexoSession(&orc), static_cast<unsigned short>(row.rc));
-    EXPECT_EQ(orc.lastErrorMsg, text);
-    EXPECT_HOLDS(log(), "==> " + text + "\n");
-    EXPECT_EQ(orc.vltHandle, row.handle);
-    EXPECT_EQ(orc.apiSetUp, row.handle == 0 ? 1 : 0) << "then the end of the run cleans up";
   }
 }
 

@@ -63,6 +63,7 @@ const Row kRows[] = {
     {"DS", {"DeleteObj 2410 --after 4"}, 2410, kBoth, "2410", "abde"},
     {"DS", {"DeleteObj 54 --after 3", "EndTxn 2410 --after 1"}, 2410, kBoth, "2410", "ab"},
     {"DS", {"DeleteObj 54", "EndTxn 2302 --reason 2"}, 2, kBoth, "0054", ""},
+    {"DS", {"DeleteObj 54", "EndTxn 0 --reason 2"}, kAsEver, kBoth, "0054", ""},
     {"DS", {"EndTxn 2302 --reason 2"}, 2, kLog, "0002", ""},
     {"DS", {"EndTxn 2302"}, 2302, kLog, "2302", ""},
     {"DS", {"EndTxn 2410 --after 1"}, 2410, kLog, "2410", "ab"},

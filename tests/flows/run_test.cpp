@@ -89,18 +89,6 @@ TEST_F(Run, EndsWithoutTheClientLibraryOrWithAnUnfitOne) {
   EXPECT_NE(std::string::npos, errorLog().find("QRB2573E"));
 }
 
-TEST_F(Run, ShowsTheLibrarysOwnTextWhenSetUpOrLogonFails) {
-  zylstore("fault SetUp 2409");
-  run({"query"});
-  ends(2409);
-  EXPECT_TRUE(showed("ZYL2409"));
-  zylstore("node ORANODE --password other");  // the stored password is no longer right
-  run({"query"});
-  ends(51);
-  EXPECT_TRUE(showed("ZYL0051"));
-  EXPECT_NE(std::string::npos, errorLog().find("ZYL0051"));
-}
-
 TEST_F(Run, ReportsAListingThatCouldNotBeWritten) {
   terminal_ = std::make_unique<sandbox::Terminal>(
       std::vector<std::string>{"/bin/sh", "-c", "vexosync query </dev/null >/dev/full"}, settings_);

@@ -1,6 +1,4 @@
 // sync_test.cpp: SYNCDB, DELETE and QUERY as a user runs them, on a terminal, against a real store.
-#include <csignal>
-
 #include "tests/flows/site.h"
 
 namespace {
@@ -191,21 +189,6 @@ TEST_F(Sync, EndsAfterThreeEmptyAnswers) {
   ends(65535);
 }
 
-TEST_F(Sync, GivesTheEchoBackWhenAPasswordIsInterrupted) {
-  // The shell outlives the program, so that the terminal can still be asked.
-  terminal_ = std::make_unique<sandbox::Terminal>(
-      std::vector<std::string>{"/bin/sh", "-c", "trap : INT; vexosync syncdb; echo =$?=; read x"},
-      settings_);
-  dates();
-  answer("user name: ", "rman");
-  ASSERT_TRUE(terminal_->expect("password: "));
-  ASSERT_TRUE(terminal_->expectEchoOff());
-  terminal_->send("half\x03");
-  ASSERT_TRUE(terminal_->expect("=" + std::to_string(128 + SIGINT) + "="));
-  EXPECT_TRUE(terminal_->echoIsOn());
-  EXPECT_FALSE(showed("half"));
-}
-
 TEST_F(Sync, DeletesToTheLastObjectAndLeavesTheEmptyList) {
   for (const char* name : {"/a", "/b", "/c"}) object(name);
   zylstore("limits --max-objects-per-txn 2");
@@ -224,20 +207,6 @@ TEST_F(Sync, DeletesToTheLastObjectAndLeavesTheEmptyList) {
     ++commits;
   }
   EXPECT_EQ(3u, commits) << calls;
-}
-
-TEST_F(Sync, LosesNothingWhenADeletionFails) {
-  for (const char* name : {"/a", "/b", "/c"}) object(name);
-  zylstore("fault DeleteObj 54 --after 2");
-  run({"delete"});
-  dates();
-  answer("Command ==>", "+");
-  answer("Command ==>", "O");
-  answer("Do you want to continue?", "Y");
-  ends(54);
-  EXPECT_EQ("/a /b /c", stored());
-  EXPECT_TRUE(showed("ZYL0054"));
-  EXPECT_NE(std::string::npos, errorLog().find("ZYL0054"));
 }
 
 TEST_F(Sync, PrintsTheObjectsOfTheRangeInTheRunsFormats) {

@@ -86,13 +86,11 @@ class Store : public Site {
   }
   ~Store() override { vltCleanUp(VLT_MULTITHREAD); }
 
-  // Ends what is open and sets the library up again, with an options file unless it is empty.
-  int16_t setUp(const std::string& options = "") const {
+  // Ends what is open and sets the library up again.
+  static int16_t setUp() {
     vltCleanUp(VLT_MULTITHREAD);
     VltEnvSetUp in = {};
     in.structVersion = 4;
-    const std::string file = options.empty() ? "" : dir_.write("client.opt", options);
-    std::snprintf(in.vltiConfig, sizeof in.vltiConfig, "%s", file.c_str());
     return vltSetUp(VLT_MULTITHREAD, &in);
   }
 

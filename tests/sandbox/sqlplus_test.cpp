@@ -68,26 +68,4 @@ TEST_F(Sqlplus, SpoolsRowsCountsAndErrorsAndEndsWell) {
   }
 }
 
-TEST_F(Sqlplus, LogsOnByFirstSlashAndLastSignOrExits) {
-  catalog("default", "both", "other");
-  catalog("odd", "both", "a/b@c");
-  const struct {
-    const char* logon;
-    int status;
-    const char* output;
-  } rows[] = {
-      {"RMAN/rman@RCAT", 0, "SQL*Plus: "},
-      {"rman/a/b@c@odd", 0, "SQL*Plus: "},
-      {"rman/other@", 0, "SQL*Plus: "},
-      {"rman/RMAN@rcat", 1, "ERROR:\nORA-01017: "},
-      {"rman/rman@nowhere", 1, "ERROR:\nORA-12154: "},
-      {"rman/rman@../catalogs/rcat", 1, "ERROR:\nORA-12154: "},
-  };
-  for (const auto& row : rows) {
-    const Result result = spool({.logon = row.logon});
-    EXPECT_EQ(result.status, row.status) << row.logon;
-    EXPECT_NE(result.output.find(row.output), std::string::npos) << result.output;
-  }
-}
-
 }  // namespace

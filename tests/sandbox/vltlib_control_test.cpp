@@ -8,23 +8,6 @@ namespace {
 
 class Control : public Store {};
 
-TEST_F(Control, FailsTheOrderedCallsAndOnlyThoseInEveryProcess) {
-  zylstore("fault InitEx -50 --after 1 --times 2");
-  zylstore("fault vltinitex 54");
-  std::string codes;
-  uint32_t handle = 0;
-  for (int i = 0; i < 5; ++i) codes += std::to_string(Logon()(handle)) + " ";
-  EXPECT_EQ(codes, "0 -50 -50 54 0 ");
-  zylstore("fault SetUp 2410 --after 1");
-  EXPECT_EQ(setUp(), VLT_RC_OK);
-  EXPECT_EQ(zylstore("fault --list"), "vltSetUp\tcode 2410\treason 0\tafter 0\ttimes 1\n");
-  EXPECT_EQ(setUp(), VLT_RC_STORE_FAILED);
-  EXPECT_EQ(Logon()(handle), VLT_RC_NOT_SET_UP);
-  zylstore("fault SetUp 2410 --times 9");
-  zylstore("fault --clear");
-  EXPECT_EQ(setUp(), VLT_RC_OK);
-}
-
 TEST_F(Control, RecordsCallsInOrderWithCodesAndWithoutPasswords) {
   zylstore("put --node ORANODE --fs /marlorc --ll /a");
   zylstore("calls on");

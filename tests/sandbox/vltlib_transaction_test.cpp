@@ -1,7 +1,4 @@
 // vltlib_transaction_test.cpp: what a transaction deletes, and that nothing else is ever deleted.
-#include <signal.h>
-
-#include <algorithm>
 
 #include "tests/sandbox/site.h"
 
@@ -61,40 +58,6 @@ TEST_F(Transaction, DeletesWhatItSaysOrNothing) {
     EXPECT_EQ(found(logOn()), row.left) << row.before;
     EXPECT_EQ(vltBeginTxn(handle), VLT_RC_OK) << "the transaction is still open";
   }
-}
-
-TEST_F(Transaction, IsWholeOrNotAtAllWhenItsProcessIsKilled) {
-  const int objects = 4000;
-  int kept = 0;
-  // The delays reach from before the first deletion over the commit to after it.
-  for (int delay = 0; delay < 12; ++delay) {
-    fill(objects);
-    zylstore("limits --max-objects-per-txn 0");
-    vltCleanUp(VLT_MULTITHREAD);  // the child must not inherit an open store
-    int ready[2];
-    ASSERT_EQ(pipe(ready), 0);
-    const pid_t child = fork();
-    if (child == 0) {
-      setUp();
-      const uint32_t handle = logOn();
-      if (vltBeginTxn(handle) != VLT_RC_OK || write(ready[1], "r", 1) != 1) _exit(1);
-      for (int i = 1; i <= objects; ++i) remove(handle, i);
-      end(handle, VLT_VOTE_COMMIT);
-      pause();
-    }
-    close(ready[1]);
-    char byte;
-    ASSERT_EQ(read(ready[0], &byte, 1), 1);
-    usleep(static_cast<useconds_t>(delay * delay * 500));
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-    close(ready[0]);
-    const std::string left = zylstore("list");
-    const auto lines = std::count(left.begin(), left.end(), '\n');
-    EXPECT_TRUE(lines == objects || lines == 0) << lines << " after delay " << delay;
-    kept += lines == objects;
-  }
-  EXPECT_GE(kept, 1);
 }
 
 }  // namespace

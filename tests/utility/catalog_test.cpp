@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <sstream>
 #include <string>
-#include <vector>
 
 #include "common/ut/trace.h"
 #include "tests/support/captured.h"
@@ -198,52 +198,43 @@ TEST_F(Catalog, KnowsEveryHandleThatALineCanMean) {
   const auto padded = [](const std::string& line) {
     return line + std::string(80 - line.size(), ' ') + "\n";
   };
-  const std::string a(80, 'a'), b(80, 'b'), c = "c";
+  const std::string a(80, 'a'), b(80, 'b'), c = padded("c"), count = "\n1 row selected.\n";
   std::string accents;
   for (int i = 0; i < 80; ++i) accents += "\xc3\xa9";
   const struct {
-    std::string spool;
-    std::uint64_t rows, handles;
-    std::vector<std::string> known, unknown;
+    std::string spool, counts;   // rows and new handles
+    std::string known, unknown;  // with "|" behind each
   } rows[] = {
-      {"\nSession altered.\n\n  first piece\nsecond,x\n\tthird\nfirst\nSessions\n",
-       3,
-       2,
-       {"first", "second", "second,x", "third", "Sessions", "first piece"},
-       {"Session", "altered.", "piece", "x", ""}},
-      {padded("p1") + padded("p2") + padded("p1") + "\n3 rows selected.\n", 3, 2, {"p1", "p2"}, {}},
-      {padded("with blank") + "\n1 row selected.\n", 1, 1, {"with", "with blank"}, {"blank"}},
-      {"\nno rows selected\n\n", 0, 0, {}, {}},
-      {"ERROR:\nORA-28002: the password will expire within 7 days\nORA-28011: "
-       "soon\n\nORA-x:\nORA-12\n"
-       "xORA-1:\n\n3 rows selected.\n",
-       3,
-       3,
-       {"ORA-x:", "ORA-12", "xORA-1:"},
-       {}},
-      {a + "\n" + padded(c) + padded("d") + "\n2 rows selected.\n",
-       2,
-       2,
-       {a, c, a + c, "d"},
-       {c + "d", a + c + "d"}},
-      {a + "\n" + b + "\n" + padded(c) + "\n1 row selected.\n",
-       1,
-       1,
-       {a, b, a + b, b + c, a + b + c},
-       {}},
-      {padded("d") + a + "\n\n" + "2 rows selected.\n", 2, 2, {a, "d"}, {}},
-      {a + "\n" + padded("Session") + "\n1 row selected.\n", 1, 1, {a + "Session"}, {"Session"}},
-      {accents + "\n" + padded(c) + "\n1 row selected.\n", 1, 1, {accents + c}, {}},
-      {std::string(600, 'l') + "\n", 2, 2, {std::string(512, 'l'), std::string(88, 'l')}, {}},
+      {"\nSession altered.\n\n  first piece\nsecond,x\n\tthird\nfirst\nSessions\n", "3 2",
+       "first|second|second,x|third|Sessions|first piece|", "Session|altered.|piece|x||"},
+      {padded("p1") + padded("p2") + padded("p1") + "\n3 rows selected.\n", "3 2", "p1|p2|", ""},
+      {padded("with blank") + count, "1 1", "with|with blank|", "blank|"},
+      {"\nno rows selected\n\n", "0 0", "", ""},
+      {"ERROR:\nORA-28002: it will expire\nORA-28011: soon\n\nORA-x:\n" + count, "1 1", "ORA-x:|",
+       ""},
+      {"ORA-12\nxORA-1:\n", "2 2", "ORA-12|xORA-1:|", ""},
+      {a + "\n" + c + padded("d") + "\n2 rows selected.\n", "2 2", a + "|c|d|" + a + "c|",
+       "cd|" + a + "cd|"},
+      {a + "\n" + b + "\n" + c + count, "1 1",
+       a + "|" + b + "|" + a + b + "|" + b + "c|" + a + b + "c|", ""},
+      {padded("d") + a + "\n\n2 rows selected.\n", "2 2", a + "|d|", ""},
+      {a + "\n" + padded("Session") + count, "1 1", a + "Session|", "Session|"},
+      {accents + "\n" + c + count, "1 1", accents + "c|", ""},
+      {std::string(600, 'l') + "\n", "2 2",
+       std::string(512, 'l') + "|" + std::string(88, 'l') + "|", ""},
   };
   for (const auto& row : rows) {
     dir_.write("SQLOx_3.out", row.spool);
     dsBPlusTree tree;
     EXPECT_EQ(0, load(tree)) << row.spool << shown_;
-    EXPECT_EQ(row.rows, listing_.rows) << row.spool;
-    EXPECT_EQ(row.handles, listing_.handles) << row.spool;
-    for (const auto& handle : row.known) EXPECT_TRUE(holds(tree, handle)) << handle;
-    for (const auto& handle : row.unknown) EXPECT_FALSE(holds(tree, handle)) << handle;
+    EXPECT_EQ(row.counts, std::to_string(listing_.rows) + " " + std::to_string(listing_.handles))
+        << row.spool;
+    for (const bool known : {true, false}) {
+      std::istringstream handles(known ? row.known : row.unknown);
+      for (std::string handle; std::getline(handles, handle, '|');) {
+        EXPECT_EQ(known, holds(tree, handle)) << handle;
+      }
+    }
     EXPECT_EQ("", shown_);
   }
   dir_.write("SQLOx_3.out", "1\n2\n3\n4\n5\n6\n");

@@ -145,42 +145,6 @@ TEST_F(FileList, LeavesOutWhatTheTreeHolds) {
       names());
 }
 
-TEST_F(FileList, EndsAsTheServerSays) {
-  const std::string nothing = "\n\nQRB2599I There are no backup objects to show.\n\n\n";
-  const struct {
-    std::vector<Step> steps;
-    const char* names;
-    std::string shown;
-  } rows[] = {
-      {{answer(VLT_RC_FINISHED), ended()}, "", nothing},
-      {{answer(VLT_RC_NO_MATCH), Step("vltRCMsg", "7 0").text("ok"), ended()}, "", nothing},
-      {{answer(VLT_RC_UNKNOWN_FORMAT), found("/a"), answer(VLT_RC_UNKNOWN_FORMAT),
-        answer(VLT_RC_FINISHED), ended()},
-       "/fs/oracle/a",
-       ""},
-      {{found("/a"), answer(-50), ended()}, "/fs/oracle/a", ""},
-      {{answer(-50), ended()}, "", ""},
-  };
-  for (const auto& row : rows) {
-    list_.freeAll();
-    EXPECT_EQ(0, list(row.steps));
-    EXPECT_EQ(row.names, names());
-    EXPECT_EQ(row.shown, shown_);
-  }
-}
-
-TEST_F(FileList, PassesOnTheCodeOfASessionOrAQueryThatFails) {
-  EXPECT_EQ(2402,
-            list({Step("vltQuerySessInfo", "7", 2402), Step("vltRCMsg", "7 2402").text("ZYL gone")},
-                 nullptr, true));
-  EXPECT_EQ("", shown_);
-  EXPECT_EQ(54, list({Step("vltQuerySessInfo", "7"), Step("vltBeginQuery", "*", 54),
-                      Step("vltRCMsg", "7 54").text("ZYL not yours")},
-                     nullptr, true));
-  EXPECT_EQ("\nZYL not yours\n\n", shown_);
-  EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find("ZYL gone\n"));
-}
-
 TEST_F(FileList, ReadsRecordsOfAnyBytesWithinTheirBounds) {
   const auto scribble = [](void* record, std::size_t size) { std::memset(record, 0xff, size); };
   EXPECT_EQ(
