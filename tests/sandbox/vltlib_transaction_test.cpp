@@ -1,5 +1,4 @@
 // vltlib_transaction_test.cpp: what a transaction deletes, and that nothing else is ever deleted.
-
 #include "tests/sandbox/site.h"
 
 namespace {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstring>
 #include <sstream>
 #include <string>
 
@@ -20,9 +21,9 @@ class Catalog : public WithErrorLog {
   void SetUp() override {
     WithErrorLog::SetUp();
     path_.set((dir_.path("bin") + ":" + std::getenv("PATH")).c_str());
-    std::snprintf(record_.userName, sizeof record_.userName, "rman");
+    std::snprintf(record_.userName, sizeof record_.userName, "r\"m'&; an");
     std::snprintf(record_.password, sizeof record_.password, "pa'ss \"&@;");
-    std::snprintf(record_.connString, sizeof record_.connString, "prod");
+    std::snprintf(record_.connString, sizeof record_.connString, "pr;&'\"@d");
     record_.catalogNumber = 3;
     script_ = dir_.path("SQLIx.sql");
     spool_ = dir_.path("SQLOx_3.out");
@@ -64,7 +65,7 @@ TEST_F(Catalog, HandsSqlplusThisScriptAndRemovesIt) {
   sqlplus("ls -l \"$script\" | cut -c1-10 >" + dir_.path("mode") + "; echo piece >" + spool_);
   EXPECT_EQ(0, query());
   EXPECT_EQ(
-      "rman/pa'ss \"&@;@prod\nspool " + spool_ +
+      "r\"m'&; an/pa'ss \"&@;@pr;&'\"@d\nspool " + spool_ +
           "\nset term off \nset heading on\nset pagesize 0\nset linesize 80\nset recsep off\n"
           "set sqlterminator on\nalter session set NLS_DATE_FORMAT='MM/DD/YYYY:hh24:mi:ss';\n"
           "select handle from rc_backup_piece where completion_time >='1/1/2015:00:00:00' and "
@@ -81,7 +82,7 @@ TEST_F(Catalog, NeverRunsAScriptThatWouldBeCut) {
   sqlplus("echo piece >" + spool_);
   const std::size_t rest = [&] {
     EXPECT_EQ(0, query());
-    return dir_.read("seen").size() - 4;  // without "prod"
+    return dir_.read("seen").size() - std::strlen(record_.connString);
   }();
   std::string connect(1024 - rest, 'c');
   std::snprintf(record_.connString, sizeof record_.connString, "%s", connect.c_str());

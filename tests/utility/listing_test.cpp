@@ -1,5 +1,6 @@
 // listing_test.cpp: which objects of the server come into the list, and what ends a listing.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -143,6 +144,23 @@ TEST_F(FileList, LeavesOutWhatTheTreeHolds) {
       "/fs/oraclex" +
           longest,
       names());
+}
+
+TEST_F(FileList, KeepsTheNamesOfAllObjectsForDiagnosisForItsUserAlone) {
+  support::ScopedEnv temporary("TMPDIR", dir_.path().c_str());
+  const mode_t before = ::umask(0);
+  TR_ORCLEVEL2 = 1;
+  EXPECT_EQ(0, list({found("/a"), found("/b"), answer(VLT_RC_FINISHED), ended()}));
+  TR_ORCLEVEL2 = 0;
+  ::umask(before);
+  for (const auto& file : std::filesystem::directory_iterator(dir_.path())) {
+    const std::string name = file.path().filename();
+    if (!name.starts_with("ZYLO")) continue;
+    EXPECT_EQ("a\nb\n", dir_.read(name));
+    EXPECT_EQ(0600u, static_cast<unsigned>(file.status().permissions()));
+    return;
+  }
+  FAIL() << "no such file";
 }
 
 TEST_F(FileList, ReadsRecordsOfAnyBytesWithinTheirBounds) {
