@@ -21,8 +21,9 @@ void fuzz::check(const std::string&, char* text) {
   const int parts = std::sscanf(text, "%4[0-9]:%4[0-9]%1[+-]%c", from, to, sign, &past);
   const std::size_t first = std::strtoul(from, nullptr, 10), last = std::strtoul(to, nullptr, 10);
   for (auto i = first; parts == 3 && i <= std::min(last, kCount); ++i) wanted[i - (i > 0)] = *sign;
-  if (!std::strcmp(from, text) && first >= 1 && first <= kCount) wanted[first - 1] ^= '+' ^ '-';
-  hold((parts != 3 && std::strcmp(from, text)) || marks == wanted, "an answer marks what it says");
+  if (std::strcmp(from, text) == 0 && first >= 1 && first <= kCount) wanted[first - 1] ^= '+' ^ '-';
+  hold((parts != 3 && std::strcmp(from, text) != 0) || marks == wanted,
+       "an answer marks what it says");
 
   const std::size_t length = std::strlen(text), width = length % 99 + 1;
   std::vector<char> shown(width + 1);
