@@ -3,6 +3,7 @@
 // While the echo is off, signals that would end or stop the program are caught: the reading ends,
 // or pauses, the terminal gets its settings back, and only then the signal takes its course.
 #include <signal.h>
+#include <sys/select.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -62,8 +63,40 @@ class EchoOff {
   struct termios saved_ = {};
 };
 
+// Holds the watched signals back for a scope, but for the moments of waiting: one that comes just
+// before a wait would otherwise be seen with the next key only.
+class SignalsHeld {
+ public:
+  SignalsHeld() {
+    sigset_t watched;
+    ::sigemptyset(&watched);
+    for (const int sig : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGTSTP}) ::sigaddset(&watched, sig);
+    ::sigprocmask(SIG_BLOCK, &watched, &before_);
+  }
+  ~SignalsHeld() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  SignalsHeld(const SignalsHeld&) = delete;
+  SignalsHeld& operator=(const SignalsHeld&) = delete;
+
+  // Waits until the descriptor can be read. False when a signal came instead, or an error.
+  bool waitFor(int descriptor) const {
+    fd_set readable;
+    FD_ZERO(&readable);
+    FD_SET(descriptor, &readable);
+    return ::pselect(descriptor + 1, &readable, nullptr, nullptr, nullptr, &before_) == 1;
+  }
+  // Lets what is held back take its course.
+  void letPass() const {
+    sigset_t held;
+    ::sigprocmask(SIG_SETMASK, &before_, &held);
+    ::sigprocmask(SIG_SETMASK, &held, nullptr);
+  }
+
+ private:
+  sigset_t before_;
+};
+
 // Stops the program as SIGTSTP would have, with the terminal as it was, and goes on afterwards.
-void stopHere(EchoOff& echo) {
+void stopHere(EchoOff& echo, const SignalsHeld& held) {
   stopping = 0;
   ut::ignoreResult(echo.restore(), "it is set again below");
   struct sigaction standard = {}, noted = {};
@@ -71,23 +104,20 @@ void stopHere(EchoOff& echo) {
   ::sigemptyset(&standard.sa_mask);
   ::sigaction(SIGTSTP, &standard, &noted);
   ::kill(::getpid(), SIGTSTP);
+  held.letPass();
   ::sigaction(SIGTSTP, &noted, nullptr);
   echo.off();
 }
 
-void readLine(std::FILE* terminal, EchoOff& echo, char* buffer, int size) {
+void readLine(std::FILE* terminal, EchoOff& echo, const SignalsHeld& held, char* buffer, int size) {
   int length = 0;
   while (!interrupted && !ending) {
-    const int c = std::getc(terminal);
-    if (c == EOF && stopping) {
-      std::clearerr(terminal);
-      stopHere(echo);
-      continue;
-    }
-    if (c == EOF && std::ferror(terminal) && errno == EINTR) {
-      std::clearerr(terminal);
+    if (!held.waitFor(::fileno(terminal))) {
+      if (errno != EINTR) break;
+      if (stopping) stopHere(echo, held);
       continue;  // the loop's condition looks at what came
     }
+    const int c = std::getc(terminal);
     if (c == EOF || c == '\n') break;
     if (length < size) buffer[length++] = static_cast<char>(c);
   }
@@ -110,20 +140,21 @@ int readPass(char* buffer, int size) {
   *buffer = '\0';
   std::fflush(stdout);
   const ut::FilePtr terminal(std::fopen("/dev/tty", "r"));
-  if (terminal == nullptr) return -1;
+  if (terminal == nullptr || ::fileno(terminal.get()) >= FD_SETSIZE) return -1;
   std::setvbuf(terminal.get(), nullptr, _IONBF, 0);
   interrupted = 0;
   ending = 0;
   stopping = 0;
   bool restored = false;
   {
+    const SignalsHeld held;
     const SignalWatch interrupt(SIGINT, Catch, true);
     if (!interrupt.installed()) return -1;
     const SignalWatch quit(SIGQUIT, noteEnding), term(SIGTERM, noteEnding), hup(SIGHUP, noteEnding);
     const SignalWatch stop(SIGTSTP, noteStopping);
     EchoOff echo(::fileno(terminal.get()));
     if (!echo.active()) return -1;
-    readLine(terminal.get(), echo, buffer, size);
+    readLine(terminal.get(), echo, held, buffer, size);
     restored = echo.restore();
   }
   if (interrupted) ut::ignoreResult(::kill(::getpid(), SIGINT), "to our own process");
