@@ -140,9 +140,10 @@ short dsBPlusTree::PushIn(bData_t* item, bNodeType_t* rightSibling, bNodeType_t*
       TRACE(TR_ORCLEVEL0, " %s: Exit - NO MEMORY\n", "PushIn()");
       return rc;
     }
-    node->child[i + 2] = node->child[i + 1];
   }
   if (const short rc = Store(*item, node->item[position]); rc != kTreeStored) return rc;
+  // Only now, when nothing can fail any more: a child must not stand twice in a node.
+  for (int i = node->count; i > position; --i) node->child[i + 1] = node->child[i];
   node->child[position + 1] = rightSibling;
   ++node->count;
   return kTreeStored;

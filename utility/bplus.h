@@ -50,7 +50,8 @@ class dsBPlusTree {
   dsBPlusTree& operator=(const dsBPlusTree&) = delete;
 
   // Stores a copy of `item`, `size` bytes. Returns kTreeStored, kTreeNoMemory, DUP_VAL, or what
-  // `copyFn` returned. (The name lacks its n; callers know it that way.)
+  // `copyFn` returned. After any failure but DUP_VAL a node may be left partly shifted: such a tree
+  // can only be destroyed. (The name lacks its n; callers know it that way.)
   [[nodiscard]] short IsertItem(void* item, int size, CopyFn copyFn, CompareFn compareFn);
 
   // The stored copy that compares equal to `item`, or null. Owned by the tree.
