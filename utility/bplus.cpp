@@ -1,27 +1,24 @@
 // bplus.cpp: the search tree of file names, see bplus.h.
 #include "utility/bplus.h"
 
-#include "common/ut/psmem.h"
+#include <new>
+
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 
-void* BTreeMalloc(const char* file, int line, std::size_t size) {
-  return size == 0 ? nullptr : psMalloc(file, line, size);
-}
-
-void BTreeFree(const char* file, int line, void** pointer) {
-  if (pointer == nullptr || *pointer == nullptr) return;
-  psFree(file, line, *pointer);
-  *pointer = nullptr;
-}
-
 namespace {
 
-template <typename T>
-void release(T** pointer) {
-  void* address = *pointer;
-  BTreeFree(__FILE__, __LINE__, &address);
-  *pointer = nullptr;
+void release(void** pointer) { BTreeFree(__FILE__, __LINE__, pointer); }
+
+bNodeType_t*& childOf(bNodeType_t* node, int position) {
+  return static_cast<bInnerNode_t*>(node)->child[position];
+}
+
+// Has the memory fetched that the comparisons in a node, and the step below it, will want.
+void fetchAhead(bNodeType_t* node) {
+  for (int i = 0; i < node->count; ++i) __builtin_prefetch(node->data[i]);
+  if (node->leaf != 0) return;
+  for (int i = 0; i <= node->count; ++i) __builtin_prefetch(childOf(node, i));
 }
 
 }  // namespace
@@ -42,19 +39,20 @@ void* dsBPlusTree::SearchItem(void* item, CompareFn compareFn) {
 void* dsBPlusTree::SearchTree(void* item, bNodeType_t* node) {
   while (node != nullptr) {
     int position = 0;
-    if (SearchNode(item, node, &position)) return node->item[position]->data;
-    node = node->child[position];
+    if (SearchNode(item, node, &position)) return node->data[position];
+    node = node->leaf != 0 ? nullptr : childOf(node, position);
   }
   return nullptr;
 }
 
-// True when the node holds the item, at `*position`; else the item belongs below child[*position].
+// True when the node holds the item, at `*position`; else the item belongs below that child.
 bool dsBPlusTree::SearchNode(void* item, bNodeType_t* node, int* position) {
   *position = 0;
-  if (compareFn_(item, node->item[0]->data) == bLessThan) return false;
+  fetchAhead(node);
+  if (compareFn_(item, node->data[0]) == bLessThan) return false;
   compare_t result = bGreaterThan;
   while (*position < node->count) {
-    result = compareFn_(item, node->item[*position]->data);
+    result = compareFn_(item, node->data[*position]);
     if (result != bGreaterThan) break;
     ++*position;
   }
@@ -67,15 +65,17 @@ short dsBPlusTree::IsertItem(void* item, int size, CopyFn copyFn, CompareFn comp
   copyFn_ = copyFn;
   compareFn_ = compareFn;
   bData_t staged = {static_cast<std::uint32_t>(size), nullptr};
-  if (size > 0) staged.data = BTreeMalloc(__FILE__, __LINE__, static_cast<std::size_t>(size));
+  if (size > 0) {
+    staged.data = BTreeMalloc(__FILE__, __LINE__, static_cast<std::size_t>(size));
+  }
   if (staged.data == nullptr) return kTreeNoMemory;
   ut::ignoreResult(copyFn_(item, staged.data), "the copies that are stored are checked");
   // The staging buffer is not released: each insertion costs it, and the memory figures of sites
   // reckon with that. It stays known to the tracked allocation.
-  return InsertNode(&staged);
+  return InsertNode(staged);
 }
 
-short dsBPlusTree::InsertNode(bData_t* item) {
+short dsBPlusTree::InsertNode(const bData_t& item) {
   Risen risen;
   const short rc = PushDown(item, root_, &risen);
   if (rc == DUP_VAL) {
@@ -83,31 +83,33 @@ short dsBPlusTree::InsertNode(bData_t* item) {
     return rc;
   }
   if (rc != PUSH_UP) return rc;
-  bNodeType_t* node = NewNode();
-  const short stored = node == nullptr ? kTreeNoMemory : Store(*risen.item, node->item[0]);
+  bNodeType_t* node = NewNode(root_ == nullptr);
+  const short stored = node == nullptr ? kTreeNoMemory : Store(risen.item, node, 0);
   if (stored != kTreeStored) {
     TRACE(TR_ORCLEVEL0, " %s: Exit - no memory\n", "InsertNode()");
     FreeMemory(node);
     return stored;
   }
   node->count = 1;
-  node->child[0] = root_;
-  node->child[1] = risen.right;
+  if (node->leaf == 0) {
+    childOf(node, 0) = root_;
+    childOf(node, 1) = risen.right;
+  }
   root_ = node;
   return kTreeStored;
 }
 
-short dsBPlusTree::PushDown(bData_t* item, bNodeType_t* node, Risen* risen) {
+short dsBPlusTree::PushDown(const bData_t& item, bNodeType_t* node, Risen* risen) {
   if (node == nullptr) {  // below a leaf: the item itself rises
     *risen = {item, nullptr};
     return PUSH_UP;
   }
   int position = 0;
-  if (SearchNode(item->data, node, &position)) {
+  if (SearchNode(item.data, node, &position)) {
     TRACE(TR_ALL, " %s: Exit - return DUP_VAL\n", "PushDown()");
     return DUP_VAL;
   }
-  const short rc = PushDown(item, node->child[position], risen);
+  const short rc = PushDown(item, node->leaf != 0 ? nullptr : childOf(node, position), risen);
   if (rc != PUSH_UP) return rc;
   if (node->count < kMaxItems) return PushIn(risen->item, risen->right, node, position);
   const short split = Split(risen->item, risen->right, node, position, risen);
@@ -118,48 +120,51 @@ short dsBPlusTree::PushDown(bData_t* item, bNodeType_t* node, Risen* risen) {
 
 // Copies an item into a slot. A buffer that an item left behind when it rose is used again if it
 // is large enough.
-short dsBPlusTree::Store(const bData_t& item, bData_t* slot) {
-  if (slot->data != nullptr && slot->size < item.size) release(&slot->data);
-  if (slot->data == nullptr) slot->data = BTreeMalloc(__FILE__, __LINE__, item.size);
-  if (slot->data == nullptr) return kTreeNoMemory;
-  slot->size = item.size;
-  return static_cast<short>(copyFn_(item.data, slot->data));
+short dsBPlusTree::Store(const bData_t& item, bNodeType_t* node, int slot) {
+  void*& data = node->data[slot];
+  if (data != nullptr && node->size[slot] < item.size) release(&data);
+  if (data == nullptr) data = BTreeMalloc(__FILE__, __LINE__, item.size);
+  if (data == nullptr) return kTreeNoMemory;
+  node->size[slot] = item.size;
+  return static_cast<short>(copyFn_(item.data, data));
 }
 
 // Moves an item to another slot, by a copy of its bytes.
-short dsBPlusTree::Move(bData_t* from, bData_t* to) {
-  const short rc = Store(*from, to);
-  if (rc == kTreeStored) release(&from->data);
+short dsBPlusTree::Move(bNodeType_t* from, int slot, bNodeType_t* to, int toSlot) {
+  const short rc = Store({from->size[slot], from->data[slot]}, to, toSlot);
+  if (rc == kTreeStored) release(&from->data[slot]);
   return rc;
 }
 
-short dsBPlusTree::PushIn(bData_t* item, bNodeType_t* rightSibling, bNodeType_t* node,
+short dsBPlusTree::PushIn(const bData_t& item, bNodeType_t* rightSibling, bNodeType_t* node,
                           int position) {
   for (int i = node->count - 1; i >= position; --i) {
-    if (const short rc = Move(node->item[i], node->item[i + 1]); rc != kTreeStored) {
+    if (const short rc = Move(node, i, node, i + 1); rc != kTreeStored) {
       TRACE(TR_ORCLEVEL0, " %s: Exit - NO MEMORY\n", "PushIn()");
       return rc;
     }
   }
-  if (const short rc = Store(*item, node->item[position]); rc != kTreeStored) return rc;
+  if (const short rc = Store(item, node, position); rc != kTreeStored) return rc;
   // Only now, when nothing can fail any more: a child must not stand twice in a node.
-  for (int i = node->count; i > position; --i) node->child[i + 1] = node->child[i];
-  node->child[position + 1] = rightSibling;
+  if (node->leaf == 0) {
+    for (int i = node->count; i > position; --i) childOf(node, i + 1) = childOf(node, i);
+    childOf(node, position + 1) = rightSibling;
+  }
   ++node->count;
   return kTreeStored;
 }
 
-short dsBPlusTree::Split(bData_t* item, bNodeType_t* rightSibling, bNodeType_t* node, int position,
-                         Risen* risen) {
+short dsBPlusTree::Split(const bData_t& item, bNodeType_t* rightSibling, bNodeType_t* node,
+                         int position, Risen* risen) {
   const int median = position <= kSplitPoint ? kSplitPoint : kSplitPoint + 1;
-  bNodeType_t* right = NewNode();
+  const bool leaf = node->leaf != 0;
+  bNodeType_t* right = NewNode(leaf);
   if (right == nullptr) return kTreeNoMemory;
   for (int i = median; i < kMaxItems; ++i) {
-    if (const short rc = Move(node->item[i], right->item[i - median]); rc != kTreeStored) {
-      return rc;
-    }
-    right->child[i - median + 1] = node->child[i + 1];
-    node->child[i + 1] = nullptr;
+    if (const short rc = Move(node, i, right, i - median); rc != kTreeStored) return rc;
+    if (leaf) continue;
+    childOf(right, i - median + 1) = childOf(node, i + 1);
+    childOf(node, i + 1) = nullptr;
   }
   node->count = static_cast<std::int16_t>(median);
   right->count = static_cast<std::int16_t>(kMaxItems - median);
@@ -167,39 +172,35 @@ short dsBPlusTree::Split(bData_t* item, bNodeType_t* rightSibling, bNodeType_t* 
                                            : PushIn(item, rightSibling, right, position - median);
   if (rc != kTreeStored) return rc;
   // The left node's last item rises. Its buffer stays in the slot until the parent has copied it.
-  *risen = {node->item[node->count - 1], right};
-  right->child[0] = node->child[node->count];
-  node->child[node->count] = nullptr;
-  --node->count;
+  const int last = node->count - 1;
+  *risen = {{node->size[last], node->data[last]}, right};
+  if (!leaf) {
+    childOf(right, 0) = childOf(node, last + 1);
+    childOf(node, last + 1) = nullptr;
+  }
+  node->count = static_cast<std::int16_t>(last);
   return kTreeStored;
 }
 
 // ---- Memory -------------------------------------------------------------------------------------
 
 // A node with five empty slots and no children, or null.
-bNodeType_t* dsBPlusTree::NewNode() {
-  auto* node = static_cast<bNodeType_t*>(BTreeMalloc(__FILE__, __LINE__, sizeof(bNodeType_t)));
-  if (node == nullptr) return nullptr;
-  *node = {};
-  for (bData_t*& slot : node->item) {
-    slot = static_cast<bData_t*>(BTreeMalloc(__FILE__, __LINE__, sizeof(bData_t)));
-    if (slot == nullptr) {
-      for (bData_t*& made : node->item) release(&made);
-      release(&node);
-      return nullptr;
-    }
-    *slot = {0, nullptr};
-  }
-  return node;
+bNodeType_t* dsBPlusTree::NewNode(bool leaf) {
+  const std::size_t size = leaf ? sizeof(bNodeType_t) : sizeof(bInnerNode_t);
+  void* memory = BTreeMalloc(__FILE__, __LINE__, size);
+  if (memory == nullptr) return nullptr;
+  if (leaf) return ::new (memory) bNodeType_t{0, 1, {}, {}};
+  return ::new (memory) bInnerNode_t{};
 }
 
 void dsBPlusTree::FreeMemory(bNodeType_t* node) {
   if (node == nullptr) return;
-  for (int i = 0; i <= kMaxItems && node->child[i] != nullptr; ++i) FreeMemory(node->child[i]);
-  // Also the buffers that risen items left behind in slots beyond the count.
-  for (bData_t*& slot : node->item) {
-    release(&slot->data);
-    release(&slot);
+  if (node->leaf == 0) {
+    for (int i = 0; i <= kMaxItems && childOf(node, i) != nullptr; ++i)
+      FreeMemory(childOf(node, i));
   }
-  release(&node);
+  // Also the buffers that risen items left behind in slots beyond the count.
+  for (void*& data : node->data) release(&data);
+  void* memory = node;
+  release(&memory);
 }

@@ -13,19 +13,27 @@
 // The searched item compared with a stored one.
 enum compare_t { bEqualTo = 0, bGreaterThan = 1, bLessThan = 2 };
 
-// One stored item.
+// One item on its way.
 struct bData_t {
   std::uint32_t size;  // bytes
-  void* data;          // owned by the slot; null until an item is stored there
+  void* data;
 };
 
 inline constexpr int kMaxItems = 5;    // in a node
 inline constexpr int kSplitPoint = 2;  // the fewest in a node but the root
 
+// A node. Its five records stand in it as two rows, so that a leaf fills one line of the
+// processor's cache; most nodes are leaves, and looking something up is waiting for memory. An
+// inner node has its children behind it (bInnerNode_t).
 struct bNodeType_t {
-  std::int16_t count;                 // items in use
+  std::int16_t count;             // items in use
+  std::int16_t leaf;              // 1: no children
+  std::uint32_t size[kMaxItems];  // of each item, in bytes
+  void* data[kMaxItems];          // owned; null until an item is stored there
+};
+
+struct bInnerNode_t : bNodeType_t {
   bNodeType_t* child[kMaxItems + 1];  // child[i] holds the items between item i-1 and item i
-  bData_t* item[kMaxItems];           // each a record of its own, there from the node's creation on
 };
 
 // Results of an insertion.
@@ -60,20 +68,20 @@ class dsBPlusTree {
  private:
   // What a step hands up to its parent with PUSH_UP.
   struct Risen {
-    bData_t* item = nullptr;
+    bData_t item = {0, nullptr};
     bNodeType_t* right = nullptr;
   };
 
   void* SearchTree(void* item, bNodeType_t* node);
   bool SearchNode(void* item, bNodeType_t* node, int* position);
-  short InsertNode(bData_t* item);
-  short PushDown(bData_t* item, bNodeType_t* node, Risen* risen);
-  short PushIn(bData_t* item, bNodeType_t* rightSibling, bNodeType_t* node, int position);
-  short Split(bData_t* item, bNodeType_t* rightSibling, bNodeType_t* node, int position,
+  short InsertNode(const bData_t& item);
+  short PushDown(const bData_t& item, bNodeType_t* node, Risen* risen);
+  short PushIn(const bData_t& item, bNodeType_t* rightSibling, bNodeType_t* node, int position);
+  short Split(const bData_t& item, bNodeType_t* rightSibling, bNodeType_t* node, int position,
               Risen* risen);
-  short Store(const bData_t& item, bData_t* slot);
-  short Move(bData_t* from, bData_t* to);
-  static bNodeType_t* NewNode();
+  short Store(const bData_t& item, bNodeType_t* node, int slot);
+  short Move(bNodeType_t* from, int slot, bNodeType_t* to, int toSlot);
+  static bNodeType_t* NewNode(bool leaf);
   void FreeMemory(bNodeType_t* node);
 
   bNodeType_t* root_ = nullptr;
@@ -84,8 +92,9 @@ class dsBPlusTree {
   void (*freeFn_)(void*) = nullptr;
 };
 
-// The tree's allocator: `size` bytes tagged with the place that asked; null for 0 or without
-// memory.
+// The tree's allocator (bplus_memory.cpp): `size` bytes tagged with the place that asked; null for
+// 0 or without memory. A block is aligned to the largest power of two that divides `size`, at most
+// 16: enough for any object of that size.
 [[nodiscard]] void* BTreeMalloc(const char* file, int line, std::size_t size);
 
 // Releases what `*pointer` points at and sets it to null; null addresses are ignored.

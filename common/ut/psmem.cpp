@@ -55,7 +55,8 @@ void psFree(const char* file, int line, void* block) {
 
 ut::MemoryUse ut::trackedMemory() {
   MutexGuard guard(memoryMutex);
-  return use;
+  const MemoryUse pooled = pooledMemory == nullptr ? MemoryUse{0, 0} : pooledMemory();
+  return {use.blocks + pooled.blocks, use.bytes + pooled.bytes};
 }
 
 void ut::forbidCoreFiles() {

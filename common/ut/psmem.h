@@ -22,8 +22,12 @@ struct MemoryUse {
   std::size_t blocks, bytes;
 };
 
-// What is allocated through psMalloc at this moment.
+// What is allocated through psMalloc at this moment, and what pooledMemory adds.
 MemoryUse trackedMemory();
+
+// For an allocator that cuts blocks of psMalloc into parts: what its parts take more than the
+// blocks that were cut (the numbers may be below 0, and wrap). Null while there is none.
+inline MemoryUse (*pooledMemory)() = nullptr;
 
 // From now on no core file of this process, and of what it starts, is written: it would hold the
 // passwords that are in memory.

@@ -1,0 +1,150 @@
+// bplus_memory.cpp: the search tree's allocator: very many blocks of a few sizes.
+//
+// Blocks of one size stand side by side in pages and go back to their size's list of free ones, so
+// that a block costs its own bytes and little else, and taking one costs a few pointers. Pages are
+// aligned to their own size: a block's page, and with it the block's size, is found from its
+// address.
+//
+//   arena   1 MB of the tracked allocation, cut into pages; never given back
+//   page    16 KB: its header, then blocks of one size
+//
+// With the address sanitizer each block comes from the tracked allocation itself, so that the
+// sanitizer sees it. Not for several threads, as the tree.
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+
+#include "common/ut/psmem.h"
+#include "utility/bplus.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define VEXO_EACH_BLOCK_TRACKED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VEXO_EACH_BLOCK_TRACKED 1
+#endif
+#endif
+
+#if defined(VEXO_EACH_BLOCK_TRACKED)
+
+void* BTreeMalloc(const char* file, int line, std::size_t size) {
+  return size == 0 ? nullptr : psMalloc(file, line, size);
+}
+
+void BTreeFree(const char* file, int line, void** pointer) {
+  if (pointer == nullptr || *pointer == nullptr) return;
+  psFree(file, line, *pointer);
+  *pointer = nullptr;
+}
+
+#else
+
+namespace {
+
+constexpr std::size_t kPageSize = std::size_t{16} << 10;
+constexpr std::size_t kArenaSize = std::size_t{1} << 20;
+constexpr std::size_t kArenaBlock = kArenaSize + kPageSize;  // room to align the pages
+constexpr std::size_t kStep = 2;                             // sizes are rounded up to it
+constexpr std::size_t kLargest = 1024;                       // what is larger has a page of its own
+
+struct alignas(64) Page {  // so that blocks of 64 bytes are lines of the cache
+  std::size_t blockSize;
+  void* whole;  // of a large block: the tracked allocation's block, else null
+};
+
+// The blocks of one size.
+struct Size {
+  char* freed;  // linked through the blocks' first bytes
+  char* next;   // never used yet, up to `end`
+  char* end;
+  std::size_t used;  // blocks
+};
+
+Size sizes[kLargest / kStep + 1];
+char* pages = nullptr;  // of the newest arena, those that have no size yet
+char* pagesEnd = nullptr;
+std::size_t arenas = 0;
+
+// The blocks in use in place of the arenas.
+ut::MemoryUse usedBlocks() {
+  ut::MemoryUse use = {0 - arenas, 0 - arenas * kArenaBlock};
+  for (std::size_t i = 0; i < std::size(sizes); ++i) {
+    use.blocks += sizes[i].used;
+    use.bytes += sizes[i].used * i * kStep;
+  }
+  return use;
+}
+
+char* alignedUp(void* memory) {
+  auto* address = static_cast<char*>(memory);
+  const std::size_t beyond = reinterpret_cast<std::uintptr_t>(address) % kPageSize;
+  return beyond == 0 ? address : address + (kPageSize - beyond);
+}
+
+Page* pageOf(void* block) {
+  auto* address = static_cast<char*>(block);
+  return reinterpret_cast<Page*>(address - reinterpret_cast<std::uintptr_t>(address) % kPageSize);
+}
+
+bool addPage(const char* file, int line, std::size_t blockSize, Size* blocks) {
+  if (pages == pagesEnd) {
+    void* arena = psMalloc(file, line, kArenaBlock);
+    if (arena == nullptr) return false;
+    ++arenas;
+    ut::pooledMemory = usedBlocks;
+    pages = alignedUp(arena);
+    pagesEnd = pages + kArenaSize;
+  }
+  char* page = pages;
+  pages += kPageSize;
+  *reinterpret_cast<Page*>(page) = {blockSize, nullptr};
+  blocks->next = page + sizeof(Page);
+  blocks->end = blocks->next + (kPageSize - sizeof(Page)) / blockSize * blockSize;
+  return true;
+}
+
+void* allocateLarge(const char* file, int line, std::size_t size) {
+  void* whole = psMalloc(file, line, size + sizeof(Page) + kPageSize);
+  if (whole == nullptr) return nullptr;
+  auto* page = reinterpret_cast<Page*>(alignedUp(whole));
+  *page = {size, whole};
+  return page + 1;
+}
+
+}  // namespace
+
+void* BTreeMalloc(const char* file, int line, std::size_t size) {
+  if (size == 0) return nullptr;
+  if (size > kLargest) return allocateLarge(file, line, size);
+  // A free block holds the link to the next one.
+  const std::size_t rounded =
+      size < sizeof(char*) ? sizeof(char*) : (size + kStep - 1) / kStep * kStep;
+  Size& blocks = sizes[rounded / kStep];
+  char* block = blocks.freed;
+  if (block != nullptr) {
+    std::memcpy(&blocks.freed, block, sizeof blocks.freed);
+  } else {
+    if (blocks.next == blocks.end && !addPage(file, line, rounded, &blocks)) return nullptr;
+    block = blocks.next;
+    blocks.next += rounded;
+  }
+  ++blocks.used;
+  return block;
+}
+
+void BTreeFree(const char* file, int line, void** pointer) {
+  if (pointer == nullptr || *pointer == nullptr) return;
+  void* block = *pointer;
+  *pointer = nullptr;
+  Page* page = pageOf(block);
+  if (page->whole != nullptr) {
+    psFree(file, line, page->whole);
+    return;
+  }
+  Size& blocks = sizes[page->blockSize / kStep];
+  std::memcpy(block, &blocks.freed, sizeof blocks.freed);
+  blocks.freed = static_cast<char*>(block);
+  --blocks.used;
+}
+
+#endif  // VEXO_EACH_BLOCK_TRACKED
