@@ -43,16 +43,26 @@ constexpr std::size_t kPieceSize = 513;
 constexpr std::size_t kLineWidth = 80;  // as the script sets it
 constexpr std::size_t kLongestHandle = 512;
 constexpr std::uint64_t kCountedFrom = 6;  // rows from which on sqlplus counts them by default
-constexpr std::string_view kSeparators = " ,\n\t";
+
+// Every line of a listing of a million goes through this: plain comparisons, no search in a set.
+bool isSeparator(char c) { return c == ' ' || c == ',' || c == '\n' || c == '\t'; }
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 // The first word of a text, which is taken off with the separators around it.
 std::string_view takeWord(std::string_view* text) {
-  text->remove_prefix(std::min(text->find_first_not_of(kSeparators), text->size()));
-  const std::string_view word = text->substr(0, text->find_first_of(kSeparators));
-  text->remove_prefix(word.size());
+  std::size_t start = 0;
+  while (start < text->size() && isSeparator((*text)[start])) ++start;
+  std::size_t end = start;
+  while (end < text->size() && !isSeparator((*text)[end])) ++end;
+  const std::string_view word = text->substr(start, end - start);
+  text->remove_prefix(end);
   return word;
+}
+
+std::string_view withoutEnd(std::string_view line) {
+  while (!line.empty() && isSeparator(line.back())) line.remove_suffix(1);
+  return line;
 }
 
 // "ORA-00942:" and the like: what Oracle and its tools say when something went wrong. Two of them
@@ -137,10 +147,10 @@ class Spool {
       begun_.clear();
       return 0;
     }
-    const std::string_view body = line.substr(0, line.find_last_not_of(kSeparators) + 1);
-    const std::string_view text = body.substr(body.find(word));
+    const std::string_view body = withoutEnd(line);
+    const std::string_view text = body.substr(static_cast<std::size_t>(word.data() - body.data()));
     if (isError(word)) return unsound(nlsprintf(2642, path_, text));
-    if (rowCount(text)) {
+    if (text != word && rowCount(text)) {
       counted_ = text;
       begun_.clear();
     } else if (!begun_.empty()) {
@@ -190,7 +200,7 @@ class Spool {
   // A line that is full to its last column goes on in the next one, unless its handle happens to
   // end there: which of the full lines before it a handle began in cannot be told.
   void keepForNext(std::string_view line) {
-    if (!fillsLine(line) || kSeparators.find(line.back()) != kSeparators.npos) {
+    if (!fillsLine(line) || isSeparator(line.back())) {
       begun_.clear();
       return;
     }
