@@ -80,4 +80,44 @@ TEST(BPlusTree, ReleasesAllButTheStagingBufferOfEachInsertion) {
   EXPECT_EQ(staged, ut::trackedMemory().bytes - before.bytes);
 }
 
+// A change of how the tree lies in memory must not change how often its callbacks are called.
+TEST(BPlusTree, ComparesAndCopiesExactlyAsOftenAsEver) {
+  static long compared, copied;
+  const auto compare = [](void* searched, void* stored) {
+    ++compared;
+    return utFindFilename(searched, stored);
+  };
+  const auto copy = [](void* from, void* to) {
+    ++copied;
+    return utInsertFilename(from, to);
+  };
+  std::vector<std::string> ascending, scattered;
+  for (int i = 10000; i < 20000; ++i) ascending.push_back("piece_" + std::to_string(i));
+  for (std::size_t i = 0; i < 10000; ++i) scattered.push_back(ascending[i * 7919 % 10000]);
+  const struct {
+    const char* order;
+    std::vector<std::string> names;
+    long insertCompares, copies, searchCompares;
+  } rows[] = {
+      {"ascending", ascending, 342092, 34952, 189992},
+      {"descending", {ascending.rbegin(), ascending.rend()}, 60903, 69919, 191228},
+      {"scattered", scattered, 181769, 51409, 198921},
+  };
+  for (const auto& row : rows) {
+    dsBPlusTree tree;
+    compared = copied = 0;
+    for (const std::string& name : row.names) {
+      ASSERT_EQ(kTreeStored, tree.IsertItem(const_cast<char*>(name.c_str()),
+                                            static_cast<int>(name.size()) + 1, copy, compare));
+    }
+    EXPECT_EQ(row.insertCompares, compared) << row.order;
+    EXPECT_EQ(row.copies, copied) << row.order;
+    compared = 0;
+    for (const std::string& name : ascending) {
+      ASSERT_NE(nullptr, tree.SearchItem(const_cast<char*>(name.c_str()), compare));
+    }
+    EXPECT_EQ(row.searchCompares, compared) << row.order;
+  }
+}
+
 }  // namespace
