@@ -72,6 +72,7 @@ function print_rows(    i, n) {
 }
 function judged(value, wanted, beyond) {
   if (value == "") return "not measured"
+  if (wanted == "-") return "-"
   if (beyond != "-" && value + 0 <= beyond + 0) return "stretch"
   return value + 0 <= wanted + 0 ? "yes" : "no"
 }

@@ -46,8 +46,8 @@ for n in "${sizes[@]}"; do
   enter_site "$n" $((n / 100))
   printf '%s\n' "" +0 rman rman prod q >"$SANDBOX_HOME/answers"
   bench_whole sync "$rounds" "$n" $((n / 100))
-  # The row of the table is about 100,000 picked objects, whatever the site's size.
   printf '%s\n' "" +0 + O y q >"$SANDBOX_HOME/answers"
+  printf '%s\n' "" +0 + q >"$SANDBOX_HOME/leave"
   bench_whole delete "$rounds" "$n"
   rm -rf "$SANDBOX_HOME"
 done

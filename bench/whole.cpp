@@ -7,6 +7,7 @@
 //   handles    what the catalog knows, a line each, in the catalog's order
 //   fresh.db   the store as it is before a run
 //   answers    what the user types
+//   leave      the same without a deletion, for DELETE
 //
 // Processor time and memory are the program's own (usage.cpp), sqlplus's are not in them. In memory
 // the share of the client library is what the bare query needs.
@@ -96,6 +97,8 @@ void compareSync(int rounds, std::size_t n, const std::string& orphans) {
   comparison.printCosts("sync_peak", n, "peak");
 }
 
+const char kLeaving[] = "vexosync, list only", kListing[] = "bare query";
+
 void compareDelete(int rounds, std::size_t n) {
   const auto fresh = [](const std::string& command, int status) {
     restoreStore();
@@ -104,8 +107,16 @@ void compareDelete(int rounds, std::size_t n) {
   const bench::Comparison comparison(
       rounds,
       {{kProgram, [&] { return fresh("bench_vexosync DELETE <" + site("answers"), kLeft); }},
-       {kQuery, [&] { return fresh("bench_bare delete " + std::to_string(n), 0); }}});
+       {kQuery, [&] { return fresh("bench_bare delete " + std::to_string(n), 0); }},
+       {kLeaving, [&] { return fresh("bench_vexosync DELETE <" + site("leave"), kLeft); }},
+       {kListing, [&] { return fresh("bench_bare query", 0); }}});
   comparison.printRatio("delete_cpu", n, kProgram, kQuery, "cpu");
+  // The deletion alone: without what it takes to list the objects and pick them.
+  bench::Values own = comparison.values(kProgram, "cpu"), bare = comparison.values(kQuery, "cpu");
+  const bench::Values leaving = comparison.values(kLeaving, "cpu");
+  const bench::Values listing = comparison.values(kListing, "cpu");
+  for (std::size_t i = 0; i < own.size(); ++i) own[i] -= leaving[i], bare[i] -= listing[i];
+  bench::printRatio("delete_alone", n, own, bare);
   comparison.printRatio("delete_wall", n, kProgram, kQuery, "wall");
   comparison.printCosts("delete_cpu", n, "cpu");
   comparison.printCosts("delete_wall", n, "wall");
