@@ -195,6 +195,7 @@ bNodeType_t* dsBPlusTree::NewNode(bool leaf) {
 
 void dsBPlusTree::FreeMemory(bNodeType_t* node) {
   if (node == nullptr) return;
+  fetchAhead(node);
   if (node->leaf == 0) {
     for (int i = 0; i <= kMaxItems && childOf(node, i) != nullptr; ++i)
       FreeMemory(childOf(node, i));
