@@ -112,9 +112,7 @@ TEST_F(Deletion, SaysWhatIsAboutToHappen) {
            "\nQRB2647W"},
       {"1", 2, 0, 1234567,
        "  Oracle:         knows 1,234,567 backup pieces of these dates, and none"},
-      {"1", 3, 2, 5,
-       "\nQRB2652W Of the catalogs that were asked (3), some know no backup piece of "
-       "these dates: 2."},
+      {"1", 3, 2, 5, "\nQRB2652W Catalogs that know no backup piece of these dates: 2 of 3. "},
   };
   for (const auto& row : rows) {
     support::ScriptedApi api;
