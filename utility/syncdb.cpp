@@ -15,7 +15,6 @@
 
 namespace {
 
-constexpr unsigned short kNoMemory = 2522;
 constexpr std::size_t kDateTextSize = 16;
 constexpr int kDateAnswerSize = 31;
 
@@ -79,8 +78,8 @@ unsigned short vexoProcessCommand(orcObj_t* orc, vexoOptionsInfo_t& options,
   try {
     rc = runStage(orc, options, commands);
   } catch (const std::bad_alloc&) {
-    nlprintf(kNoMemory);
-    rc = kNoMemory;
+    nlprintf(utility::kNoMemory);
+    rc = utility::kNoMemory;
   }
   TRACE(TR_ORCLEVEL2, " %s: Calling VLTTERMINATE(). vltHandle = %d\n", kFunction, orc->vltHandle);
   ut::ignoreResult(gVltApiObjP->dvltTerminate(VltApiStatusObjP, orc->vltHandle),

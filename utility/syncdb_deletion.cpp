@@ -19,7 +19,6 @@ namespace {
 using utility::Report;
 
 constexpr char kFunction[] = "utDeleteFiles()";
-constexpr unsigned short kNoMemory = 2522;
 
 // What is picked, in sum.
 struct Picks {
@@ -81,8 +80,8 @@ class Deletion {
   unsigned short abandon() {
     TRACE(TR_ORCLEVEL0, " %s: Exit - no memory\n\n", kFunction);
     if (inProgress_) ut::ignoreResult(end(VLT_VOTE_ABORT), "without a commit nothing is deleted");
-    nlprintf(kNoMemory);
-    return kNoMemory;
+    nlprintf(utility::kNoMemory);
+    return utility::kNoMemory;
   }
 
  private:

@@ -22,7 +22,6 @@ namespace {
 
 constexpr char kFunction[] = "utSyncZylToRman()";
 constexpr int kEmptyAnswers = 3;
-constexpr unsigned short kNoMemory = 2522;
 constexpr unsigned short kNoTempName = 2531;
 
 // The prompts of one catalog, by what is asked.
@@ -79,8 +78,8 @@ class CatalogDialogue {
     if (rc == 0) {
       catalog.bNoCatalog = noCatalog_ ? 1 : 0;
       catalog.catalogNumber = number;
-      rc = catalogs->addTail(catalog, 0) == 0 ? 0 : kNoMemory;
-      if (rc != 0) nlprintf(kNoMemory);
+      rc = catalogs->addTail(catalog, 0) == 0 ? 0 : utility::kNoMemory;
+      if (rc != 0) nlprintf(utility::kNoMemory);
     }
     ut::wipe(catalog.password, sizeof catalog.password);
     return rc;
@@ -261,8 +260,8 @@ unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const 
   }
   const std::unique_ptr<dsBPlusTree> tree(new (std::nothrow) dsBPlusTree(utFreeTree));
   if (tree == nullptr) {
-    nlprintf(kNoMemory);
-    return kNoMemory;
+    nlprintf(utility::kNoMemory);
+    return utility::kNoMemory;
   }
   TempNames names;
   unsigned short rc = makeTempNames(&names);

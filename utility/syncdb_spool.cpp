@@ -16,7 +16,6 @@
 //   ORA-01555: snapshot too old               the whole listing is void
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>

@@ -27,7 +27,6 @@ namespace {
 
 constexpr char kMain[] = "main()";
 constexpr int kNoMessageObject = 2534;
-constexpr int kNoMemory = 2522;
 constexpr int kClientType = 10;
 
 void printBanner() { nlprintf(475, 8, 1, 13, 1, 0, "1997", "2021"); }
@@ -114,8 +113,8 @@ int prepare(Run* run) {
 int setUpApi(orcObj_t* orc) {
   gVltApiObjP = new (std::nothrow) DVltApiDL;  // for the rest of the process, never deleted
   if (gVltApiObjP == nullptr) {
-    nlprintf(kNoMemory);
-    return kNoMemory;
+    nlprintf(utility::kNoMemory);
+    return utility::kNoMemory;
   }
   if (const int rc = gVltApiObjP->Setup(); rc != 0) {
     nlprintf(156);
@@ -177,7 +176,7 @@ int main(int argc, char** argv) {
   if (*run.options.optFile != '\0') {
     std::snprintf(environment, sizeof environment, "VEXO_OPTFILE=%s", run.options.optFile);
     if (::putenv(environment) != 0) {
-      nlprintf(kNoMemory);
+      nlprintf(utility::kNoMemory);
       closeSess(&run.orc);
       return -1;
     }
@@ -195,8 +194,8 @@ int main(int argc, char** argv) {
     ready = rc == 0;
     if (ready) rc = dispatch(&run);
   } catch (const std::bad_alloc&) {
-    nlprintf(kNoMemory);
-    rc = kNoMemory;
+    nlprintf(utility::kNoMemory);
+    rc = utility::kNoMemory;
   }
   rc = checkOutput(rc);
   closeSess(&run.orc);
