@@ -45,10 +45,19 @@ void* dsBPlusTree::SearchTree(void* item, bNodeType_t* node) {
   return nullptr;
 }
 
+// In an order that is nearly sorted the same nodes are searched again and again. What they hold is
+// in the processor's cache, and fetching it once more costs as much as comparing it.
+bool dsBPlusTree::SeenLately(const bNodeType_t* node) {
+  const bNodeType_t*& seen = seen_[reinterpret_cast<std::uintptr_t>(node) / sizeof *node % kSeen];
+  if (seen == node) return true;
+  seen = node;
+  return false;
+}
+
 // True when the node holds the item, at `*position`; else the item belongs below that child.
 bool dsBPlusTree::SearchNode(void* item, bNodeType_t* node, int* position) {
   *position = 0;
-  fetchAhead(node);
+  if (!SeenLately(node)) fetchAhead(node);
   if (compareFn_(item, node->data[0]) == bLessThan) return false;
   compare_t result = bGreaterThan;
   while (*position < node->count) {

@@ -73,6 +73,7 @@ class dsBPlusTree {
   };
 
   void* SearchTree(void* item, bNodeType_t* node);
+  bool SeenLately(const bNodeType_t* node);
   bool SearchNode(void* item, bNodeType_t* node, int* position);
   short InsertNode(const bData_t& item);
   short PushDown(const bData_t& item, bNodeType_t* node, Risen* risen);
@@ -84,7 +85,10 @@ class dsBPlusTree {
   static bNodeType_t* NewNode(bool leaf);
   void FreeMemory(bNodeType_t* node);
 
+  static constexpr std::size_t kSeen = 512;
+
   bNodeType_t* root_ = nullptr;
+  const bNodeType_t* seen_[kSeen] = {};  // by address; what is never deleted cannot go stale
   CompareFn compareFn_ = nullptr;
   CopyFn copyFn_ = nullptr;
 
