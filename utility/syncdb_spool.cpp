@@ -287,20 +287,24 @@ unsigned short utInsertFilename(void* from, void* to) {
   return 0;
 }
 
-compare_t utFindFilename(void* searched, void* stored) {
+namespace {
+
+// Out of the way of the comparison: a look-up compares some thirty times.
+[[gnu::cold, gnu::noinline]] compare_t traceComparison(compare_t result) {
   TRACE(TR_ALL, " %s: Enter\n", "utFindFilename()");
+  if (result == bEqualTo) TRACE(TR_ALL, " %s: Exit - bEqualTo\n\n", "utFindFilename()");
+  if (result == bGreaterThan) TRACE(TR_ALL, " %s: Exit - bGreaterThan\n\n", "utFindFilename()");
+  if (result == bLessThan) TRACE(TR_ALL, " %s: Exit - bLessThan\n\n", "utFindFilename()");
+  return result;
+}
+
+}  // namespace
+
+compare_t utFindFilename(void* searched, void* stored) {
   const int order =
       std::strcmp(static_cast<const char*>(searched), static_cast<const char*>(stored));
-  if (order == 0) {
-    TRACE(TR_ALL, " %s: Exit - bEqualTo\n\n", "utFindFilename()");
-    return bEqualTo;
-  }
-  if (order > 0) {
-    TRACE(TR_ALL, " %s: Exit - bGreaterThan\n\n", "utFindFilename()");
-    return bGreaterThan;
-  }
-  TRACE(TR_ALL, " %s: Exit - bLessThan\n\n", "utFindFilename()");
-  return bLessThan;
+  const compare_t result = order == 0 ? bEqualTo : order > 0 ? bGreaterThan : bLessThan;
+  return TR_ALL != 0 ? traceComparison(result) : result;
 }
 
 void utFreeTree(void* item) {
