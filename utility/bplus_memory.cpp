@@ -57,7 +57,7 @@ struct Size {
   char* freed;  // linked through the blocks' first bytes
   char* next;   // never used yet, up to `end`
   char* end;
-  std::size_t used;  // blocks
+  std::size_t taken, returned;  // blocks, ever
 };
 
 Size sizes[kLargest / kStep + 1];
@@ -67,10 +67,12 @@ std::size_t arenas = 0;
 
 // The blocks in use in place of the arenas.
 ut::MemoryUse usedBlocks() {
-  ut::MemoryUse use = {0 - arenas, 0 - arenas * kArenaBlock};
+  ut::MemoryUse use = {0 - arenas, 0 - arenas * kArenaBlock, 0 - arenas};
   for (std::size_t i = 0; i < std::size(sizes); ++i) {
-    use.blocks += sizes[i].used;
-    use.bytes += sizes[i].used * i * kStep;
+    const std::size_t used = sizes[i].taken - sizes[i].returned;
+    use.blocks += used;
+    use.bytes += used * i * kStep;
+    use.taken += sizes[i].taken;
   }
   return use;
 }
@@ -128,7 +130,7 @@ void* BTreeMalloc(const char* file, int line, std::size_t size) {
     block = blocks.next;
     blocks.next += rounded;
   }
-  ++blocks.used;
+  ++blocks.taken;
   return block;
 }
 
@@ -144,7 +146,7 @@ void BTreeFree(const char* file, int line, void** pointer) {
   Size& blocks = sizes[page->blockSize / kStep];
   std::memcpy(block, &blocks.freed, sizeof blocks.freed);
   blocks.freed = static_cast<char*>(block);
-  --blocks.used;
+  ++blocks.returned;
 }
 
 #endif  // VEXO_EACH_BLOCK_TRACKED

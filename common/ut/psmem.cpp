@@ -21,7 +21,7 @@ struct alignas(std::max_align_t) Header {
 
 psMutex_t memoryMutex = {PTHREAD_MUTEX_INITIALIZER};
 Header* firstBlock = nullptr;
-ut::MemoryUse use = {0, 0};
+ut::MemoryUse use = {0, 0, 0};
 
 }  // namespace
 
@@ -36,6 +36,7 @@ void* psMalloc(const char* file, int line, std::size_t size) {
   if (firstBlock != nullptr) firstBlock->previous = header;
   firstBlock = header;
   ++use.blocks;
+  ++use.taken;
   use.bytes += size;
   return header + 1;
 }
@@ -55,8 +56,8 @@ void psFree(const char* file, int line, void* block) {
 
 ut::MemoryUse ut::trackedMemory() {
   MutexGuard guard(memoryMutex);
-  const MemoryUse pooled = pooledMemory == nullptr ? MemoryUse{0, 0} : pooledMemory();
-  return {use.blocks + pooled.blocks, use.bytes + pooled.bytes};
+  const MemoryUse pooled = pooledMemory == nullptr ? MemoryUse{0, 0, 0} : pooledMemory();
+  return {use.blocks + pooled.blocks, use.bytes + pooled.bytes, use.taken + pooled.taken};
 }
 
 void ut::forbidCoreFiles() {

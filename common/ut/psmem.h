@@ -20,6 +20,7 @@ namespace ut {
 
 struct MemoryUse {
   std::size_t blocks, bytes;
+  std::size_t taken;  // blocks that were ever allocated
 };
 
 // What is allocated through psMalloc at this moment, and what pooledMemory adds.
