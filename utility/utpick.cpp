@@ -29,25 +29,50 @@ long long readNumber(const char* text) { return std::strtoll(text, nullptr, 10);
 
 // ---- Marks --------------------------------------------------------------------------------------
 
-void mark(utZylObj_s* entry, int mode) {
+using utility::Picked;
+
+// Adds the entry's part to what is picked, before and after its mark is changed.
+void take(const utZylObj_s& entry, Picked* picked) {
+  if (entry.selected != 1) return;
+  ++picked->count;
+  picked->bytes += api::toNumber(entry.sizeEstimate);
+}
+void drop(const utZylObj_s& entry, Picked* picked) {
+  if (entry.selected != 1) return;
+  --picked->count;
+  picked->bytes -= api::toNumber(entry.sizeEstimate);
+}
+
+void mark(utZylObj_s* entry, int mode, Picked* picked) {
+  if (picked != nullptr) drop(*entry, picked);
   if (mode == kToggle) {
     entry->selected = entry->selected == 1 ? 0 : 1;
   } else if (mode == kPick || mode == kUnpick) {
     entry->selected = static_cast<std::uint32_t>(mode);
   }
+  if (picked != nullptr) take(*entry, picked);
 }
 
 // Marks from..to with one walk. Numbers past `count` are ignored; 0 stands for the first entry.
-void markRange(ObjectList* list, long long from, long long to, unsigned count, int mode) {
+void markRange(ObjectList* list, long long from, long long to, unsigned count, int mode,
+               Picked* picked) {
   const long long last = std::min<long long>(to, count);
   if (from > last) return;
   long long position = std::max<long long>(from, 1);
   utZylObj_s* entry = list->elementAt(static_cast<std::size_t>(position));
-  if (entry != nullptr && from < 1) mark(entry, mode);  // entry 0 is the first one
+  if (entry != nullptr && from < 1) mark(entry, mode, picked);  // entry 0 is the first one
   for (; entry != nullptr && position <= last; ++position) {
-    mark(entry, mode);
-    entry = list->getNext(entry);
+    mark(entry, mode, picked);
+    if (position < last) entry = list->getNext(entry);
   }
+}
+
+Picked countPicked(const ObjectList& list) {
+  Picked picked;
+  for (const utZylObj_s* entry = list.getFirst(); entry != nullptr; entry = list.getNext(entry)) {
+    take(*entry, &picked);
+  }
+  return picked;
 }
 
 }  // namespace
@@ -65,7 +90,8 @@ void gotoListElement(CLinkedList<utZylObj_s>* list, utZylObj_s** element, unsign
   *element = list->elementAt(index);
 }
 
-void pkHighlightEntry(CLinkedList<utZylObj_s>* list, unsigned index, unsigned count, int mode) {
+void pkHighlightEntry(CLinkedList<utZylObj_s>* list, unsigned index, unsigned count, int mode,
+                      utility::Picked* picked) {
   if (index > count) {
     TRACE(TR_ORCLEVEL0, " %s: Exit - Value out of range Value: %d\n\n", "pkHighlightEntry()",
           index);
@@ -73,10 +99,11 @@ void pkHighlightEntry(CLinkedList<utZylObj_s>* list, unsigned index, unsigned co
   }
   utZylObj_s* entry = nullptr;
   gotoListElement(list, &entry, index);
-  if (entry != nullptr) mark(entry, mode);
+  if (entry != nullptr) mark(entry, mode, picked);
 }
 
-void ProcessAnswer(CLinkedList<utZylObj_s>* list, const char* answer, unsigned count) {
+void ProcessAnswer(CLinkedList<utZylObj_s>* list, const char* answer, unsigned count,
+                   utility::Picked* picked) {
   static constexpr char kSeparators[] = " +-:,\t\n";
   long long rangeStart = -1, rangeEnd = -1;
   int mode = kPick;
@@ -100,11 +127,11 @@ void ProcessAnswer(CLinkedList<utZylObj_s>* list, const char* answer, unsigned c
       if (rangeStart < 0) rangeStart = number;
     } else {
       if (number >= 1 && number <= count) {
-        pkHighlightEntry(list, static_cast<unsigned>(number), count, kToggle);
+        pkHighlightEntry(list, static_cast<unsigned>(number), count, kToggle, picked);
       }
       continue;
     }
-    markRange(list, rangeStart, rangeEnd, count, mode);
+    markRange(list, rangeStart, rangeEnd, count, mode, picked);
     // To 0, not to -1: a second signed item of the line starts at the first entry. Users know that
     // too, it stays.
     if (delimiter != ':') rangeStart = rangeEnd = 0;
@@ -148,11 +175,36 @@ int formatEntry(const utZylObj_s& entry, char* out) {
   return entry.selected == 1 ? 1 : 0;
 }
 
+// What the screen's window shows of a text. The window counts bytes; of a character that it tears,
+// nothing is left.
+class Fitted {
+ public:
+  Fitted(const char* text, int offset, int width) {
+    FitStringToScreenSize(line_, text, offset, std::min(width, kWidestLine - 1));
+    while (offset > 0 && isContinuation(*start_)) ++start_;
+    std::size_t end = std::strlen(start_);
+    std::size_t behind = 0;
+    while (behind < end && isContinuation(start_[end - 1 - behind])) ++behind;
+    if (behind >= end) return;
+    const auto lead = static_cast<unsigned char>(start_[end - 1 - behind]);
+    const std::size_t wanted = lead < 0xC0 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+    if (behind < wanted) start_[end - 1 - behind] = '\0';
+  }
+  Fitted(const Fitted&) = delete;
+  Fitted& operator=(const Fitted&) = delete;
+
+  const char* text() const { return start_; }
+
+ private:
+  static bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
+  char line_[kWidestLine];
+  char* start_ = line_;
+};
+
 // A line cut to the screen, through message 2.
 void printFitted(const std::string& text, int offset, int width) {
-  char line[kWidestLine];
-  FitStringToScreenSize(line, text.c_str(), offset, std::min(width, kWidestLine - 1));
-  nlprintf(2, line);
+  nlprintf(2, Fitted(text.c_str(), offset, width).text());
 }
 
 // The head of the page. True when the owner took a line of its own.
@@ -179,9 +231,8 @@ int printEntries(ObjectList* list, unsigned top, int counter, int cols, int hoff
     char text[kEntryTextSize];
     const int picked = pkFormatEntry(list, text, count, index);
     if (*text == '\0') break;
-    char shown[kWidestLine];
-    FitStringToScreenSize(shown, text, hoffset, std::min(cols - 12, kWidestLine - 1));
-    nlprintf(2594, picked == 1 ? 'x' : ' ', index, shown);
+    const Fitted shown(text, hoffset, cols - 12);
+    nlprintf(2594, picked == 1 ? 'x' : ' ', index, shown.text());
     ++index;
     ++lines;
     --counter;
@@ -210,6 +261,14 @@ void printRuler(int cols, int hoffset) {
   printFitted(ruler, 0, cols - 8);
 }
 
+void printHelp(const Picked& picked, unsigned count, int cols) {
+  printFitted(nlsprintf(2595), 0, cols);
+  printFitted(nlsprintf(2596), 0, cols);
+  printFitted(nlsprintf(2597, ut::formatNumber(picked.count).text, ut::formatNumber(count).text,
+                        ut::formatSize(picked.bytes).text),
+              0, cols);
+}
+
 }  // namespace
 
 int pkFormatEntry(CLinkedList<utZylObj_s>* list, char* out, unsigned count, unsigned index) {
@@ -221,13 +280,13 @@ int pkFormatEntry(CLinkedList<utZylObj_s>* list, char* out, unsigned count, unsi
 }
 
 int DisplayList(CLinkedList<utZylObj_s>* list, unsigned top, int rows, int cols, int hoffset,
-                unsigned count) {
+                unsigned count, const utility::Picked* picked) {
   psClearScrn();
   const bool withOwner = printHead(list, cols, hoffset);
   const int available = rows - (withOwner ? 3 : 2);
   const int lines = printEntries(list, top, available - 3, cols, hoffset, count);
   printRuler(cols, hoffset);
-  for (const int help : {2595, 2596, 2597}) printFitted(nlsprintf(help), 0, cols);
+  printHelp(picked == nullptr ? countPicked(*list) : *picked, count, cols);
   nlprintf(2598);
   std::fflush(stdout);
   return lines;
@@ -246,8 +305,8 @@ class PickScreen {
 
   int run() {
     while (cols_ >= kFewestCols && rows_ >= kFewestRows) {
-      pageSize_ =
-          DisplayList(list_, static_cast<unsigned>(top_), rows_ - 1, cols_, hoffset_, count_);
+      pageSize_ = DisplayList(list_, static_cast<unsigned>(top_), rows_ - 1, cols_, hoffset_,
+                              count_, &picked_);
       char answer[kAnswerSize];
       if (ReadAnswer(answer, sizeof answer) == ut::ReadResult::kCut) {
         // Half of an answer could mark what was not meant; the page is simply drawn again.
@@ -281,10 +340,10 @@ class PickScreen {
         TRACE(TR_ORCLEVEL1, " %s: Exit - pick canceled\n\n", kFunction);
         return kPickCancelled;
       case '+':
-        markRange(list_, 1, count_, count_, kPick);
+        markRange(list_, 1, count_, count_, kPick, &picked_);
         break;
       case '-':
-        markRange(list_, 1, count_, count_, kUnpick);
+        markRange(list_, 1, count_, count_, kUnpick, &picked_);
         break;
       case 'T':
         top_ = 1;
@@ -308,7 +367,7 @@ class PickScreen {
         shift(argument(rest, kDefaultShift));
         break;
       default:
-        ProcessAnswer(list_, answer, count_);
+        ProcessAnswer(list_, answer, count_, &picked_);
     }
     return kGoOn;
   }
@@ -339,6 +398,7 @@ class PickScreen {
   int pageSize_ = 0;
   long long top_ = 1;
   int hoffset_ = 0;
+  Picked picked_;  // nothing at first: pkInitEntries has cleared all marks
 };
 
 }  // namespace

@@ -10,6 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "common/nls/nls.h"
+#include "common/ut/nfdate.h"
+#include "common/ut/printable.h"
+#include "common/ut/trace.h"
 #include "tests/support/captured.h"
 #include "tests/utility/messages.h"
 
@@ -113,9 +117,15 @@ TEST_F(PickList, AppliesEveryFormOfAnswer) {
   for (const auto& row : rows) {
     ObjectList list;
     fill(list, 9);
-    if (*row.before == '+') ProcessAnswer(&list, "1:9+", 9);
-    ProcessAnswer(&list, row.answer, 9);
+    utility::Picked reckoned;
+    if (*row.before == '+') ProcessAnswer(&list, "1:9+", 9, &reckoned);
+    ProcessAnswer(&list, row.answer, 9, &reckoned);
     EXPECT_EQ(row.picked, picks(list)) << "answer: " << row.answer;
+    for (const utZylObj_s* o = list.getFirst(); o != nullptr; o = list.getNext(o)) {
+      if (o->selected == 1) --reckoned.count, reckoned.bytes -= o->sizeEstimate.lo;
+    }
+    EXPECT_EQ(0u, reckoned.count) << "answer: " << row.answer;
+    EXPECT_EQ(0u, reckoned.bytes) << "answer: " << row.answer;
   }
 }
 
@@ -142,7 +152,8 @@ TEST_F(PickList, DrawsThreeEntriesOnTwentyFourLines) {
       "        0---------10--------20--------30--------40--------50--------60--------7");
   ASSERT_EQ(23u, lines.size());
   for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(expected[i], lines[i]) << i;
-  for (std::size_t help = 19; help < 22; ++help) EXPECT_LT(lines[help].size(), 79u) << "cut";
+  for (std::size_t help = 19; help < 22; ++help) EXPECT_LE(lines[help].size(), 79u) << "cut";
+  EXPECT_EQ(0u, lines[21].find("  Picked 1 of 3 (1.00 KB)  ")) << lines[21];
   EXPECT_EQ("Command ==> ", lines.back());
   EXPECT_EQ(13, pageSize);
 }
@@ -157,6 +168,60 @@ TEST_F(PickList, GivesTheOwnerALineOfTheList) {
   EXPECT_EQ(0u, lines[17].find("      30| "));
   EXPECT_EQ(12, pageSize);
   EXPECT_EQ(23u, lines.size());
+}
+
+TEST_F(PickList, LinesUpAtEveryWidthAndInEveryFormat) {
+  ObjectList list;
+  fill(list, 30, "DBA");
+  for (int i = 0; i < 40; ++i) std::strcat(list.elementAt(3)->name, "\xe2\x82\xac");
+  for (int format = 0; format < 30; ++format) {
+    ut::setRunFormats({format % 6, format / 6, format % 7});
+    const std::vector<std::string> lines = page(list, 1, 22, 200, 0);
+    EXPECT_EQ(lines[4].find("Object name"), lines[7].find("/marlorc")) << lines[7];
+    EXPECT_EQ(lines[4].find("Size") + 4, lines[7].find("KB") + 2) << lines[7];
+  }
+  const std::vector<std::string> wide = page(list, 1, 22, 200, 0);
+  for (std::size_t cols = 20; cols < 200; ++cols) {
+    const std::vector<std::string> lines = page(list, 1, 22, static_cast<int>(cols), 0);
+    ASSERT_EQ(wide.size(), lines.size());
+    for (std::size_t i = 0; i + 1 < lines.size(); ++i) {
+      EXPECT_LE(lines[i].size(), cols) << lines[i];
+      EXPECT_EQ(0u, wide[i].find(lines[i])) << lines[i];
+      EXPECT_EQ(ut::printable(lines[i]), lines[i]) << "a character is torn";
+    }
+  }
+  EXPECT_EQ("x1234567| ", nlsprintf(2594, 'x', 1234567u, "").substr(0, 10));
+}
+
+// Over a list of a million a command must not walk further than it marks.
+TEST_F(PickList, VisitsWhatItMarksAndNothingElse) {
+  const struct {
+    const char* answer;
+    std::size_t steps;
+  } rows[] = {{"+", 999}, {"-", 999},   {"700:799+", 99},     {"900:5000-", 100},
+              {"7", 0},   {"1000+", 0}, {"2 400 600 999", 0}, {"d", 0},
+              {"b", 0},   {"g 500", 0}};
+  ObjectList list;
+  fill(list, 1000);
+  const auto steps = [&list](const std::string& input) {
+    std::string output;
+    {
+      VEXCTrace trace;
+      EXPECT_EQ(0u, trace.trBegin("STDOUT", 0) + trace.trEnable("LINKEDLIST", true));
+      EXPECT_EQ(kPickCancelled, run(list, input, &output));
+    }
+    TR_LINKEDLIST = 0;
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = output.find("Enter CLinkedList::getNext", at)) != output.npos;) {
+      ++count, ++at;
+    }
+    return count;
+  };
+  const std::size_t without = steps("q\n");
+  EXPECT_EQ(1000u, without) << "all marks are cleared";
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.steps, steps(std::string(row.answer) + "\nq\n") - without) << row.answer;
+  }
 }
 
 TEST_F(PickList, ScrollsTextHeadingAndRulerTogether) {
