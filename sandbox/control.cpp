@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <thread>
 
 #include "sandbox/names.h"
 
@@ -87,10 +88,12 @@ std::optional<std::string> findOperation(std::string_view name) {
 
 void Control::refresh() {
   recording_ = store_.setting("recordCalls") != 0;
+  latency_ = std::chrono::milliseconds(store_.setting("latency"));
   armed_ = store_.database().queryInteger("SELECT EXISTS(SELECT 1 FROM fault)") != 0;
 }
 
 std::optional<Fault> Control::strike(std::string_view operation) {
+  if (latency_.count() > 0) std::this_thread::sleep_for(latency_);
   if (!armed_) return std::nullopt;
   WriteTransaction counting(store_.database());
   std::optional<Fault> fault;

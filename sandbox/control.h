@@ -24,6 +24,7 @@
 #ifndef SANDBOX_CONTROL_H
 #define SANDBOX_CONTROL_H
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -75,12 +76,12 @@ class Control {
 
   const std::string& storePath() const { return store_.path(); }
 
-  // Reads what is armed and whether calls are recorded. Two look-ups of a few microseconds: callers
-  // do it for every operation but those that run once per object.
+  // Reads what is armed, whether calls are recorded, and the latency. Three look-ups of a few
+  // microseconds: callers do it for every operation but those that run once per object.
   void refresh();
 
   // The fault that acts on this call, counted down; nothing when the call is to be carried out.
-  // Costs nothing when no fault is armed.
+  // Costs nothing when no fault is armed and the server has no latency.
   std::optional<Fault> strike(std::string_view operation);
 
   bool recording() const { return recording_; }
@@ -104,6 +105,7 @@ class Control {
   std::optional<Statement> insertCall_;
   bool recording_ = false;
   bool armed_ = false;
+  std::chrono::milliseconds latency_{0};
 };
 
 }  // namespace sandbox

@@ -3,7 +3,8 @@
 // One SQLite file in write-ahead mode. Several processes may work on it at once; a process that is
 // killed leaves what it had committed. The tables, drawn once:
 //
-//   setting  name        'maxObjPerTxn' (0: no limit), 'recordCalls' (0 or 1)
+//   setting  name        'maxObjPerTxn' (0: no limit), 'recordCalls' (0 or 1),
+//                        'latency' (milliseconds a call)
 //            value
 //   node     id
 //            name        in capitals, unique

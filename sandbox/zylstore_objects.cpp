@@ -171,7 +171,10 @@ void runLimits(const Arguments& arguments) {
   Store store(storePath(arguments));
   if (arguments.has("--max-objects-per-txn"))
     store.changeSetting("maxObjPerTxn", arguments.number("--max-objects-per-txn", 0, 0, 65535));
-  std::cout << "max-objects-per-txn " << store.setting("maxObjPerTxn") << "\n";
+  if (arguments.has("--latency"))
+    store.changeSetting("latency", arguments.number("--latency", 0, 0, 60'000));
+  std::cout << "max-objects-per-txn " << store.setting("maxObjPerTxn") << "\n"
+            << "latency " << store.setting("latency") << "\n";
 }
 
 constexpr OptionRow kInitOptions[] = {
@@ -207,6 +210,7 @@ constexpr OptionRow kListOptions[] = {
 
 constexpr OptionRow kLimitsOptions[] = {
     {"--max-objects-per-txn", "N", false, "0 to 65535; 0: no limit"},
+    {"--latency", "MS", false, "0 to 60000: how long the server takes over each call"},
 };
 
 constexpr CommandRow kCommands[] = {
