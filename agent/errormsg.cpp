@@ -17,6 +17,7 @@
 #include "common/nls/nls.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/printable.h"
+#include "common/ut/progress.h"
 #include "common/ut/psfile.h"
 #include "common/ut/strutil.h"
 
@@ -123,6 +124,7 @@ void agent::showAndLog(const std::string& text) {
 
 void psNonNlsErrorMsg(const char* text) {
   std::fflush(stdout);
+  ut::eraseProgress();
   std::fprintf(stderr, "%s\n", text);
   char directory[kOptionSize] = "";
   if (psvexoGetVexoDir(directory, sizeof directory) != 0) *directory = '\0';

@@ -41,7 +41,7 @@ bench::Figures run(const std::string& command, int status) {
   const std::string usage = site("usage");
   ::setenv("VEXO_BENCH_USAGE", usage.c_str(), 1);
   const auto begin = std::chrono::steady_clock::now();
-  const int ended = std::system((command + " >" + site("screen")).c_str());
+  const int ended = std::system((command + " >" + site("screen") + " 2>&1").c_str());
   const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - begin;
   if (!WIFEXITED(ended) || WEXITSTATUS(ended) != status) {
     std::fprintf(stderr, "bench: '%s' ended with %d\n", command.c_str(), WEXITSTATUS(ended));

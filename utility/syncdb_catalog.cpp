@@ -16,6 +16,7 @@
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 #include "utility/syncdb.h"
+#include "utility/unx/querywatch.h"
 #include "utility/unx/sigwatch.h"
 
 namespace {
@@ -161,11 +162,15 @@ void removeAndEnd(int sig) {
 }
 
 // Runs the script and removes it. Returns what runSqlplus returned.
-int runScript(const char* scriptPath, const char* spoolPath) {
+int runScript(const char* scriptPath, const char* spoolPath, unsigned catalogNumber) {
   filesAtRisk[0] = TR_ORCLEVEL2 ? nullptr : scriptPath;  // under that flag they are kept
   filesAtRisk[1] = TR_ORCLEVEL2 ? nullptr : spoolPath;
   const utility::SignalWatch term(SIGTERM, removeAndEnd), hangUp(SIGHUP, removeAndEnd);
-  const int status = runSqlplus(scriptPath);
+  int status = 0;
+  {
+    const utility::QueryWatch watch(catalogNumber, spoolPath);
+    status = runSqlplus(scriptPath);
+  }
   utility::removeUnlessTraced(scriptPath);  // at once, it holds the password
   return status;
 }
@@ -191,7 +196,7 @@ unsigned short utQueryCatalog(const objCatInfo_s* catalog, const char* scriptPat
     utility::removeUnlessTraced(scriptPath);
     return reportNotCreated(spoolPath);
   }
-  const int status = runScript(scriptPath, spoolPath);
+  const int status = runScript(scriptPath, spoolPath, catalog->catalogNumber);
   if (status != 0) {
     utility::removeUnlessTraced(spoolPath);
     utility::reportText(nlsprintf(kQueryFailed));

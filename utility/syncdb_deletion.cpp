@@ -10,6 +10,7 @@
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
 #include "common/ut/nfdate.h"
+#include "common/ut/progress.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 #include "utility/syncdb.h"
@@ -52,12 +53,16 @@ class Deletion {
 
   unsigned short run() {
     nlprintf(131);
-    describePicks();
+    const Picks picks = picksOf(*list_);
+    describe(picks);
     if (PromptYN() != 1) {
       TRACE(TR_ORCLEVEL1, " %s: Exit - didn't enter 'y' \n\n", kFunction);
       return 0;
     }
     if (const int16_t rc = begin(Report::kLogAndTerminal); rc != 0) return code(rc);
+    ut::Progress progress([&picks](const char* count, const char* rate) {
+      return nlsprintf(2658, count, ut::formatNumber(picks.count).text, rate);
+    });
     utZylObj_s* object = list_->getFirst();
     while (object != nullptr) {
       if (object->selected != 1) {
@@ -72,6 +77,7 @@ class Deletion {
       TRACE(TR_ORCLEVEL2, " %s: Deleted file '%s' from Zyl Server\n", kFunction, object->name);
       object = list_->remove(object);
       ++inTransaction_;
+      progress.advance();
     }
     return commitLast();
   }
@@ -86,8 +92,7 @@ class Deletion {
 
  private:
   // Says what is about to happen, right before the question.
-  void describePicks() const {
-    const Picks picks = picksOf(*list_);
+  void describe(const Picks& picks) const {
     const std::string none = nls::plainText(2528);
     nlprintf(2580, ut::formatNumber(picks.count).text, ut::formatSize(picks.bytes).text,
              picks.count == 0 ? none : dateText(picks.oldest),

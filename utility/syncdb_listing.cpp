@@ -4,6 +4,7 @@
 
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/progress.h"
 #include "common/ut/psfile.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
@@ -26,11 +27,14 @@ class Listing {
     openDiagnosticFile();
     if (const int16_t rc = querySession(); rc != 0) return static_cast<unsigned short>(rc);
     if (const int16_t rc = beginQuery(); rc != 0) return static_cast<unsigned short>(rc);
+    ut::Progress progress(
+        [](const char* count, const char* rate) { return nlsprintf(2655, count, rate); });
     for (;;) {
       const int16_t rc = gVltApiObjP->dvltGetNextQObj(VltApiStatusObjP, orc_->vltHandle, &block_);
       TRACE(TR_ORCLEVEL2, " %s: VLTGETNEXTQOBJ() returned vltRc = %d\n", kFunction, rc);
       if (rc == VLT_RC_MORE_DATA) {
         if (const unsigned short taken = takeObject(); taken != 0) return taken;
+        progress.advance();
       } else if (rc == VLT_RC_UNKNOWN_FORMAT) {
         TRACE(TR_ORCLEVEL2,
               " %s: VLTGETNEXTQOBJ returned VLT_RC_UNKNOWN_FORMAT. Skip this object and continue "

@@ -28,6 +28,7 @@
 
 #include "agent/errormsg.h"
 #include "common/nls/nls.h"
+#include "common/ut/progress.h"
 #include "common/ut/psfile.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
@@ -114,6 +115,8 @@ class Spool {
   unsigned short load() {
     char piece[kPieceSize];
     bool inLine = false;
+    ut::Progress progress(
+        [](const char* count, const char* rate) { return nlsprintf(2657, count, rate); });
     while (std::fgets(piece, sizeof piece, file_) != nullptr) {
       const std::size_t length = std::strlen(piece);
       inLine = length == 0 || piece[length - 1] != '\n';
@@ -122,6 +125,7 @@ class Spool {
       if (inLine && length + 1 < sizeof piece) return unsound(nlsprintf(2649, path_));
       const unsigned short rc = takeLine({piece, inLine ? length : length - 1});
       if (rc != 0) return rc;
+      progress.advance();
     }
     if (std::ferror(file_) != 0) return kNotReadable;
     return inLine ? unsound(nlsprintf(2649, path_)) : judge();

@@ -181,14 +181,8 @@ class Fitted {
  public:
   Fitted(const char* text, int offset, int width) {
     FitStringToScreenSize(line_, text, offset, std::min(width, kWidestLine - 1));
-    while (offset > 0 && isContinuation(*start_)) ++start_;
-    std::size_t end = std::strlen(start_);
-    std::size_t behind = 0;
-    while (behind < end && isContinuation(start_[end - 1 - behind])) ++behind;
-    if (behind >= end) return;
-    const auto lead = static_cast<unsigned char>(start_[end - 1 - behind]);
-    const std::size_t wanted = lead < 0xC0 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
-    if (behind < wanted) start_[end - 1 - behind] = '\0';
+    while (offset > 0 && (*start_ & 0xC0) == 0x80) ++start_;
+    start_[ut::withoutTornEnd(start_).size()] = '\0';
   }
   Fitted(const Fitted&) = delete;
   Fitted& operator=(const Fitted&) = delete;
@@ -196,8 +190,6 @@ class Fitted {
   const char* text() const { return start_; }
 
  private:
-  static bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
-
   char line_[kWidestLine];
   char* start_ = line_;
 };

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "common/ut/nfdate.h"
+#include "common/ut/progress.h"
 #include "common/ut/psterm.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
@@ -252,6 +253,7 @@ std::string format(int number, std::span<const Insert> inserts) {
 }
 
 void print(int number, std::span<const Insert> inserts) {
+  ut::eraseProgress();
   try {
     const Shown shown = compose(number, inserts);
     std::fwrite(shown.text.data(), 1, shown.text.size(), stdout);

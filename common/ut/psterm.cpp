@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 
+#include "common/ut/progress.h"
 #include "common/ut/strutil.h"
 
 namespace {
@@ -33,6 +34,7 @@ void psGetScreenSize(int* rows, int* cols) {
 }
 
 void psClearScrn() {
+  ut::eraseProgress();
   ut::ignoreResult(std::fflush(stdout), "a failed write is seen when the program ends");
   ut::ignoreResult(std::system("tput clear"), "a screen that is not cleared is still readable");
 }

@@ -15,6 +15,7 @@
 
 #include "common/ut/nfdate.h"
 #include "common/ut/printable.h"
+#include "common/ut/progress.h"
 #include "common/ut/psmutex.h"
 #include "common/ut/strutil.h"
 
@@ -70,6 +71,7 @@ class TraceFile {
     length = length < ut::kMaxTraceLine ? length : ut::kMaxTraceLine;
     std::memcpy(line + used, text, length);
     ut::MutexGuard guard(wrapMutex_);
+    if (!seekable_) ut::eraseProgress();  // it may go to the terminal
     append(line, used + length);
   }
 

@@ -1,0 +1,70 @@
+// progress.cpp: the line that says how far a long stage is, see progress.h.
+#include "common/ut/progress.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <new>
+#include <utility>
+
+#include "common/ut/nfdate.h"
+#include "common/ut/strutil.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kPatience = 1s;
+constexpr auto kInterval = 100ms;
+
+std::size_t shownLength = 0;  // of the line that stands on the terminal; 0: none
+
+void toTerminal(const std::string& text) {
+  ut::ignoreResult(::write(STDERR_FILENO, text.data(), text.size()), "nothing depends on it");
+}
+
+std::size_t terminalWidth() {
+  struct winsize window;
+  const bool known = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &window) == 0 && window.ws_col > 1;
+  return known ? window.ws_col - 1u : 79u;
+}
+
+}  // namespace
+
+ut::Progress::Progress(Describe describe)
+    : active_(::isatty(STDERR_FILENO) == 1), describe_(std::move(describe)) {
+  if (!active_) return;
+  begin_ = Clock::now();
+  next_ = begin_ + kPatience;
+}
+
+ut::Progress::~Progress() { eraseProgress(); }
+
+void ut::Progress::update() {
+  const Clock::time_point now = Clock::now();
+  if (now < next_) return;
+  next_ = now + kInterval;
+  try {
+    draw(now);
+  } catch (const std::bad_alloc&) {
+    eraseProgress();  // the stage itself may have enough
+  }
+}
+
+void ut::Progress::draw(Clock::time_point now) {
+  const double seconds = std::chrono::duration<double>(now - begin_).count();
+  const auto rate = static_cast<std::uint64_t>(static_cast<double>(count_) / seconds);
+  const std::string whole = describe_(formatNumber(count_).text, formatNumber(rate).text);
+  const std::string_view text = withoutTornEnd(std::string_view(whole).substr(0, terminalWidth()));
+  const std::size_t rest = shownLength > text.size() ? shownLength - text.size() : 0;
+  std::fflush(stdout);  // what was printed before stands above the line
+  toTerminal("\r" + std::string(text) + std::string(rest, ' ') + "\r");
+  shownLength = text.size();
+}
+
+void ut::eraseProgress() {
+  if (shownLength == 0) return;
+  toTerminal("\r" + std::string(shownLength, ' ') + "\r");
+  shownLength = 0;
+}

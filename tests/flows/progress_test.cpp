@@ -1,0 +1,66 @@
+// progress_test.cpp: the line on the terminal that says how far a long stage is.
+#include <algorithm>
+#include <filesystem>
+
+#include "tests/flows/site.h"
+
+namespace {
+
+class Progress : public Site {
+ protected:
+  Progress() {
+    option("VEXO_ENABLESCRIPTINPUT y");
+    for (int i = 0; i < 40; ++i) object("/piece" + std::to_string(i));
+    zylstore("limits --latency 35");
+  }
+  // Runs a command line of the shell on the terminal, and returns what stood on it.
+  std::string shown(const std::string& command) {
+    terminal_ = std::make_unique<sandbox::Terminal>(
+        std::vector<std::string>{"/bin/sh", "-c", command}, settings_);
+    EXPECT_TRUE(terminal_->wait(std::chrono::seconds(30)));
+    return terminal_->transcript();
+  }
+  static long count(const std::string& text, const std::string& part) {
+    long result = 0;
+    for (std::size_t at = 0; (at = text.find(part, at)) != text.npos; at += part.size()) ++result;
+    return result;
+  }
+};
+
+TEST_F(Progress, StandsOnATerminalOnlyAndLeavesStandardOutputAlone) {
+  dir_.write("answers", "\n+0\n");
+  const auto begin = std::chrono::steady_clock::now();
+  const std::string line = shown("vexosync query <answers >seen");
+  const auto spent = std::chrono::steady_clock::now() - begin;
+  EXPECT_LE(1, count(line, "Listing backup objects: ")) << line;
+  EXPECT_GE(spent / std::chrono::milliseconds(100), count(line, "Listing")) << "ten times a second";
+  EXPECT_EQ(std::string::npos, line.find('\n'));
+  const std::size_t last = line.rfind("\r", line.size() - 2);
+  EXPECT_EQ(std::string::npos, line.find_first_not_of(" \r", last)) << "not erased: " << line;
+  EXPECT_EQ("", shown("vexosync query <answers >unseen 2>errors"));
+  EXPECT_EQ("", dir_.read("errors"));
+  EXPECT_EQ(dir_.read("unseen"), dir_.read("seen"));
+}
+
+TEST_F(Progress, IsShownInEveryStage) {
+  // Writes its answer as sqlplus does, but slowly.
+  const std::string sqlplus = dir_.write("bin/sqlplus", R"(#!/bin/sh
+spool=$(sed -n '2s/^spool //p' "${2#@}")
+for i in 1 2 3; do echo "piece$i"; sleep 0.7; done >"$spool"
+echo Disconnected
+)");
+  std::filesystem::permissions(sqlplus, std::filesystem::perms::owner_all);
+  settings_.environment["PATH"] = dir_.path("bin") + ":" + settings_.environment["PATH"];
+  dir_.write("answers", "\n+0\nrman\nrman\nprod\n+\no\ny\nq\n");
+  std::string text = shown("vexosync syncdb <answers");
+  for (const char* stage : {"\rCatalog 1: 2 lines of its answer (",
+                            "\rListing backup objects: ", "\rDeleting backup objects: "}) {
+    const std::size_t at = text.find(stage);
+    ASSERT_NE(text.npos, at) << stage << "\n" << text;
+    text.erase(0, at);
+  }
+  EXPECT_NE(text.npos, text.find(" of 37 (")) << text;
+  EXPECT_EQ("/piece1 /piece2 /piece3", stored());
+}
+
+}  // namespace

@@ -1,0 +1,81 @@
+// querywatch.cpp: how far a catalog query is, see querywatch.h.
+#include "utility/unx/querywatch.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <system_error>
+
+#include "common/nls/nls.h"
+#include "common/ut/strutil.h"
+#include "utility/syncdb.h"
+
+namespace {
+
+constexpr auto kInterval = std::chrono::milliseconds(100);
+
+// Lets no signal handler run in the threads that are started in its scope.
+class NoSignals {
+ public:
+  NoSignals() {
+    sigset_t all;
+    ::sigfillset(&all);
+    ut::ignoreResult(::pthread_sigmask(SIG_SETMASK, &all, &before_), "a full set is valid");
+  }
+  ~NoSignals() {
+    ut::ignoreResult(::pthread_sigmask(SIG_SETMASK, &before_, nullptr), "it was valid before");
+  }
+  NoSignals(const NoSignals&) = delete;
+  NoSignals& operator=(const NoSignals&) = delete;
+
+ private:
+  sigset_t before_ = {};
+};
+
+}  // namespace
+
+utility::QueryWatch::QueryWatch(unsigned catalogNumber, const char* spoolPath)
+    : spoolPath_(spoolPath), progress_([catalogNumber](const char* count, const char* rate) {
+        return nlsprintf(2656, catalogNumber, count, rate);
+      }) {
+  if (!progress_.active()) return;
+  const NoSignals none;
+  try {
+    thread_ = std::jthread([this](std::stop_token stop) { watch(std::move(stop)); });
+  } catch (const std::system_error&) {
+    // The query goes on unseen.
+  }
+}
+
+utility::QueryWatch::~QueryWatch() {
+  if (!thread_.joinable()) return;
+  thread_.request_stop();
+  thread_.join();
+}
+
+void utility::QueryWatch::watch(std::stop_token stop) {
+  std::unique_lock lock(mutex_);
+  while (!stopped_.wait_for(lock, stop, kInterval, [&stop] { return stop.stop_requested(); })) {
+    if (countLines()) progress_.reach(lines_);
+  }
+}
+
+bool utility::QueryWatch::countLines() {
+  const int file = ::open(spoolPath_, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) return false;
+  struct stat entry;
+  const bool written = ::fstat(file, &entry) == 0 && S_ISREG(entry.st_mode) && entry.st_size > 0 &&
+                       entry.st_mtim.tv_sec != kNotWritten;
+  char piece[16384];
+  ssize_t got = 0;
+  while (written && (got = ::pread(file, piece, sizeof piece, position_)) > 0) {
+    lines_ += static_cast<std::uint64_t>(std::count(piece, piece + got, '\n'));
+    position_ += got;
+  }
+  ut::ignoreResult(::close(file), "it was only read");
+  return written;
+}

@@ -1,0 +1,43 @@
+// querywatch.h: says on the terminal how far a catalog query is, while sqlplus runs.
+//
+// The program itself waits for sqlplus then, so a thread of the watch's own looks at the spool file
+// ten times a second and counts the lines that have come. It shows nothing before the first byte:
+// until then sqlplus may still write about its logon.
+#ifndef UTILITY_UNX_QUERYWATCH_H
+#define UTILITY_UNX_QUERYWATCH_H
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "common/ut/progress.h"
+
+namespace utility {
+
+class QueryWatch {
+ public:
+  // Begins, if standard error is a terminal. The caller must do nothing but wait for sqlplus until
+  // the watch ends; `spoolPath` is the caller's. Without a thread there is nothing to see.
+  QueryWatch(unsigned catalogNumber, const char* spoolPath);
+  // Ends it and erases the line.
+  ~QueryWatch();
+  QueryWatch(const QueryWatch&) = delete;
+  QueryWatch& operator=(const QueryWatch&) = delete;
+
+ private:
+  void watch(std::stop_token stop);
+  // Counts the lines that have come since the last time. False while nothing was written.
+  bool countLines();
+
+  const char* spoolPath_;
+  ut::Progress progress_;
+  std::uint64_t lines_ = 0;
+  off_t position_ = 0;
+  std::mutex mutex_;
+  std::condition_variable_any stopped_;
+  std::jthread thread_;
+};
+
+}  // namespace utility
+
+#endif  // UTILITY_UNX_QUERYWATCH_H
