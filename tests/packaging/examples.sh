@@ -1,0 +1,94 @@
+#!/usr/bin/env bash
+# examples.sh BUILD [PAGE...]: runs what the displays of the manual pages show, as a reader would
+# type it, with the programs of the build directory BUILD; each page on a site of its own.
+#
+# In a literal display, "$ " begins a command, which goes on behind a "\" or "|" at the line's end.
+# The lines below it are its output; "..." stands for any lines, and empty lines do not count. A
+# status other than 0 must be shown by "echo $?". Comments say what a reader does not see:
+#   .\" file NAME            the display is the contents of this file
+#   .\" expect|send|secret   what is answered on a terminal, as playsession reads it
+set -euo pipefail
+cd "$(dirname "$(readlink -f "$0")")/../.."
+root=$PWD build=$(readlink -f "$1")
+shift
+[[ $# -gt 0 ]] || set -- docs/man/*.[15]
+site=$(mktemp -d)
+trap 'rm -rf "$site"' EXIT
+export PATH=$build/bin:$build/bin/sandbox:$PATH TERM=dumb
+export LD_LIBRARY_PATH=$build/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
+unset VLTI_DIR VLTI_LOG VLTI_CONFIG VEXO_OPTFILE TMPDIR
+readonly today=2025-03-08 # what the pages show as the day of the run
+
+fail() {
+  printf 'examples: %s: %s\n$ %s\n' "$page" "$1" "$command" >&2
+  cat "$site/seen" >&2
+  exit 1
+}
+
+# A site as the example of zylstore(1) makes it; that page itself begins without one.
+make_site() {
+  export SANDBOX_HOME=$PWD VEXO_OPTFILE=$PWD/vexo.opt
+  zylstore init
+  zylstore node ORANODE --password secret --save-password passwords
+  zylstore generate --objects 60 --orphans 5 --today 2025-03-07 --catalogs prod,test
+  echo "STORE $PWD/store.db" >vlt.opt
+  printf '%s\n' "VLTI_ORC_CONFIG $PWD/vlt.opt" "VLTI_LOG $PWD" "VEXO_NODE ORANODE" \
+    "VEXO_PSWDPATH $PWD/passwords" "VEXO_DATE_FMT 3" >vexo.opt
+}
+
+# Runs the command that was read, and compares its output with the lines that were read below it.
+finish() {
+  local want gap=no at=0 seen
+  [[ -n $command ]] || return 0
+  # shellcheck disable=SC2016 # the text of the page
+  if [[ $command == 'echo $?' ]]; then
+    echo "$status" >"$site/seen"
+    status=0
+  elif [[ $status != 0 ]]; then
+    fail "the command before this one ended with $status"
+  elif [[ -n $session ]]; then
+    playsession --rows 24 --cols 80 <(echo "$session") -- bash -c "$command" >"$site/seen" || status=$?
+  else
+    eval "$command" >"$site/seen" 2>&1 </dev/null || status=$?
+  fi
+  mapfile -t seen < <(sed "s/ *\$//; /^\$/d; s/$(date +%F)/$today/g" "$site/seen")
+  for want in "${shown[@]}"; do
+    if [[ $want == ... ]]; then gap=yes; continue; fi
+    while [[ $gap == yes && $at -lt ${#seen[@]} && ${seen[at]} != "$want" ]]; do at=$((at + 1)); done
+    [[ ${seen[at]-} == "$want" ]] || fail "does not show: $want"
+    at=$((at + 1)) gap=no
+  done
+  [[ $gap == yes || $at == "${#seen[@]}" ]] || fail "shows more: ${seen[at]}"
+  commands=$((commands + 1)) command='' session='' shown=()
+}
+
+run_page() {
+  local line display=no file='' command='' session='' shown=() status=0 commands=0
+  while IFS= read -r line; do
+    case $line in
+      '.Bd -literal'*) display=yes ;;
+      .Ed) finish; display=no file='' ;;
+      '.\" file '*) file=${line#'.\" file '} ;;
+      '.\" expect'* | '.\" send'* | '.\" secret'*) session+=${line#'.\" '}$'\n' ;;
+      *)
+        [[ $display == yes ]] || continue
+        line=$(sed 's/\\-/-/g; s/\\(aq/'\''/g; s/\\&//g; s/\\e/\\/g' <<<"$line")
+        if [[ -n $file ]]; then echo "$line" >>"$file"
+        elif [[ ${command: -1} == [\\\|] && ${#shown[@]} == 0 ]]; then command+=$'\n'$line
+        elif [[ $line == '$ '* ]]; then finish; command=${line#'$ '}
+        elif [[ -n $command && -n $line ]]; then shown+=("$line"); fi ;;
+    esac
+  done <"$root/$page"
+  [[ $status == 0 ]] || fail "ended with $status"
+  echo "examples: $page: $commands commands"
+  [[ $commands -gt 0 ]]
+}
+
+for page in "$@"; do
+  mkdir "$site/${page##*/}"
+  (
+    cd "$site/${page##*/}"
+    [[ $page == */zylstore.1 ]] || make_site >"$site/made"
+    run_page
+  )
+done
