@@ -1,0 +1,56 @@
+# shellcheck shell=bash
+# site.sh: a site in miniature, read with `source site.sh`. The script that reads it says where the
+# stand-ins are: site_programs (directories with ":" between them) and site_libraries.
+: "${site_programs:?}" "${site_libraries:?}"
+
+# Lets the stand-ins be found before anything else of their names, with the site in $1.
+enter_site() {
+  export SANDBOX_HOME=$1
+  export PATH=$site_programs:$PATH
+  export LD_LIBRARY_PATH=$site_libraries${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
+  export VEXO_OPTFILE=$1/vexo.opt
+  unset VLTI_DIR VLTI_LOG VLTI_CONFIG
+  [[ -n ${TERM:-} && ${TERM:-} != dumb ]] || export TERM=ansi
+}
+
+# Makes a site in directory $1 and enters it: store, node, two catalogs, options; $2 objects, of which
+# $3 are orphans.
+make_site() {
+  local site=$1 objects=$2 orphans=$3
+  enter_site "$site"
+  zylstore init
+  zylstore node ORANODE --password secret --save-password "$site/passwords"
+  zylstore generate --objects "$objects" --orphans "$orphans" --seed 1 --catalogs prod,test
+  cat >"$site/vlt.opt" <<END
+* client options of the sandbox
+STORE $site/store.db
+NODENAME ORANODE
+END
+  cat >"$site/vexo.opt" <<END
+* agent options of the sandbox
+VLTI_ORC_CONFIG $site/vlt.opt
+VLTI_LOG        $site
+VEXO_NODE       ORANODE
+VEXO_PSWDPATH   $site/passwords
+VEXO_DATE_FMT   3
+END
+}
+
+# What the shell of site $1 reads first. The user's own start-up file may put a real sqlplus or client
+# library in front, which would then be taken for a stand-in: the site is entered again after it.
+shell_start() {
+  # shellcheck disable=SC2016 # for the other shell
+  echo '[[ ! -r ~/.bashrc ]] || source ~/.bashrc'
+  declare -p site_programs site_libraries
+  declare -f enter_site
+  printf 'enter_site %q\n' "$1"
+  # shellcheck disable=SC2016 # for the other shell
+  echo 'PS1="(sandbox) $PS1"'
+}
+
+# A shell in site $1, with its exit status. Without a terminal it takes its commands from standard input.
+site_shell() {
+  echo "Node ORANODE; catalogs prod and test, user rman, password rman."
+  echo "Try: vexosync query, vexosync syncdb -numcat=2, zylstore --help"
+  bash --rcfile <(shell_start "$1")
+}
