@@ -14,7 +14,13 @@ shift
 [[ $# -gt 0 ]] || set -- docs/man/*.[15]
 site=$(mktemp -d)
 trap 'rm -rf "$site"' EXIT
-export PATH=$build/bin:$build/bin/sandbox:$PATH TERM=dumb
+# vexosync-sandbox with its stand-ins beside it, as it is installed.
+mkdir "$site/sandbox"
+cp sandbox/site.sh "$site/sandbox"
+cp sandbox/vexosync-sandbox.sh "$site/sandbox/vexosync-sandbox"
+ln -s "$build/bin/sandbox" "$site/sandbox/bin"
+ln -s "$build/lib" "$site/sandbox/lib"
+export PATH=$build/bin:$build/bin/sandbox:$site/sandbox:$PATH TERM=dumb
 export LD_LIBRARY_PATH=$build/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
 unset VLTI_DIR VLTI_LOG VLTI_CONFIG VEXO_OPTFILE TMPDIR
 readonly today=2025-03-08 # what the pages show as the day of the run

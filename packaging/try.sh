@@ -1,0 +1,153 @@
+#!/usr/bin/env bash
+# try.sh: installs the packages of build/packages, uses them, removes them, and proves that nothing
+# is left but what is the user's; then the same with the archives. It changes the whole system: to be
+# run as root on a machine that is thrown away afterwards.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "$0")")/../build/packages"
+if [[ ${1:-} != --throw-away-machine || $(id -u) != 0 ]]; then
+  echo "Usage: packaging/try.sh --throw-away-machine" >&2
+  echo "As root. Installs and removes packages: only on a machine that nobody needs afterwards." >&2
+  exit 2
+fi
+export DEBIAN_FRONTEND=noninteractive
+unset VEXO_OPTFILE VLTI_DIR VLTI_LOG VLTI_CONFIG
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+fail() {
+  echo "try: $*" >&2
+  exit 1
+}
+
+# Every file of the system but those that change by themselves, and those of the package manager; it
+# removes /opt with the last package that has something there.
+files() {
+  find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /run -o -path /tmp -o -path "$PWD" \
+    -o -path /var/lib/dpkg -o -path /var/lib/apt -o -path /var/cache -o -path /var/log \) \
+    -prune -o ! -path /opt -print | sort
+}
+installed() { dpkg-query -W -f '${Package}\n' | sort; }
+
+# Expects the files of the system to be those of before, and those in $1, a line each.
+expect_left() {
+  files >"$work/files.now"
+  diff "$work/files.now" <(sort "$work/files.before" "$1") ||
+    fail "other files are there than expected (<: there, >: expected)"
+}
+
+# The packages, and what they need that was not there.
+install_packages() { apt-get install -y -qq --no-install-recommends ./*.deb >/dev/null; }
+
+# $1 is remove or purge; what came with the packages goes with them.
+remove_packages() {
+  local others
+  apt-get "$1" -y -qq vexosync vexosync-sandbox >/dev/null
+  others=$(comm -13 "$work/installed.before" <(installed) | grep -v '^vexosync' || true)
+  # shellcheck disable=SC2086 # one word for each package
+  [[ -z $others ]] || apt-get purge -y -qq $others >/dev/null
+}
+
+# Runs a command, which must end with status $1; its output is in $work/screen.
+ends_with() {
+  local expected=$1 status=0
+  shift
+  "$@" >"$work/screen" 2>&1 || status=$?
+  [[ $status == "$expected" ]] ||
+    fail "$* ended with $status, not with $expected: $(tail -n 20 "$work/screen")"
+}
+
+# A user's first steps on a machine without client library: the program logs that there is no options
+# file, then, with one, says that there is no library. The stand-ins are not taken for real ones.
+use_program() {
+  ends_with 230 vexosync QUERY
+  grep -q "$agent/vexo.opt" "$agent/vexoerror.log" || fail "the missing options file is not logged"
+  echo "VEXO_NODE MINE" >"$agent/vexo.opt"
+  ends_with 104 vexosync QUERY
+  if command -v sqlplus; then fail "the stand-in for sqlplus is on the path"; fi
+  if ldconfig -p | grep libApiDS64; then fail "the linker finds the stand-in for the client library"; fi
+}
+
+# A whole SYNCDB without a terminal in a new site: the first of the orphans is picked and deleted.
+use_sandbox() {
+  local site=$work/site
+  rm -rf "$site"
+  ends_with 0 vexosync-sandbox "$site" -- vexosync HELP
+  grep -q SYNCDB "$work/screen" || fail "vexosync HELP shows no help"
+  vexosync-sandbox "$site" -- zylstore list | sort >"$work/before"
+  echo "VEXO_ENABLESCRIPTINPUT YES" >>"$site/vexo.opt"
+  # 300, the code of a list that was left, is 44 in eight bits.
+  printf '%s\n' "" +0 rman rman prod rman rman test 1 O y q |
+    ends_with 44 vexosync-sandbox "$site" -- vexosync SYNCDB -NUMCATALOGS=2
+  vexosync-sandbox "$site" -- zylstore list | sort >"$work/after"
+  comm -23 "$work/before" "$work/after" >"$work/gone"
+  [[ $(wc -l <"$work/gone") == 1 ]] || fail "not one object is gone but $(wc -l <"$work/gone")"
+  echo "try: SYNCDB deleted $(cut -f 7 "$work/gone")"
+}
+
+# The sandbox's shell, which takes its commands from standard input, in a site that goes with it.
+use_shell() {
+  # shellcheck disable=SC2016 # for the other shell
+  echo 'echo "home $SANDBOX_HOME"; type -p sqlplus; exit 7' | ends_with 7 vexosync-sandbox
+  grep -q '/vexosync-sandbox/bin/sqlplus$' "$work/screen" || fail "the shell does not find sqlplus"
+  [[ ! -e $(sed -n 's/^home //p' "$work/screen") ]] || fail "the temporary site is left behind"
+}
+
+# Manual pages are found, where there is a man command and the system is not told to leave pages out.
+use_manuals() {
+  local path page
+  command -v man >/dev/null || { echo "try: no man command, manual pages not looked for"; return 0; }
+  for path in $(dpkg -L vexosync vexosync-sandbox | grep '/man/man[1-8]/'); do
+    page=$(basename "$path" .gz)
+    [[ -e $path ]] || { echo "try: $page is not installed on this system"; continue; }
+    [[ $(man -w "${page##*.}" "${page%.*}") == "$path" ]] || fail "man does not find $page"
+    echo "try: man finds $page"
+  done
+}
+
+apt-get update -qq
+files >"$work/files.before"
+installed >"$work/installed.before"
+
+install_packages
+agent=$(dirname "$(readlink -f /usr/bin/vexosync)")
+[[ ! -e $agent/vexo.opt ]] || fail "an options file is installed, which is the user's to write"
+use_program
+use_sandbox
+use_shell
+use_manuals
+apt-get install -y -qq --reinstall ./*.deb >/dev/null
+[[ $(cat "$agent/vexo.opt") == "VEXO_NODE MINE" ]] || fail "the user's options file is overwritten"
+echo "try: the packages work"
+
+# What is the user's: the options file, the error log, and the directories down to them.
+printf '%s\n' "$agent/vexo.opt" "$agent/vexoerror.log" >"$work/users"
+directory=$agent
+until [[ $directory == /opt ]] || grep -qxF "$directory" "$work/files.before"; do
+  echo "$directory" >>"$work/users"
+  directory=$(dirname "$directory")
+done
+remove_packages remove
+expect_left "$work/users"
+install_packages
+remove_packages purge
+expect_left "$work/users"
+echo "try: removed; left are $(tr '\n' ' ' <"$work/users")"
+
+rm "$agent/vexo.opt" "$agent/vexoerror.log"
+install_packages
+remove_packages remove
+expect_left /dev/null
+echo "try: removed without files of the user's; nothing is left"
+
+# The archives hold the same files. What the packages depend on stays for them.
+install_packages
+apt-get purge -y -qq vexosync vexosync-sandbox >/dev/null
+files >"$work/files.before"
+for archive in ./*.tar.gz; do tar -C / --no-overwrite-dir -xzf "$archive"; done
+use_sandbox
+for archive in ./*.tar.gz; do tar -tzf "$archive"; done | sed 's|^\.||; s|/$||' |
+  grep -vxFf "$work/files.before" -e /opt | sort -u >"$work/unpacked"
+expect_left "$work/unpacked"
+while read -r file; do rm -d "$file"; done < <(tac "$work/unpacked")
+expect_left /dev/null
+echo "try: the archives work; $(wc -l <"$work/unpacked") files and directories, removed again"
