@@ -90,7 +90,9 @@ const OptionRow* findKeyword(const char* keyword) {
   return nullptr;
 }
 
-unsigned short fail(int message, const char* keyword, const char* fileName) {
+using KeywordMessage = nls::Message<const char*, const char*>;
+
+unsigned short fail(KeywordMessage message, const char* keyword, const char* fileName) {
   psNonNlsErrorMsg(nlsprintf(message, keyword, fileName).c_str());
   return kOptionsFailed;
 }

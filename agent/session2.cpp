@@ -85,8 +85,9 @@ unsigned short preparePassword(orcObj_t* orc, char* password) {
   char dir[agent::kPasswordPathSize];
   char path[agent::kPasswordPathSize];
   psvexoGetFileName(dir, path, orc);
-  ut::ignoreResult(ut::copyText(orc->lastErrorMsg, nlsprintf(rc, static_cast<const char*>(path))),
-                   "a message is shorter");
+  ut::ignoreResult(
+      ut::copyText(orc->lastErrorMsg, nlsprintf(nls::fromCode(rc), static_cast<const char*>(path))),
+      "a message is shorter");
   vexoErrorMsg(orc->lastErrorMsg, 0);
   return static_cast<unsigned short>(rc);
 }

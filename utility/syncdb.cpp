@@ -143,7 +143,7 @@ void utGetDefaultDates(char* start, char* end) {
 namespace {
 
 // Asks for one date until the answer is valid. True when the default was taken.
-bool askDate(int prompt, const char* defaultText, nfDate* date) {
+bool askDate(nls::Message<const char*> prompt, const char* defaultText, nfDate* date) {
   char answer[kDateAnswerSize];
   const auto ask = [&] {
     nlprintf(prompt, defaultText);
@@ -211,7 +211,7 @@ unsigned short utProcessPickList(orcObj_t* orc, CLinkedList<utZylObj_s>* list) {
 
 namespace {
 
-std::string textOr(int message, const char* fallback) {
+std::string textOr(nls::Message<> message, const char* fallback) {
   const std::string text = nls::plainText(message);
   return text.empty() ? fallback : text;
 }

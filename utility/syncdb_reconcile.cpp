@@ -25,8 +25,9 @@ constexpr int kEmptyAnswers = 3;
 constexpr unsigned short kNoTempName = 2531;
 
 // The prompts of one catalog, by what is asked.
+using Prompt = nls::Message<std::uint32_t>;
 struct Prompts {
-  int userName, password, connString;
+  Prompt userName, password, connString;
 };
 constexpr Prompts kCatalogPrompts = {2540, 2541, 2542};
 constexpr Prompts kDatabasePrompts = {2605, 2606, 2607};
@@ -88,7 +89,7 @@ class CatalogDialogue {
  private:
   // Asks until there is an answer, three times at most.
   template <std::size_t N>
-  unsigned short askNeeded(int prompt, std::uint32_t number, char (&answer)[N], bool noEcho) {
+  unsigned short askNeeded(Prompt prompt, std::uint32_t number, char (&answer)[N], bool noEcho) {
     for (int tries = 0; tries < kEmptyAnswers; ++tries) {
       nlprintf(prompt, number);
       if (noEcho) {
@@ -106,7 +107,7 @@ class CatalogDialogue {
       nlprintf(131);
       nlprintf(131);
     }
-    if (prompt == prompts_.userName) {
+    if (prompt.number() == prompts_.userName.number()) {
       TRACE(TR_ORCLEVEL0, " %s: Exit - no username entered 3 times\n", kFunction);
     } else {
       TRACE(TR_ORCLEVEL0, " %s: Exit - no password entered 3 times\n", kFunction);
@@ -242,7 +243,7 @@ unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const 
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
   const bool fromScript = scriptInput(*orc);
   if (usedDefaultEnd != 0) {
-    agent::showAndLog(nlsprintf(fromScript ? 2613 : 2612));
+    agent::showAndLog(fromScript ? nlsprintf(2613) : nlsprintf(2612));
     if (fromScript) return utility::kFailed;
     nlprintf(131);
   }

@@ -241,7 +241,7 @@ unsigned short reportNotReadable(const char* path) {
   return kNotReadable;
 }
 
-unsigned short reportUnsound(int message, const char* path) {
+unsigned short reportUnsound(nls::Message<const char*> message, const char* path) {
   utility::reportText(nlsprintf(message, path));
   TRACE(TR_ORCLEVEL0, " %s: Exit - file '%s' is no answer of this query\n\n", kFunction, path);
   return kNotSound;

@@ -237,7 +237,7 @@ unsigned short vexoParseCmdLine(int argc, char** argv, vexoCommandsInfo_t* comma
 void vexoPrintError(unsigned short result, const char* text) {
   struct ErrorRow {
     unsigned short result;
-    int message;
+    nls::Message<> message;
     bool withText;
   };
   static constexpr ErrorRow kErrors[] = {{kParseBadOption, 103, true},

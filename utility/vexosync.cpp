@@ -28,6 +28,7 @@ namespace {
 constexpr char kMain[] = "main()";
 constexpr int kNoMessageObject = 2534;
 constexpr int kClientType = 10;
+constexpr nls::Message<> kHelpPages[] = {2586, 2611, 2587};
 
 void printBanner() { nlprintf(475, 8, 1, 13, 1, 0, "1997", "2021"); }
 
@@ -42,7 +43,7 @@ void deleteTrace() {
 void utSyncHelp() {
   nlprintf(131);
   printBanner();
-  for (const int page : {2586, 2611, 2587}) {
+  for (const nls::Message<> page : kHelpPages) {
     nlprintf(page);
     nlprintf(131);
   }

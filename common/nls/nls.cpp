@@ -263,19 +263,19 @@ void print(int number, std::span<const Insert> inserts) {
   }
 }
 
-std::string plainText(int number) {
+std::string plainText(Message<> message) {
   try {
     if (catalog == nullptr) return {};
-    const Entry& entry = catalog->fetch(number);
+    const Entry& entry = catalog->fetch(message.number());
     return entry.state == Entry::State::kGood ? entry.text : std::string();
   } catch (const std::bad_alloc&) {
     return {};
   }
 }
 
-int ask(int question, int mismatch) {
+int ask(Message<> question, Message<std::string> mismatch) {
   try {
-    const std::string letters = catalog == nullptr ? kYesNo : catalog->responses(question);
+    const std::string letters = catalog == nullptr ? kYesNo : catalog->responses(question.number());
     for (;;) {
       nlprintf(question);
       std::fflush(stdout);

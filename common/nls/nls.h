@@ -15,14 +15,17 @@
 // its number with the letters of its answers; the first letter means yes.
 //
 // A message that the catalog lacks, or one whose entry is damaged, is still shown: with a text that
-// is held in the code, the number, and the inserts.
+// is held in the code, the number, and the inserts. Whether a call fits the first catalog is
+// checked when it is compiled, see message.h.
 #ifndef COMMON_NLS_NLS_H
 #define COMMON_NLS_NLS_H
 
 #include <array>
 #include <span>
 #include <string>
+#include <type_traits>
 
+#include "common/nls/message.h"
 #include "common/nls/render.h"
 
 // What nlinit opened.
@@ -66,27 +69,28 @@ std::string format(int number, std::span<const Insert> inserts);
 void print(int number, std::span<const Insert> inserts);
 
 // The bare text of an entry, without inserts; empty when the catalog has no such message.
-std::string plainText(int number);
+std::string plainText(Message<> message);
 
 // Asks message `question` until standard input gives one of its letters, in any case, and returns
 // that letter's place in the catalog's list, from 0. An answer that is none of them is met with
 // message `mismatch`, which gets the letters as its insert. -1 at end of input.
-int ask(int question, int mismatch);
+int ask(Message<> question, Message<std::string> mismatch);
 
 }  // namespace nls
 
-// Prints message `number` with its inserts.
+// Prints a message with its inserts.
 template <typename... Values>
-void nlprintf(int number, const Values&... values) {
+void nlprintf(std::type_identity_t<nls::Message<Values...>> message, const Values&... values) {
   const std::array<nls::Insert, sizeof...(Values)> inserts = {nls::Insert(values)...};
-  nls::print(number, inserts);
+  nls::print(message.number(), inserts);
 }
 
 // The message as an owned text, without a line end of its own.
 template <typename... Values>
-std::string nlsprintf(int number, const Values&... values) {
+std::string nlsprintf(std::type_identity_t<nls::Message<Values...>> message,
+                      const Values&... values) {
   const std::array<nls::Insert, sizeof...(Values)> inserts = {nls::Insert(values)...};
-  return nls::format(number, inserts);
+  return nls::format(message.number(), inserts);
 }
 
 #endif  // COMMON_NLS_NLS_H

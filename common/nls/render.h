@@ -38,6 +38,8 @@ class Insert {
   template <std::unsigned_integral T>
   requires(!std::same_as<T, char> && !std::same_as<T, bool>) Insert(T number)
       : kind_(Kind::kUnsigned), number_(number) {}
+  template <std::same_as<bool> T>
+  Insert(T truth) = delete;  // it would become a character
 
   Kind kind() const { return kind_; }
   std::string_view text() const { return text_; }

@@ -42,12 +42,12 @@ struct PasswordLine {
   ~PasswordLine() { ut::wipe(text, sizeof text); }
 };
 
-short refuse(short message) {
+short refuse(nls::Message<> message) {
   nlprintf(131);
   nlprintf(message);
   nlprintf(131);
   nlprintf(131);
-  return message;
+  return static_cast<short>(message.number());
 }
 
 // Who may change the password, and whether there is a place for it. Returns 0 or a message.
@@ -151,7 +151,7 @@ short psvexoPassWord(orcObj_t* orc, vexoOptionsInfo_t& options) {
 namespace {
 
 // Asks one password. False when there is none to use, after a message.
-bool askPassword(int prompt, char (&password)[kPasswordSize]) {
+bool askPassword(nls::Message<> prompt, char (&password)[kPasswordSize]) {
   nlprintf(prompt);
   PasswordLine line;
   if (readPass(line.text, static_cast<int>(sizeof line.text) - 1) < 0) {

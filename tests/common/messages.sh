@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# messages.sh: what must hold for the message catalogs. The first argument says which.
+#
+#   misfits   a call that does not fit its message is refused by the compiler, for the right reason;
+#             $2 is the compiler, $3 the directory of the generated sources
+set -euo pipefail
+root=$(cd "$(dirname "$0")/../.." && pwd)
+
+# Compiles a statement; prints what the compiler says.
+compile() {
+  printf '#include "common/nls/nls.h"\nvoid f(const char* text) { %s; (void)text; }\n' "$3" |
+    "$1" -std=c++20 -fsyntax-only -I"$root" -I"$2" -x c++ - 2>&1
+}
+
+check_misfits() {
+  local reason statement said
+  compile "$1" "$2" 'nlprintf(168, text); nlprintf(2594, char(1), 2u, text); nls::ask(371, 372)'
+  while read -r reason statement; do
+    if said=$(compile "$1" "$2" "$statement") || [[ $said != *"$reason"* ]]; then
+      echo "$said"
+      echo "messages.sh: not refused for $reason: $statement" >&2
+      return 1
+    fi
+  done <<'END'
+thereIsNoSuchMessage nlprintf(9999)
+anInsertIsMissing nlprintf(168)
+anInsertIsNotUsed nlsprintf(131, text)
+anInsertIsOfAnotherKind nlprintf(168, 7)
+anInsertIsOfAnotherKind nlprintf(2594, text, 2u, text)
+anInsertIsMissing nls::plainText(168)
+anInsertIsMissing nls::ask(2540, 372)
+END
+}
+
+"check_$1" "${@:2}"
