@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <string_view>
 #include <vector>
 
 #include "common/ut/nfdate.h"
@@ -22,6 +23,22 @@ constexpr int kResponseSet = 2;
 constexpr std::size_t kPrefixLength = 3;
 constexpr std::size_t kIdentifierLength = kPrefixLength + 4;
 constexpr const char* kYesNo = "YN";  // for a catalog that lists no letters
+
+constexpr char kEnglish[] = "vexo.cat";
+
+// The languages that have a catalog, by what their names begin with, in capital letters.
+struct Language {
+  const char* catalog;
+  const char* prefixes[2];
+
+  bool speaks(std::string_view name) const {
+    return name.starts_with(prefixes[0]) || name.starts_with(prefixes[1]);
+  }
+};
+constexpr Language kLanguages[] = {
+    {kEnglish, {"EN", "AMENG"}},
+    {"vexo_de.cat", {"DE", "GER"}},
+};
 
 // What catopen returns when it fails.
 // NOLINTNEXTLINE(performance-no-int-to-ptr,misc-misplaced-const)
@@ -235,11 +252,14 @@ void psNlsGetReposName(const char* language, char* out, std::size_t size) {
   }
   name[used] = '\0';
   ut::upperCase(name);
-  const bool english =
-      used == 0 || std::strncmp(name, "EN", 2) == 0 || std::strncmp(name, "AMENG", 5) == 0;
+  for (const Language& row : kLanguages) {
+    if (!row.speaks(name)) continue;
+    std::snprintf(out, size, "%s", row.catalog);
+    return;
+  }
   for (char* p = name; *p != '\0'; ++p)
     *p = *p >= 'A' && *p <= 'Z' ? static_cast<char>(*p + 32) : *p;
-  std::snprintf(out, size, english ? "vexo.cat" : "vexo_%s.cat", name);
+  std::snprintf(out, size, used == 0 ? kEnglish : "vexo_%s.cat", name);
 }
 
 namespace nls {

@@ -53,9 +53,10 @@ void nlsSetPrefix(const char* prefix);
 // Closes the catalog. Messages can still be printed, with the texts held in the code.
 void nlterm();
 
-// The catalog's file name for a language: "vexo.cat" when it is empty or begins with EN or AMENG,
-// else "vexo_", the language in small letters, ".cat". Only letters, digits and "_" of a language
-// are used, so that it can name no path. `out` has room for `size` bytes.
+// The catalog's file name for a language: that of a language that we have a catalog for, by the
+// first letters ("de_DE.UTF-8" and "GERMAN" give "vexo_de.cat"), "vexo.cat" when it is empty, else
+// "vexo_", the language in small letters, ".cat". Only letters, digits and "_" of a language are
+// used, so that it can name no path. `out` has room for `size` bytes.
 void psNlsGetReposName(const char* language, char* out, std::size_t size);
 
 namespace nls {

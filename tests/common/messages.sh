@@ -1,10 +1,29 @@
 #!/usr/bin/env bash
 # messages.sh: what must hold for the message catalogs. The first argument says which.
 #
+#   german    the German catalog has the same messages with the same inserts and as many answers,
+#             and no screen line is wider than 80 columns, in either language
 #   misfits   a call that does not fit its message is refused by the compiler, for the right reason;
 #             $2 is the compiler, $3 the directory of the generated sources
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
+catalogs=$root/common/nls/catalog
+
+rows_of() { awk -f "$catalogs/catalog.awk" "$catalogs/$1.msg"; }
+
+# The lines of a catalog's texts without an identifier that are wider than a screen.
+wide_lines() {
+  sed -n 's/^[0-9]* "QRB[0-9]*Z\(.*\)"$/\1/p' "$catalogs/$1.msg" | sed 's/\\n/\n/g' |
+    LC_ALL=C.UTF-8 grep -E '.{81}'
+}
+
+check_german() {
+  local english german
+  english=$(rows_of vexo)
+  german=$(rows_of vexo_de)
+  diff <(echo "$english") <(echo "$german")
+  if wide_lines vexo || wide_lines vexo_de; then return 1; fi
+}
 
 # Compiles a statement; prints what the compiler says.
 compile() {

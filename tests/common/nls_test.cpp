@@ -118,6 +118,24 @@ TEST_F(Messages, ComeFromTheDefaultCatalogWhenTheWantedOneIsMissing) {
   EXPECT_NE(nlsprintf(nls::fromCode(10)).find("not found"), std::string::npos);
 }
 
+TEST(Language, ChoosesACatalogByTheBeginningOfItsName) {
+  for (const auto& [language, expected] : {std::pair("", "vexo.cat"),
+                                           {"../..", "vexo.cat"},
+                                           {"en_US.UTF-8", "vexo.cat"},
+                                           {"AMENGLISH", "vexo.cat"},
+                                           {"DE", "vexo_de.cat"},
+                                           {"deu", "vexo_de.cat"},
+                                           {"GER", "vexo_de.cat"},
+                                           {"German_Germany.AL32UTF8", "vexo_de.cat"},
+                                           {"de_DE.UTF-8", "vexo_de.cat"},
+                                           {"D", "vexo_d.cat"},
+                                           {"../Fra", "vexo_fra.cat"}}) {
+    char name[32];
+    psNlsGetReposName(language, name, sizeof name);
+    EXPECT_STREQ(name, expected) << language;
+  }
+}
+
 TEST_F(Messages, AskUntilOneOfTheCatalogsLettersIsGiven) {
   compile("vexo.cat",
           "$set 1\n1 \"QRB0001Z? \"\n2 \"QRB0002Z? \"\n3 \"QRB0003EOf %s\"\n"

@@ -39,6 +39,23 @@ TEST_F(Sync, OffersWhatNeitherOfTwoCatalogsKnowsAndDeletesWhatIsPicked) {
   }
 }
 
+TEST_F(Sync, TakesTheGermanLetterForYesInGerman) {
+  object("/a");
+  object("/b");
+  option("VEXO_LANGUAGE de_DE.UTF-8");
+  run({"delete"});
+  answer("Anfangsdatum", "");
+  answer("Enddatum", "+0");
+  answer("Befehl ==>", "1");
+  answer("x      1| ", "o");
+  ASSERT_TRUE(terminal_->expect("QRB2580W Die gewählten Sicherungsobjekte"));
+  answer("fortfahren?", "y");
+  answer("QRB0372E Das ist keine der Antworten JN", "j");
+  answer("       1| ", "q");
+  ends(kLeft);
+  EXPECT_EQ("/b", stored());
+}
+
 TEST_F(Sync, AsksTheControlFilesOfSeveralDatabases) {
   for (const char* name : {"/one", "/two", "/orphan"}) object(name);
   catalog("db1", {"one"}, "target");
