@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # messages.sh: what must hold for the message catalogs. The first argument says which.
 #
+#   document  docs/messages.md is what the catalog makes, and each message explains itself
 #   german    the German catalog has the same messages with the same inserts and as many answers,
 #             and no screen line is wider than 80 columns, in either language
 #   misfits   a call that does not fit its message is refused by the compiler, for the right reason;
@@ -9,7 +10,7 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 catalogs=$root/common/nls/catalog
 
-rows_of() { awk -f "$catalogs/catalog.awk" "$catalogs/$1.msg"; }
+make_from() { awk -v make="$1" -f "$catalogs/catalog.awk" "$catalogs/$2.msg"; }
 
 # The lines of a catalog's texts without an identifier that are wider than a screen.
 wide_lines() {
@@ -17,10 +18,17 @@ wide_lines() {
     LC_ALL=C.UTF-8 grep -E '.{81}'
 }
 
+check_document() {
+  if ! make_from document vexo | diff "$root/docs/messages.md" -; then
+    echo "messages.sh: ./dev messages brings docs/messages.md up to date" >&2
+    return 1
+  fi
+}
+
 check_german() {
   local english german
-  english=$(rows_of vexo)
-  german=$(rows_of vexo_de)
+  english=$(make_from rows vexo)
+  german=$(make_from rows vexo_de)
   diff <(echo "$english") <(echo "$german")
   if wide_lines vexo || wide_lines vexo_de; then return 1; fi
 }

@@ -1,7 +1,7 @@
-# catalog.awk: reads the source of a message catalog, checks it, and writes the compiler's table of
-# numbers and inserts.
+# catalog.awk: reads the source of a message catalog, checks it, and writes what is made from it.
 #
-#   awk -f catalog.awk vexo.msg
+#   awk -v make=rows -f catalog.awk vexo.msg       the compiler's table of numbers and inserts
+#   awk -v make=document -f catalog.awk vexo.msg   docs/messages.md
 #
 # Rows look like {2580, "sssss"},  // W: the number, a letter for the kind of each insert (s text,
 # c character, d whole number), the severity. How many answers a question has follows as a comment,
@@ -13,20 +13,23 @@ function complain(number, what) {
   failed = 1
 }
 
-# Leaves the letters of the kinds of a text's inserts in `kinds`. The conversions are those of
-# render.h.
-function take(number, text,   at, conversion, letter, place, next_, most, kind) {
-  kinds = ""
+# Returns the text with its conversions replaced by the names of their inserts, and leaves the
+# letters of their kinds in `kinds`. The conversions are those of render.h.
+function take(number, text, inserts,   result, at, conversion, letter, place, next_, most, kind, names) {
+  split(inserts, names, "; ")
+  result = kinds = ""
   next_ = most = 0
   while ((at = index(text, "%")) > 0) {
+    result = result substr(text, 1, at - 1)
     text = substr(text, at + 1)
     if (substr(text, 1, 1) == "%") {
+      result = result "%"
       text = substr(text, 2)
       continue
     }
     if (!match(text, /^([1-9][0-9]*\$)?[-0#]*[0-9]*(\.[0-9]*)?[hlzjt]*[sdiuxXc]/)) {
       complain(number, "not a conversion: %" text)
-      return
+      return result
     }
     conversion = substr(text, 1, RLENGTH)
     text = substr(text, RLENGTH + 1)
@@ -36,14 +39,116 @@ function take(number, text,   at, conversion, letter, place, next_, most, kind) 
     if (place > most) most = place
     if (place in kind && kind[place] != letter) complain(number, "insert " place " has two kinds")
     kind[place] = letter
+    result = result "<" names[place] ">"
   }
   for (place = 1; place <= most; ++place) {
     if (!(place in kind)) complain(number, "insert " place " is not used")
     kinds = kinds kind[place]
   }
+  return result text
+}
+
+# Prints a paragraph in lines of up to 100 columns, each behind `indent`. Blanks that lead a
+# paragraph are kept.
+function fold(text, indent,   word, words, line, lead, i) {
+  match(text, /^ */)
+  lead = substr(text, 1, RLENGTH)
+  words = split(text, word, " ")
+  line = indent lead word[1]
+  for (i = 2; i <= words; ++i) {
+    if (length(line " " word[i]) > 100) {
+      print line
+      line = indent lead word[i]
+    } else {
+      line = line " " word[i]
+    }
+  }
+  print line
+}
+
+# Prints a message's text as it is shown. Lines that fit are not touched: their columns line up.
+function showText(text,   lines, line, i) {
+  sub(/^(\\n)+/, "", text)
+  sub(/(\\n)+$/, "", text)
+  gsub(/\\"/, "\"", text)
+  lines = split(text, line, /\\n/)
+  for (i = 1; i <= lines; ++i) {
+    if (line[i] == "") print ""
+    else if (length(line[i]) <= 96) print "    " line[i]
+    else fold(line[i], "    ")
+  }
+}
+
+function section(title, text) {
+  if (text == "") return
+  print ""
+  fold("**" title ":** " text, "")
+}
+
+function introduce() {
+  print "# Messages"
+  print ""
+  fold("Every message of `vexosync`: what it means, what the program does then, and what you can do. To find one in a pager, search for its identifier (`/QRB2643`).")
+  print ""
+  print "```"
+  print "QRB2643E The listing in the spool file ... is not whole"
+  print "|  |   |"
+  print "|  |   severity: I information, W warning, E error, S severe error"
+  print "|  the number"
+  print "the program"
+  print "```"
+  print ""
+  fold("A warning asks you to look at something; the program goes on. An error refuses an answer or ends a step, mostly the command; the exit status is then a code, of which the shell sees the low eight bits (\"code 2533 (229 in the shell)\"). After a severe error the program cannot go on for want of memory.")
+  print ""
+  fold("Where the System action says that a message is logged, it is also a line of `vexoerror.log`, with the time and the process number. The log is in the directory of `VLTI_LOG`, else in the agent's directory, else in the current one. Texts of the storage client library appear there as well; they have identifiers of their own and are not listed here. Where temporary files are removed, the trace flag ORCLEVEL2 keeps them.")
+  print ""
+  fold("Words in angle brackets, such as `<file>`, stand for what the program puts there. The texts below are the English ones; `VEXO_LANGUAGE` in the options file chooses another catalog, with the same numbers. This page is made from the catalog `common/nls/catalog/vexo.msg` by `./dev messages`.")
+}
+
+function document(   i, number, z) {
+  introduce()
+  for (z = 0; z <= 1; ++z) {
+    print "\n" (z ? "## Texts without an identifier" : "## Messages with an identifier")
+    if (z) {
+      print ""
+      fold("Prompts, headings, help and the lines of the screens. Some are parts of other messages.")
+    }
+    for (i = 1; i <= count; ++i) {
+      number = order[i]
+      if ((letter[number] == "Z") != z) continue
+      print "\n### " (z ? number : identifier[number] letter[number]) "\n"
+      showText(shown[number])
+      section("Explanation", field[number, "Explanation"])
+      section("System action", field[number, "System action"])
+      section("User response", field[number, "User response"])
+    }
+  }
+}
+
+# What the document needs must be there.
+function checkFields(number,   inserts, names) {
+  if (field[number, "Explanation"] == "") complain(number, "has no Explanation")
+  inserts = split(field[number, "Inserts"], names, "; ")
+  if (inserts != length(kinds)) complain(number, "takes " length(kinds) " inserts, names " inserts)
+  if (letter[number] == "Z") return
+  if (field[number, "System action"] == "") complain(number, "has no System action")
+  if (letter[number] != "I" && field[number, "User response"] == "") {
+    complain(number, "has no User response")
+  }
 }
 
 /^\$set / { set = $2 }
+/^\$ (Explanation|System action|User response|Inserts): / {
+  name = substr($0, 3, index($0, ":") - 3)
+  pending[name] = substr($0, index($0, ":") + 2)
+  next
+}
+/^\$   / && name != "" {
+  sub(/^\$ +/, "")
+  pending[name] = pending[name] " " $0
+  next
+}
+{ name = "" }
 /^[0-9]/ && set == 1 {
   number = $1
   text = substr($0, index($0, "\"") + 1)
@@ -56,15 +161,19 @@ function take(number, text,   at, conversion, letter, place, next_, most, kind) 
   if (identifier[number] != sprintf("QRB%04d", number) || letter[number] !~ /[EISWZ]/) {
     complain(number, "begins with " substr(text, 1, 8))
   }
-  take(number, substr(text, 9))
+  for (n in pending) field[number, n] = pending[n]
+  split("", pending)
+  shown[number] = take(number, substr(text, 9), field[number, "Inserts"])
   row[number] = "{" number ", \"" kinds "\"},  // " letter[number]
+  if (make == "document") checkFields(number)
 }
 /^[0-9]/ && set == 2 { answers[$1] = length($2) - 2; asked[++questions] = $1 }
 
 END {
-  if (!failed) {
+  if (!failed && make == "rows") {
     for (i = 1; i <= count; ++i) print row[order[i]]
     for (i = 1; i <= questions; ++i) print "// " asked[i] ": " answers[asked[i]] " answers"
   }
+  if (!failed && make == "document") document()
   exit failed
 }
