@@ -14,13 +14,14 @@ enter_site() {
 }
 
 # Makes a site in directory $1 and enters it: store, node, two catalogs, options; $2 objects, of which
-# $3 are orphans.
+# $3 are orphans. More arguments go to zylstore generate.
 make_site() {
   local site=$1 objects=$2 orphans=$3
+  shift 3
   enter_site "$site"
   zylstore init
   zylstore node ORANODE --password secret --save-password "$site/passwords"
-  zylstore generate --objects "$objects" --orphans "$orphans" --seed 1 --catalogs prod,test
+  zylstore generate --objects "$objects" --orphans "$orphans" --seed 1 --catalogs prod,test "$@"
   cat >"$site/vlt.opt" <<END
 * client options of the sandbox
 STORE $site/store.db

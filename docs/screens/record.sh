@@ -3,8 +3,8 @@
 # lines and 80 columns: each as text, and as an SVG made from the text. BUILD is the build directory
 # whose programs run. Called by ./dev screens.
 set -euo pipefail
-cd "$(dirname "$(readlink -f "$0")")"
 build=$(readlink -f "$1")
+cd "$(dirname "$(readlink -f "$0")")"
 # shellcheck disable=SC2034 # read by site.sh
 site_programs=$build/bin:$build/bin/sandbox site_libraries=$build/lib
 # shellcheck source=sandbox/site.sh
