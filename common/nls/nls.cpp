@@ -2,6 +2,7 @@
 #include "common/nls/nls.h"
 
 #include <nl_types.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -20,6 +21,7 @@ namespace {
 
 constexpr int kMessageSet = 1;
 constexpr int kResponseSet = 2;
+constexpr int kTextWithLineEnd = 2;  // prints texts of the program's own making
 constexpr std::size_t kPrefixLength = 3;
 constexpr std::size_t kIdentifierLength = kPrefixLength + 4;
 constexpr const char* kYesNo = "YN";  // for a catalog that lists no letters
@@ -204,6 +206,14 @@ bool openIn(const char* directory, const char* name, int cacheSize, nlsReturnInf
   return true;
 }
 
+// Sentences end their lines between words on a terminal. Files and pipes get them as they are.
+std::string fittedToTerminal(const std::string& text) {
+  if (::isatty(STDOUT_FILENO) == 0) return text;
+  int rows = 0, cols = 0;
+  psGetScreenSize(&rows, &cols);
+  return ut::wrapped(text, static_cast<std::size_t>(cols));
+}
+
 }  // namespace
 
 unsigned short newNlsGlobalObject() {
@@ -276,7 +286,9 @@ void print(int number, std::span<const Insert> inserts) {
   ut::eraseProgress();
   try {
     const Shown shown = compose(number, inserts);
-    std::fwrite(shown.text.data(), 1, shown.text.size(), stdout);
+    const bool sentences = shown.ownLine || number == kTextWithLineEnd;
+    const std::string text = sentences ? fittedToTerminal(shown.text) : shown.text;
+    std::fwrite(text.data(), 1, text.size(), stdout);
     if (shown.ownLine) std::fputc('\n', stdout);
   } catch (const std::bad_alloc&) {
     std::fputs("QRB2522S Not enough memory.\n", stdout);

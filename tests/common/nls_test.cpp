@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "common/ut/nfdate.h"
+#include "common/ut/psterm.h"
 #include "tests/support/captured.h"
 #include "tests/support/tempdir.h"
 
@@ -116,6 +117,22 @@ TEST_F(Messages, ComeFromTheDefaultCatalogWhenTheWantedOneIsMissing) {
       << "nothing of the last catalog is cached";
   nlterm();
   EXPECT_NE(nlsprintf(nls::fromCode(10)).find("not found"), std::string::npos);
+}
+
+TEST(Wrapped, EndsLinesBetweenWordsAndKeepsWhatStandsInColumns) {
+  for (const auto& [text, expected] : {std::pair("one two three", "one two\nthree"),
+                                       {"one two", "one two"},
+                                       {"1234567 9", "1234567\n9"},
+                                       {"12345678 0", "12345678\n0"},
+                                       {"longer-than-a-line x y", "longer-than-a-line\nx y"},
+                                       {"a longer-than-a-line", "a\nlonger-than-a-line"},
+                                       {"  a:  b c d", "  a:  b\nc d"},
+                                       {"    indented", "    indented"},
+                                       {"\xc3\xa4\xc3\xb6\xc3\xbc \xc3\xa4\xc3\xb6 x y",
+                                        "\xc3\xa4\xc3\xb6\xc3\xbc \xc3\xa4\xc3\xb6 x\ny"},
+                                       {"one\ntwo three four", "one\ntwo\nthree\nfour"}}) {
+    EXPECT_EQ(ut::wrapped(text, 8), expected);
+  }
 }
 
 TEST(Language, ChoosesACatalogByTheBeginningOfItsName) {
