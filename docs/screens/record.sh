@@ -56,12 +56,15 @@ keep() {
 }
 
 make_site "$site" 60 24 --today 2025-03-07 >"$site/made"
-terminal -f /dev/null new-session -d -x 80 -y 24 "cd '$site' && exec vexosync syncdb"
+terminal -f /dev/null new-session -d -x 80 -y 24 "cd '$site' && exec vexosync syncdb -numcat=2"
 answer "Start date" ""
 answer "End date" 2025-03-06
-answer "user name" rman
-answer "password" rman
-answer "connect string" prod
+answer "Catalog 1: user name" rman
+answer "Catalog 1: password" rman
+answer "Catalog 1: connect string" prod
+answer "Catalog 2: user name" rman
+answer "Catalog 2: password" rman
+answer "Catalog 2: connect string" test
 answer "Command ==>" 1:4+
 await "Picked 4 of"
 answer "Command ==>" "3 12+"

@@ -2,6 +2,8 @@
 # examples.sh BUILD [PAGE...]: runs what the displays of the manual pages show, as a reader would
 # type it, with the programs of the build directory BUILD; each page on a site of its own.
 #
+# The README's displays are its ```console blocks, their answers stand in a comment before them.
+#
 # In a literal display, "$ " begins a command, which goes on behind a "\" or "|" at the line's end.
 # The lines below it are its output; "..." stands for any lines, and empty lines do not count. A
 # status other than 0 must be shown by "echo $?". Comments say what a reader does not see:
@@ -11,7 +13,7 @@ set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/../.."
 root=$PWD build=$(readlink -f "$1")
 shift
-[[ $# -gt 0 ]] || set -- docs/man/*.[15]
+[[ $# -gt 0 ]] || set -- docs/man/*.[15] README.md
 site=$(mktemp -d)
 trap 'rm -rf "$site"' EXIT
 # vexosync-sandbox with its stand-ins beside it, as it is installed.
@@ -69,14 +71,17 @@ finish() {
 }
 
 run_page() {
-  local line display=no file='' command='' session='' shown=() status=0 commands=0
+  local line display=no answers=no file='' command='' session='' shown=() status=0 commands=0
   while IFS= read -r line; do
     case $line in
-      '.Bd -literal'*) display=yes ;;
-      .Ed) finish; display=no file='' ;;
+      '.Bd -literal'* | '```console') display=yes ;;
+      .Ed | '```') finish; display=no file='' ;;
+      '<!-- answers') answers=yes ;;
+      '-->') answers=no ;;
       '.\" file '*) file=${line#'.\" file '} ;;
       '.\" expect'* | '.\" send'* | '.\" secret'*) session+=${line#'.\" '}$'\n' ;;
       *)
+        [[ $answers == no ]] || session+=$line$'\n'
         [[ $display == yes ]] || continue
         line=$(sed 's/\\-/-/g; s/\\(aq/'\''/g; s/\\&//g; s/\\e/\\/g' <<<"$line")
         if [[ -n $file ]]; then echo "$line" >>"$file"

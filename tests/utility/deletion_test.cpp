@@ -110,8 +110,7 @@ TEST_F(Deletion, SaysWhatIsAboutToHappen) {
       {"", 0, 0, 0,
        "  Picked objects: 0 (0 B)\n  Oldest:         None\n  Newest:         None\n" + noCatalog +
            "\nQRB2647W"},
-      {"1", 2, 0, 1234567,
-       "  Oracle:         knows 1,234,567 backup pieces of these dates, none"},
+      {"1", 2, 0, 1234567, "  Oracle:         knows 1,234,567 backup pieces of these dates, none"},
       {"1", 3, 2, 5, "\nQRB2652W Catalogs that know no backup piece of these dates: 2 of 3. "},
   };
   for (const auto& row : rows) {
