@@ -168,7 +168,7 @@ int runScript(const char* scriptPath, const char* spoolPath, unsigned catalogNum
   const utility::SignalWatch term(SIGTERM, removeAndEnd), hangUp(SIGHUP, removeAndEnd);
   int status = 0;
   {
-    const utility::QueryWatch watch(catalogNumber, spoolPath);
+    const auto watch = utility::QueryWatch::begin(catalogNumber, spoolPath);
     status = runSqlplus(scriptPath);
   }
   utility::removeUnlessTraced(scriptPath);  // at once, it holds the password

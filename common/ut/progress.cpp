@@ -32,12 +32,13 @@ std::size_t terminalWidth() {
 
 }  // namespace
 
-ut::Progress::Progress(Describe describe)
-    : active_(::isatty(STDERR_FILENO) == 1), describe_(std::move(describe)) {
+ut::Progress::Progress(Describe describe) : active_(wouldShow()), describe_(std::move(describe)) {
   if (!active_) return;
   begin_ = Clock::now();
   next_ = begin_ + kPatience;
 }
+
+bool ut::Progress::wouldShow() { return ::isatty(STDERR_FILENO) == 1; }
 
 ut::Progress::~Progress() { eraseProgress(); }
 

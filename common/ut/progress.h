@@ -39,7 +39,8 @@ class Progress {
     if (active_) update();
   }
 
-  bool active() const { return active_; }
+  // Whether there is a terminal to show it on.
+  static bool wouldShow();
 
  private:
   using Clock = std::chrono::steady_clock;

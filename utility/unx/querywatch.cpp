@@ -8,7 +8,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <system_error>
+#include <exception>
+#include <utility>
 
 #include "common/nls/nls.h"
 #include "common/ut/strutil.h"
@@ -42,19 +43,24 @@ utility::QueryWatch::QueryWatch(unsigned catalogNumber, const char* spoolPath)
     : spoolPath_(spoolPath), progress_([catalogNumber](const char* count, const char* rate) {
         return nlsprintf(2656, catalogNumber, count, rate);
       }) {
-  if (!progress_.active()) return;
   const NoSignals none;
-  try {
-    thread_ = std::jthread([this](std::stop_token stop) { watch(std::move(stop)); });
-  } catch (const std::system_error&) {
-    // The query goes on unseen.
-  }
+  thread_ = std::jthread([this](std::stop_token stop) { watch(std::move(stop)); });
 }
 
 utility::QueryWatch::~QueryWatch() {
-  if (!thread_.joinable()) return;
+  // Before the line is erased.
   thread_.request_stop();
   thread_.join();
+}
+
+std::unique_ptr<utility::QueryWatch> utility::QueryWatch::begin(unsigned catalogNumber,
+                                                                const char* spoolPath) {
+  if (!ut::Progress::wouldShow()) return nullptr;
+  try {
+    return std::unique_ptr<QueryWatch>(new QueryWatch(catalogNumber, spoolPath));
+  } catch (const std::exception&) {
+    return nullptr;
+  }
 }
 
 void utility::QueryWatch::watch(std::stop_token stop) {

@@ -6,7 +6,11 @@
 #ifndef UTILITY_UNX_QUERYWATCH_H
 #define UTILITY_UNX_QUERYWATCH_H
 
+#include <sys/types.h>
+
 #include <condition_variable>
+#include <cstdint>
+#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -16,15 +20,18 @@ namespace utility {
 
 class QueryWatch {
  public:
-  // Begins, if standard error is a terminal. The caller must do nothing but wait for sqlplus until
-  // the watch ends; `spoolPath` is the caller's. Without a thread there is nothing to see.
-  QueryWatch(unsigned catalogNumber, const char* spoolPath);
+  // Begins. The caller must do nothing but wait for sqlplus until the watch ends; `spoolPath` is
+  // the caller's. Null when there is nobody to see it, and without memory or a thread: the query
+  // goes on unseen.
+  static std::unique_ptr<QueryWatch> begin(unsigned catalogNumber, const char* spoolPath);
   // Ends it and erases the line.
   ~QueryWatch();
   QueryWatch(const QueryWatch&) = delete;
   QueryWatch& operator=(const QueryWatch&) = delete;
 
  private:
+  QueryWatch(unsigned catalogNumber, const char* spoolPath);
+
   void watch(std::stop_token stop);
   // Counts the lines that have come since the last time. False while nothing was written.
   bool countLines();
