@@ -100,26 +100,6 @@ TEST_F(PasswordFile, IsWrittenInChunksThatReadBack) {
   EXPECT_EQ(mode("pw/VEXO.N"), 0644u);
 }
 
-TEST_F(PasswordFile, StaysAsItIsWhenANewOneCannotBeWritten) {
-  ScriptedApi api;
-  unsigned key[2] = {};
-  dir.write("file", "");
-  std::filesystem::create_directories("taken/VEXO.N");
-  const struct {
-    const char* directory;
-    const char* path;
-    short rc;
-  } kRows[] = {{"file", "file/VEXO.N", 2521},
-               {"no/such", "no/such/VEXO.N", 167},
-               {"taken", "taken/VEXO.N", -1},
-               {"taken", "no/VEXO.N", -1}};
-  for (const auto& row : kRows) {
-    EXPECT_EQ(psvexoWritePswdToFile(row.directory, row.path, "", key), row.rc) << row.path;
-  }
-  const std::filesystem::directory_iterator left("taken");
-  EXPECT_EQ(std::distance(left, {}), 1) << "nothing half written";
-}
-
 TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
   set(orc.VEXO_NODE, "N");
   set(orc.VLTI_DIR, "/api");

@@ -1,4 +1,4 @@
-// records_test.cpp: the library's records and files, the first failure, loading.
+// records_test.cpp: the library's records and files, the first failure.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -11,22 +11,6 @@
 #include "tests/support/tempdir.h"
 
 namespace {
-
-TEST(ClientLibrary, IsLoadedWholeOrNotAtAll) {
-  const support::TempDir none, broken;
-  broken.write("libApiDS64.so", "not a library");
-  for (const auto& [path, wanted] : {std::pair(none.path(), "104:0 104:0 0:0 "),
-                                     {broken.path(), "104:0 104:0 0:0 "},
-                                     {LIBRARIES "/incomplete", "104:0 104:0 0:0 "},
-                                     {LIBRARIES "/whole", "0:45+ 0:45+ 0:0 "}}) {
-    const support::ScopedEnv search("LD_LIBRARY_PATH", path.c_str());
-    std::FILE* loader = ::popen(LOADER, "r");
-    char line[64] = "";
-    EXPECT_NE(std::fgets(line, sizeof line, loader), nullptr);
-    EXPECT_EQ(::pclose(loader), 0);
-    EXPECT_STREQ(line, wanted) << path;
-  }
-}
 
 TEST(ClientFiles, AreWhereTheEnvironmentSaysOrAsInstalled) {
   const std::string agent = ut::kAgentDir, slash = "/", none;

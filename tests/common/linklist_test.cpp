@@ -1,4 +1,4 @@
-// linklist_test.cpp: the list against a vector, and the routines for records that own something.
+// linklist_test.cpp: the list against a vector.
 #include "common/ut/linklist.h"
 
 #include <gtest/gtest.h>
@@ -38,36 +38,6 @@ TEST(LinkedList, AgreesWithAVectorUnderRandomOperations) {
     ASSERT_EQ(walked, oracle) << step;
   }
   EXPECT_TRUE(list.getNext(nullptr) == nullptr && list.remove(nullptr) == nullptr);
-}
-
-struct Owner {
-  int* owned;
-};
-int liveCopies = 0;
-
-unsigned short copyOwner(Owner* to, const Owner* from) {
-  if (from->owned == nullptr) return ut::kListNoMemory;
-  to->owned = new int(*from->owned);
-  return ++liveCopies, 0;
-}
-void freeOwner(Owner record) {
-  if (record.owned != nullptr) --liveCopies;
-  delete record.owned;
-}
-
-TEST(LinkedList, OwnsWhatItsCopyRoutineMakes) {
-  int value = 5;
-  {
-    CLinkedList<Owner> list;
-    list.setRoutines(freeOwner, copyOwner);
-    for (int i = 0; i < 3; ++i) ASSERT_EQ(list.addTail({&value}, 1), 0);
-    EXPECT_EQ(list.addTail({nullptr}, 1), ut::kListNoMemory);
-    ASSERT_EQ(list.count(), 4) << "the element is there all the same";
-    EXPECT_EQ(list.elementAt(4)->owned, nullptr) << "nothing of the caller's is freed with it";
-    list.remove(list.getFirst());
-    EXPECT_EQ(liveCopies, 2);
-  }
-  EXPECT_EQ(liveCopies, 0) << "the destructor frees";
 }
 
 }  // namespace

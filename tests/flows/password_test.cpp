@@ -85,24 +85,6 @@ TEST_F(Password, LogsOnWithTheAgentsOwnFileThenWithTheOneTakenOverFromIt) {
   logsOn();
 }
 
-TEST_F(Password, IgnoresNodeAndOwnerWhenTheClientKeepsThePassword) {
-  dir_.write("vlt.opt", dir_.read("vlt.opt") + "PASSWORDACCESS generate\nNODENAME ORANODE\n" +
-                            "PASSWORDDIR " + dir_.path("passwords") + "\n");
-  option("VEXO_TEST_FLAGS LEGACYPWD");
-  option("VEXO_NODE SOMEBODY");
-  logsOn();
-  EXPECT_TRUE(showed("QRB2610W"));
-  if (::getuid() == 0) {
-    change({kOld, kNew});
-    changed(2621);
-    EXPECT_TRUE(showed("QRB2621E"));
-  }
-  ownFile();
-  option("VEXO_NODE ORANODE");
-  change({"nobody", kOld, kNew});
-  changed(2620);
-}
-
 // Oracle's passwords are kept as secret, and nothing is offered when Oracle knows everything.
 TEST_F(Password, OfACatalogLeavesNoTraceBelowLevelTwo) {
   option("VEXO_TRACE_FLAGS ALL PREFIX -ORCLEVEL2");
@@ -187,19 +169,6 @@ TEST_F(Password, CuresAnExpiredOneAndReportsWhatTheServerRefuses) {
   change({kOld, kNew});
   changed(0);
   logsOn();
-}
-
-TEST_F(Password, SucceedsWhenOnlyTheFileCannotBeWritten) {
-  if (::getuid() != 0) GTEST_SKIP() << "needs root";
-  ownFile();
-  std::filesystem::create_directory(dir_.path("passwords/VEXO.ORANODE"));
-  change({kOld, kNew});
-  changed(0);
-  EXPECT_TRUE(showed("QRB0160E"));
-  EXPECT_FALSE(showed("QRB0260I"));
-  option("VEXO_PSWDPATH " + dir_.path("absent"));
-  change({kNew, kOld});
-  changed(2521);
 }
 
 }  // namespace

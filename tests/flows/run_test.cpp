@@ -63,15 +63,6 @@ TEST_F(Run, ReportsTheOptionsFileInPlaceOfABadOption) {
   EXPECT_FALSE(showed("QRB0103E"));
 }
 
-TEST_F(Run, TakesTheOptionsFileFromTheCommandLine) {
-  const std::string other = dir_.write("Other.opt", dir_.read("vexo.opt") + "VEXO_DATE_FMT 2\n");
-  settings_.environment["VEXO_OPTFILE"] = dir_.path("absent.opt");
-  run({"query", "-vexo_opt=" + other});
-  ASSERT_TRUE(terminal_->expect("[01-01-1990]"));
-  terminal_->send("\n\n");
-  ends(0);
-}
-
 TEST_F(Run, EndsWithoutTheClientLibraryOrWithAnUnfitOne) {
   settings_.environment["LD_LIBRARY_PATH"] = dir_.path();
   run({"query"});

@@ -56,23 +56,6 @@ TEST_F(Sync, TakesTheGermanLetterForYesInGerman) {
   EXPECT_EQ("/b", stored());
 }
 
-TEST_F(Sync, AsksTheControlFilesOfSeveralDatabases) {
-  for (const char* name : {"/one", "/two", "/orphan"}) object(name);
-  catalog("db1", {"one"}, "target");
-  catalog("db2", {"two"}, "target");
-  run({"SYNC", "-NOCAT", "-NUMORCINST=2"});
-  dates();
-  ASSERT_TRUE(terminal_->expect("Database 1: "));
-  logon("db1");
-  ASSERT_TRUE(terminal_->expect("Database 2: "));
-  logon("db2");
-  ASSERT_TRUE(terminal_->expect("/marlorc/oracle/orphan"));
-  EXPECT_FALSE(showed("oracle/one") || showed("oracle/two"));
-  answer("Command ==>", "c");
-  ends(kLeft);
-  EXPECT_EQ("/one /two /orphan", stored());
-}
-
 TEST_F(Sync, TakesEveryObjectForAnOrphanWhenTheCatalogIsEmpty) {
   object("/a");
   object("/b");

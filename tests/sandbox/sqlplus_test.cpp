@@ -1,9 +1,13 @@
 // sqlplus_test.cpp: the tool run for real: logon, spool file, errors and their exit status.
-#include "tests/sandbox/site.h"
+#include <sys/wait.h>
+
+#include <cstdlib>
+
+#include "tests/support/tempdir.h"
 
 namespace {
 
-class Sqlplus : public Site {
+class Sqlplus : public testing::Test {
  protected:
   // The script that the maintenance utility writes, with its parts.
   struct Script {
@@ -12,10 +16,28 @@ class Sqlplus : public Site {
     std::string from = "1/1/2024:00:00:00", to = "12/31/2024:23:59:59";
   };
 
-  Sqlplus() { catalog("rcat", "recovery", "rman"); }
+  struct Result {
+    int status;
+    std::string output;
+  };
 
-  void catalog(const std::string& name, const std::string& kind, const std::string& password) {
-    zylstore("catalog add " + name + " --user rman --password '" + password + "' --kind " + kind);
+  Sqlplus() {
+    ::setenv("SANDBOX_HOME", dir_.path().c_str(), 1);
+    catalog("rcat", "recovery");
+  }
+
+  // Runs a command of the shell in the test's directory; what it says on either stream is output.
+  Result run(const std::string& command) const {
+    const int status = std::system(
+        ("cd '" + dir_.path() + "' && { " + command + "\n} >.out 2>&1 </dev/null").c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, dir_.read(".out")};
+  }
+  void zylstore(const std::string& arguments) const {
+    const Result result = run("'" ZYLSTORE "' " + arguments);
+    EXPECT_EQ(result.status, 0) << arguments << ": " << result.output;
+  }
+  void catalog(const std::string& name, const std::string& kind) const {
+    zylstore("catalog add " + name + " --user rman --password rman --kind " + kind);
   }
 
   Result spool(const Script& script) const {
@@ -29,6 +51,8 @@ class Sqlplus : public Site {
                    "' and completion_time <='" + script.to + "';\nquit\nspool off");
     return run("'" SQLPLUS "' -L @script.sql");
   }
+
+  support::TempDir dir_;
 };
 
 std::string padded(std::string text) {
@@ -37,7 +61,7 @@ std::string padded(std::string text) {
 }
 
 TEST_F(Sqlplus, SpoolsRowsCountsAndErrorsAndEndsWell) {
-  catalog("orcl", "target", "rman");
+  catalog("orcl", "target");
   const std::string exact(80, 'e'), longer(80, 'l');
   dir_.write("pieces", "before\t2023-12-31T23:59:59\nfirst\t2024-01-01\n" + exact +
                            "\t2024-02-01\n" + longer +

@@ -49,21 +49,6 @@ TEST(BPlusTree, AgreesWithASetOnEveryInsertionAndLookup) {
   }
 }
 
-TEST(BPlusTree, FindsEverythingWhateverTheOrderOfInsertion) {
-  std::vector<std::string> ascending;
-  for (int i = 10000; i < 12000; ++i) ascending.push_back("piece_" + std::to_string(i));
-  std::vector<std::string> descending(ascending.rbegin(), ascending.rend());
-  for (const auto& names : {ascending, descending}) {
-    dsBPlusTree tree;
-    for (const std::string& name : names) ASSERT_EQ(kTreeStored, insert(tree, name));
-    for (const std::string& name : names) {
-      ASSERT_NE(nullptr, find(tree, name));
-      ASSERT_EQ(nullptr, find(tree, name + "x"));
-      ASSERT_EQ(nullptr, find(tree, name.substr(0, name.size() - 1) + "Z"));
-    }
-  }
-}
-
 TEST(BPlusTree, ReleasesAllButTheStagingBufferOfEachInsertion) {
   const ut::MemoryUse before = ut::trackedMemory();
   std::size_t staged = 0;

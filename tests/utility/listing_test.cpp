@@ -95,29 +95,6 @@ class FileList : public WithErrorLog {
   std::string shown_;
 };
 
-TEST_F(FileList, TakesAnObjectOverWithAllThatTheServerSaysOfIt) {
-  EXPECT_EQ(0, list({found("/piece\x1b[2J"), answer(VLT_RC_FINISHED), ended()}));
-  const utZylObj_s* object = list_.getFirst();
-  ASSERT_NE(nullptr, object);
-  EXPECT_STREQ("/fs/oracle/piece\x1b[2J", object->name);
-  EXPECT_STREQ("ORANODE", object->node);
-  EXPECT_STREQ("DBA", object->owner);
-  EXPECT_EQ((1ull << 32) + 2, api::toNumber(object->objId));
-  EXPECT_EQ((1ull << 32) + 5, api::toNumber(object->sizeEstimate));
-  EXPECT_EQ(1u, object->compressed);
-  EXPECT_EQ(24, object->encryptionType);
-  EXPECT_EQ(1u, object->clientDeduplicated);
-  EXPECT_EQ(0u, object->selected);
-  EXPECT_EQ("", shown_);
-  support::Captured output;
-  utPrintBackupItem(list_.getFirst());
-  const std::string text = output.take();
-  for (const char* part :
-       {"/fs/oracle/piece?[2J\n", "AES_128BIT", "03/07/2026 08:05:09", "4,294,967,301"}) {
-    EXPECT_NE(std::string::npos, text.find(part)) << text;
-  }
-}
-
 TEST_F(FileList, CountsTheStartDateByWholeDays) {
   EXPECT_EQ(0, list({found("/a", {2026, 3, 7, 0, 0, 0}), found("/b", {2026, 3, 6, 23, 59, 59}),
                      found("/c", {2026, 2, 28, 1, 1, 1}), found("/d", {2025, 12, 31, 1, 1, 1}),

@@ -158,18 +158,6 @@ TEST_F(PickList, DrawsThreeEntriesOnTwentyFourLines) {
   EXPECT_EQ(13, pageSize);
 }
 
-TEST_F(PickList, GivesTheOwnerALineOfTheList) {
-  ObjectList list;
-  fill(list, 30, "DBA");
-  int pageSize = 0;
-  const std::vector<std::string> lines = page(list, 19, 22, 79, 0, &pageSize);
-  EXPECT_EQ("Owner: DBA", lines[2]);
-  EXPECT_EQ(0u, lines[6].find("      19| "));
-  EXPECT_EQ(0u, lines[17].find("      30| "));
-  EXPECT_EQ(12, pageSize);
-  EXPECT_EQ(23u, lines.size());
-}
-
 TEST_F(PickList, LinesUpAtEveryWidthAndInEveryFormat) {
   ObjectList list;
   fill(list, 30, "DBA");
