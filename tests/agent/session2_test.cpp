@@ -40,40 +40,6 @@ Step logon(const std::string& arguments, int16_t rc) {
   });
 }
 
-TEST_F(PasswordFile, IsReadAsFarAsItIsSound) {
-  std::string nineChunks, longest;
-  for (int i = 0; i < 9; ++i) nineChunks += chunk('8', "12345678");
-  for (int i = 0; i < 8; ++i) longest += "12345678";
-  const struct {
-    std::string content, password;
-    int chunks;
-  } kRows[] = {{"", "", 0},
-               {kHeader, "", 0},
-               {kHeader + chunk('5', "hello"), "hello", 1},
-               {kHeader + chunk('8', "two full") + chunk('8', " chunks."), "two full chunks.", 2},
-               {kHeader + chunk('8', "cut shor") + chunk('1', "t").substr(0, 8), "cut shor", 1},
-               {kHeader + chunk('0', "none") + chunk(' ', "none") + chunk('2', "ok"), "ok", 3},
-               {kHeader + chunk('9', "12345678") + chunk('~', "12345678"), "1234567812345678", 2},
-               {kHeader + nineChunks, longest, 9}};
-  for (const auto& row : kRows) {
-    ScriptedApi api(
-        std::vector<Step>(static_cast<std::size_t>(row.chunks), cipher("vltDecryptEx")));
-    unsigned key[2] = {};
-    char password[kPasswordSize + 1];
-    password[kPasswordSize] = '?';
-    const std::string path = dir.write("pw", row.content);
-    EXPECT_EQ(psvexoReadPswdFromFile(path.c_str(), password, key), 0);
-    EXPECT_EQ(password, row.password);
-    EXPECT_EQ(password[kPasswordSize], '?') << "nothing behind the 64th character";
-  }
-  unsigned key[2] = {};
-  char password[kPasswordSize] = "left";
-  for (const char* unusable : {"missing", "installed", ""}) {
-    EXPECT_EQ(psvexoReadPswdFromFile(unusable, password, key), 168) << unusable;
-    EXPECT_STREQ(password, "");
-  }
-}
-
 TEST_F(PasswordFile, IsWrittenInChunksThatReadBack) {
   unsigned key[2] = {};
   for (const std::size_t length : {0u, 1u, 5u, 8u, 16u, 17u, 64u}) {

@@ -33,7 +33,9 @@ TEST_F(Progress, StandsOnATerminalOnlyAndLeavesStandardOutputAlone) {
   const std::string line = shown("vexosync query <answers >seen");
   const auto spent = std::chrono::steady_clock::now() - begin;
   EXPECT_LE(1, count(line, "Listing backup objects: ")) << line;
-  EXPECT_GE(spent / std::chrono::milliseconds(100), count(line, "Listing")) << "ten times a second";
+  EXPECT_GE((spent - std::chrono::seconds(1)) / std::chrono::milliseconds(100) + 1,
+            count(line, "Listing"))
+      << "ten times a second";
   EXPECT_EQ(std::string::npos, line.find('\n'));
   const std::size_t last = line.rfind("\r", line.size() - 2);
   EXPECT_EQ(std::string::npos, line.find_first_not_of(" \r", last)) << "not erased: " << line;

@@ -56,6 +56,21 @@ TEST_F(Sync, TakesTheGermanLetterForYesInGerman) {
   EXPECT_EQ("/b", stored());
 }
 
+TEST_F(Sync, AsksTheControlFilesOfSeveralDatabases) {
+  for (const char* name : {"/one", "/two", "/orphan"}) object(name);
+  catalog("db1", {"one"}, "target");
+  catalog("db2", {"two"}, "target");
+  run({"SYNC", "-NOCAT", "-NUMORCINST=2"});
+  dates();
+  ASSERT_TRUE(terminal_->expect("Database 1: "));
+  logon("db1");
+  ASSERT_TRUE(terminal_->expect("Database 2: "));
+  logon("db2");
+  answer("Command ==>", "c");
+  ends(kLeft);
+  EXPECT_FALSE(showed("oracle/one") || showed("oracle/two") || !showed("oracle/orphan"));
+}
+
 TEST_F(Sync, TakesEveryObjectForAnOrphanWhenTheCatalogIsEmpty) {
   object("/a");
   object("/b");
@@ -210,7 +225,7 @@ TEST_F(Sync, DeletesToTheLastObjectAndLeavesTheEmptyList) {
 }
 
 TEST_F(Sync, PrintsTheObjectsOfTheRangeInTheRunsFormats) {
-  object("/old", "--date 2025-02-03T22:00:01 --size 1234567 --encryption aes256 --compressed");
+  object("/old", "--date 2025-02-03T22:00:01 --size 1234567 --encryption aes256 --deduplicated");
   object("/older", "--date 2025-02-02T23:59:59");
   object("/new", "--date 2025-02-05T00:00:00");
   option("VEXO_DATE_FMT 4");
@@ -220,7 +235,7 @@ TEST_F(Sync, PrintsTheObjectsOfTheRangeInTheRunsFormats) {
   dates("03.02.2025", "04.02.2025");
   ends(0);
   for (const char* text : {"/marlorc/oracle/old", "03.02.2025 10:00:01P", "1.234.567 bytes",
-                           "AES_256BIT", "Compressed:   Yes", "Deduplicated: No"}) {
+                           "AES_256BIT", "Compressed:   No", "Deduplicated: Yes"}) {
     EXPECT_TRUE(showed(text)) << text << " is missing in\n" << terminal_->transcript();
   }
   EXPECT_FALSE(showed("older") || showed("/new"));

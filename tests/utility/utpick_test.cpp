@@ -168,7 +168,10 @@ TEST_F(PickList, LinesUpAtEveryWidthAndInEveryFormat) {
     EXPECT_EQ(lines[4].find("Object name"), lines[7].find("/marlorc")) << lines[7];
     EXPECT_EQ(lines[4].find("Size") + 4, lines[7].find("KB") + 2) << lines[7];
   }
-  const std::vector<std::string> wide = page(list, 1, 22, 200, 0);
+  int pageSize = 0;
+  const std::vector<std::string> wide = page(list, 1, 22, 200, 0, &pageSize);
+  EXPECT_EQ(12, pageSize) << "the owner costs a line of the list";
+  EXPECT_EQ(23u, wide.size());
   for (std::size_t cols = 20; cols < 200; ++cols) {
     const std::vector<std::string> lines = page(list, 1, 22, static_cast<int>(cols), 0);
     ASSERT_EQ(wide.size(), lines.size());
