@@ -5,19 +5,16 @@
 // aligned to their own size: a block's page, and with it the block's size, is found from its
 // address.
 //
-//   arena   8 MB of the tracked allocation, cut into pages; never given back
+//   arena   1 MB of the tracked allocation, cut into pages; never given back
 //   page    16 KB: its header, then blocks of one size
 //
 // With the address sanitizer each block comes from the tracked allocation itself, so that the
 // sanitizer sees it. Not for several threads, as the tree.
-#include <sys/mman.h>
-
 #include <cstdint>
 #include <cstring>
 #include <iterator>
 
 #include "common/ut/psmem.h"
-#include "common/ut/strutil.h"
 #include "utility/bplus.h"
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -45,11 +42,10 @@ void BTreeFree(const char* file, int line, void** pointer) {
 namespace {
 
 constexpr std::size_t kPageSize = std::size_t{16} << 10;
-constexpr std::size_t kArenaSize = std::size_t{8} << 20;
-constexpr std::size_t kLargePage = std::size_t{2} << 20;      // of the processor, where it has them
-constexpr std::size_t kArenaBlock = kArenaSize + kLargePage;  // room to align it
-constexpr std::size_t kStep = 2;                              // sizes are rounded up to it
-constexpr std::size_t kLargest = 1024;  // what is larger has a page of its own
+constexpr std::size_t kArenaSize = std::size_t{1} << 20;
+constexpr std::size_t kArenaBlock = kArenaSize + kPageSize;  // room to align the pages
+constexpr std::size_t kStep = 2;                             // sizes are rounded up to it
+constexpr std::size_t kLargest = 1024;                       // what is larger has a page of its own
 
 struct alignas(64) Page {  // so that blocks of 64 bytes are lines of the cache
   std::size_t blockSize;
@@ -81,25 +77,15 @@ ut::MemoryUse usedBlocks() {
   return use;
 }
 
-char* alignedUp(void* memory, std::size_t alignment) {
+char* alignedUp(void* memory) {
   auto* address = static_cast<char*>(memory);
-  const std::size_t beyond = reinterpret_cast<std::uintptr_t>(address) % alignment;
-  return beyond == 0 ? address : address + (alignment - beyond);
+  const std::size_t beyond = reinterpret_cast<std::uintptr_t>(address) % kPageSize;
+  return beyond == 0 ? address : address + (kPageSize - beyond);
 }
 
 Page* pageOf(void* block) {
   auto* address = static_cast<char*>(block);
   return reinterpret_cast<Page*>(address - reinterpret_cast<std::uintptr_t>(address) % kPageSize);
-}
-
-// A tree that needs a second arena is looked through at random places of much memory: with large
-// pages the processor finds them sooner. A hint; a small tree does not take 2 MB for it.
-void hintLargePages([[maybe_unused]] char* arena) {
-#ifdef MADV_HUGEPAGE
-  if (arenas > 1) {
-    ut::ignoreResult(::madvise(arena, kArenaSize, MADV_HUGEPAGE), "then with small pages");
-  }
-#endif
 }
 
 bool addPage(const char* file, int line, std::size_t blockSize, Size* blocks) {
@@ -108,9 +94,8 @@ bool addPage(const char* file, int line, std::size_t blockSize, Size* blocks) {
     if (arena == nullptr) return false;
     ++arenas;
     ut::pooledMemory = usedBlocks;
-    pages = alignedUp(arena, kLargePage);
+    pages = alignedUp(arena);
     pagesEnd = pages + kArenaSize;
-    hintLargePages(pages);
   }
   char* page = pages;
   pages += kPageSize;
@@ -123,7 +108,7 @@ bool addPage(const char* file, int line, std::size_t blockSize, Size* blocks) {
 void* allocateLarge(const char* file, int line, std::size_t size) {
   void* whole = psMalloc(file, line, size + sizeof(Page) + kPageSize);
   if (whole == nullptr) return nullptr;
-  auto* page = reinterpret_cast<Page*>(alignedUp(whole, kPageSize));
+  auto* page = reinterpret_cast<Page*>(alignedUp(whole));
   *page = {size, whole};
   return page + 1;
 }
