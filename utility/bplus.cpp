@@ -58,13 +58,13 @@ bool dsBPlusTree::SeenLately(const bNodeType_t* node) {
 bool dsBPlusTree::SearchNode(void* item, bNodeType_t* node, int* position) {
   *position = 0;
   if (!SeenLately(node)) fetchAhead(node);
-  if (compareFn_(item, node->data[0]) == bLessThan) return false;
+  const CompareFn compare = compareFn_;  // not read again for each item
+  if (compare(item, node->data[0]) == bLessThan) return false;
+  const int count = node->count;
+  int at = 0;
   compare_t result = bGreaterThan;
-  while (*position < node->count) {
-    result = compareFn_(item, node->data[*position]);
-    if (result != bGreaterThan) break;
-    ++*position;
-  }
+  while (at < count && (result = compare(item, node->data[at])) == bGreaterThan) ++at;
+  *position = at;
   return result == bEqualTo;
 }
 
