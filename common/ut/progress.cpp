@@ -18,7 +18,12 @@ using namespace std::chrono_literals;
 constexpr auto kPatience = 1s;
 constexpr auto kInterval = 100ms;
 
+// What an ANSI terminal obeys.
+constexpr char kUp[] = "\x1b[A";
+constexpr char kClearToEnd[] = "\x1b[J";  // from the cursor on
+
 std::size_t shownLength = 0;  // of the line that stands on the terminal; 0: none
+ut::Progress::Place shownPlace = ut::Progress::Place::kHere;
 
 void toTerminal(const std::string& text) {
   ut::ignoreResult(::write(STDERR_FILENO, text.data(), text.size()), "nothing depends on it");
@@ -32,7 +37,8 @@ std::size_t terminalWidth() {
 
 }  // namespace
 
-ut::Progress::Progress(Describe describe) : active_(wouldShow()), describe_(std::move(describe)) {
+ut::Progress::Progress(Describe describe, Place place)
+    : active_(wouldShow()), place_(place), describe_(std::move(describe)) {
   if (!active_) return;
   begin_ = Clock::now();
   next_ = begin_ + kPatience;
@@ -60,12 +66,19 @@ void ut::Progress::draw(Clock::time_point now) {
   const std::string_view text = withoutTornEnd(std::string_view(whole).substr(0, terminalWidth()));
   const std::size_t rest = shownLength > text.size() ? shownLength - text.size() : 0;
   std::fflush(stdout);  // what was printed before stands above the line
-  toTerminal("\r" + std::string(text) + std::string(rest, ' ') + "\r");
+  if (place_ == Place::kHere) {
+    toTerminal("\r" + std::string(text) + std::string(rest, ' ') + "\r");
+  } else {
+    // The other program may have moved the cursor onto the old line.
+    toTerminal(kClearToEnd + ("\n" + std::string(text)) + "\r" + kUp);
+  }
   shownLength = text.size();
+  shownPlace = place_;
 }
 
 void ut::eraseProgress() {
   if (shownLength == 0) return;
-  toTerminal("\r" + std::string(shownLength, ' ') + "\r");
+  const bool here = shownPlace == Progress::Place::kHere;
+  toTerminal(here ? "\r" + std::string(shownLength, ' ') + "\r" : kClearToEnd);
   shownLength = 0;
 }

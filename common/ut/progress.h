@@ -2,8 +2,10 @@
 //
 // It stands on standard error, only if that is a terminal, from a second after the stage's begin
 // on, and is rewritten in place ten times a second at most. Whatever writes to the terminal calls
-// eraseProgress first; the cursor waits at the line's beginning, so that even what does not know of
-// the line (sqlplus) writes over it. Standard output is never touched.
+// eraseProgress first. Standard output is never touched.
+//
+// While another program has the terminal (sqlplus), which does not know of the line, it stands one
+// line further down, and the cursor waits where that program left it.
 //
 // One at a time. Not for several threads at once: a thread that reports for another one, which
 // waits for it, is the only one that may.
@@ -22,7 +24,9 @@ class Progress {
   // The line's text for what was done until now, and how much of it in a second.
   using Describe = std::function<std::string(const char* count, const char* rate)>;
 
-  explicit Progress(Describe describe);
+  enum class Place { kHere, kBelow };  // kBelow: another program has the terminal
+
+  explicit Progress(Describe describe, Place place = Place::kHere);
   // Erases the line.
   ~Progress();
   Progress(const Progress&) = delete;
@@ -49,6 +53,7 @@ class Progress {
   void draw(Clock::time_point now);
 
   const bool active_;
+  const Place place_;
   const Describe describe_;
   std::uint64_t count_ = 0;
   Clock::time_point begin_, next_;

@@ -40,9 +40,12 @@ class NoSignals {
 }  // namespace
 
 utility::QueryWatch::QueryWatch(unsigned catalogNumber, const char* spoolPath)
-    : spoolPath_(spoolPath), progress_([catalogNumber](const char* count, const char* rate) {
-        return nlsprintf(2656, catalogNumber, count, rate);
-      }) {
+    : spoolPath_(spoolPath),
+      progress_(
+          [catalogNumber](const char* count, const char* rate) {
+            return nlsprintf(2656, catalogNumber, count, rate);
+          },
+          ut::Progress::Place::kBelow) {
   const NoSignals none;
   thread_ = std::jthread([this](std::stop_token stop) { watch(std::move(stop)); });
 }
