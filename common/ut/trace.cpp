@@ -208,6 +208,7 @@ class TraceFile {
 
   void fail() {
     close();
+    ut::eraseProgress();
     std::printf("Unable to write to trace file %s. Tracing disabled.\n",
                 ut::printable(name_).c_str());
   }
