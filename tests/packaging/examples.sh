@@ -13,6 +13,10 @@ set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/../.."
 root=$PWD build=$(readlink -f "$1")
 shift
+# shellcheck disable=SC2034 # read by site.sh
+site_programs=$build/bin:$build/bin/sandbox site_libraries=$build/lib
+# shellcheck source=sandbox/site.sh
+source sandbox/site.sh
 [[ $# -gt 0 ]] || set -- docs/man/*.[15] README.md
 site=$(mktemp -d)
 trap 'rm -rf "$site"' EXIT
@@ -31,17 +35,6 @@ fail() {
   printf 'examples: %s: %s\n$ %s\n' "$page" "$1" "$command" >&2
   cat "$site/seen" >&2
   exit 1
-}
-
-# A site as the example of zylstore(1) makes it; that page itself begins without one.
-make_site() {
-  export SANDBOX_HOME=$PWD VEXO_OPTFILE=$PWD/vexo.opt
-  zylstore init
-  zylstore node ORANODE --password secret --save-password passwords
-  zylstore generate --objects 60 --orphans 5 --today 2025-03-07 --catalogs prod,test
-  echo "STORE $PWD/store.db" >vlt.opt
-  printf '%s\n' "VLTI_ORC_CONFIG $PWD/vlt.opt" "VLTI_LOG $PWD" "VEXO_NODE ORANODE" \
-    "VEXO_PSWDPATH $PWD/passwords" "VEXO_DATE_FMT 3" >vexo.opt
 }
 
 # Runs the command that was read, and compares its output with the lines that were read below it.
@@ -99,7 +92,9 @@ for page in "$@"; do
   mkdir "$site/${page##*/}"
   (
     cd "$site/${page##*/}"
-    [[ $page == */zylstore.1 ]] || make_site >"$site/made"
+    # A site as the example of zylstore(1) makes it; that page itself begins without one.
+    [[ $page == */zylstore.1 ]] || make_site "$PWD" 60 5 --today 2025-03-07 >"$site/made"
+    export TERM=dumb # no codes among what is compared
     run_page
   )
 done
