@@ -23,7 +23,6 @@
 
 namespace {
 
-constexpr char kLogName[] = "vexoerror.log";
 constexpr std::size_t kTimeSize = 80;
 
 // The log in `directory` when that can be written, else in the current directory.
@@ -32,10 +31,11 @@ void logIn(const char* directory, char* path) {
   if (::access(directory, W_OK) == 0) {
     const std::size_t length = std::strlen(directory);
     const char* slash = length > 0 && directory[length - 1] == '/' ? "" : "/";
-    const int wanted = std::snprintf(path, api::kPathSize, "%s%s%s", directory, slash, kLogName);
+    const int wanted =
+        std::snprintf(path, api::kPathSize, "%s%s%s", directory, slash, agent::kErrorLogName);
     if (wanted < static_cast<int>(api::kPathSize)) return;
   }
-  ut::ignoreResult(ut::copyText(path, api::kPathSize, kLogName), "made to fit");
+  ut::ignoreResult(ut::copyText(path, api::kPathSize, agent::kErrorLogName), "made to fit");
 }
 
 void writeAll(int descriptor, const char* text) {
@@ -118,7 +118,7 @@ void vexoErrorMsg(const char* text, int plain) {
 }
 
 void agent::showAndLog(const std::string& text) {
-  nlprintf(2, text);
+  nlprintf(msg::kLine, text);
   vexoErrorMsg(text.c_str(), 0);
 }
 

@@ -18,6 +18,8 @@ void psNonNlsErrorMsg(const char* text);
 
 namespace agent {
 
+inline constexpr char kErrorLogName[] = "vexoerror.log";
+
 // Shows a text as a line on the terminal and appends it to the error log.
 void showAndLog(const std::string& text);
 

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr unsigned short kOptionsFailed = 2534;
+constexpr unsigned short kOptionsFailed = msg::kCannotStart.code();
 constexpr unsigned short kNotFound = 65535;
 constexpr std::size_t kLineSize = 513;
 
@@ -90,7 +90,7 @@ const OptionRow* findKeyword(const char* keyword) {
   return nullptr;
 }
 
-using KeywordMessage = nls::Message<const char*, const char*>;
+using KeywordMessage = nls::Message<'s', 's'>;
 
 unsigned short fail(KeywordMessage message, const char* keyword, const char* fileName) {
   psNonNlsErrorMsg(nlsprintf(message, keyword, fileName).c_str());
@@ -101,10 +101,11 @@ unsigned short storeLine(orcObj_t* orc, char* line, const char* name) {
   const OptionLine parts = splitLine(line);
   const char* keyword = parts.keyword == nullptr ? "" : parts.keyword;
   const OptionRow* row = findKeyword(keyword);
-  if (row == nullptr) return fail(2603, keyword, name);
-  if (parts.rest == nullptr) return fail(2616, keyword, name);
+  if (row == nullptr) return fail(msg::kUnknownKeyword, keyword, name);
+  if (parts.rest == nullptr) return fail(msg::kKeywordWithoutValue, keyword, name);
   const char* value = row->raw ? parts.rest : cleanValue(parts.rest);
-  if (*value == '\0' || !ut::copyText(orc->*row->field, value)) return fail(2616, keyword, name);
+  if (*value == '\0' || !ut::copyText(orc->*row->field, value))
+    return fail(msg::kKeywordWithoutValue, keyword, name);
   return 0;
 }
 
@@ -148,7 +149,7 @@ unsigned short vexoOpenOptionFile(std::FILE** file, char* name, int* status) {
   *file = agent::openOptionFileQuietly(name).release();
   *status = *file == nullptr ? errno : 0;
   if (*file != nullptr) return 0;
-  psNonNlsErrorMsg(nlsprintf(2615, static_cast<const char*>(name)).c_str());
+  psNonNlsErrorMsg(nlsprintf(msg::kOptionsFileNotOpened, name).c_str());
   return kOptionsFailed;
 }
 
@@ -174,7 +175,7 @@ unsigned short vexoParseOptionFile(orcObj_t* orc, std::FILE* file, const char* n
     if (rc != 0) return rc;
   }
   if (std::ferror(file) != 0) {  // a directory, or a file that cannot be read to its end
-    psNonNlsErrorMsg(nlsprintf(2615, name).c_str());
+    psNonNlsErrorMsg(nlsprintf(msg::kOptionsFileNotOpened, name).c_str());
     return kOptionsFailed;
   }
   return 0;

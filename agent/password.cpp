@@ -22,9 +22,9 @@
 
 namespace {
 
-constexpr short kNotReadable = 168;
-constexpr short kDirectoryNotOpened = 2521;
-constexpr short kDirectoryNotCreated = 167;
+constexpr short kNotReadable = msg::kPasswordFileNotRead.code();
+constexpr short kDirectoryNotOpened = msg::kPasswordDirectoryNotOpened.code();
+constexpr short kDirectoryNotCreated = msg::kPasswordDirectoryNotCreated.code();
 constexpr short kNotWritten = -1;
 constexpr char kHeader[] = "Agent for Oracle Backup - Password file";
 constexpr std::size_t kHeaderLength = sizeof kHeader - 1;
@@ -51,7 +51,7 @@ void renameToSave(const char* path) {
     return;
   }
   const char* reason = std::strerror(errno);
-  agent::showAndLog(nlsprintf(2629, path, reason));
+  agent::showAndLog(nlsprintf(msg::kPasswordFileNotRenamed, path, reason));
 }
 
 // Makes sure that the directory is there. Returns 0, 2521 or 167.

@@ -21,7 +21,6 @@
 namespace {
 
 constexpr char kSetUp[] = "psDoVltSetUp()";
-constexpr int16_t kNoTempFile = 2531;
 constexpr int kLogonTries = 5;
 constexpr char kGenerate[] = " -PASSWORDACCESS=GENERATE";
 constexpr char kPasswordDir[] = " -PASSWORDDIR=";
@@ -85,9 +84,8 @@ unsigned short preparePassword(orcObj_t* orc, char* password) {
   char dir[agent::kPasswordPathSize];
   char path[agent::kPasswordPathSize];
   psvexoGetFileName(dir, path, orc);
-  ut::ignoreResult(
-      ut::copyText(orc->lastErrorMsg, nlsprintf(nls::fromCode(rc), static_cast<const char*>(path))),
-      "a message is shorter");
+  ut::ignoreResult(ut::copyText(orc->lastErrorMsg, nlsprintf(msg::kPasswordFileNotRead, path)),
+                   "a message is shorter");
   vexoErrorMsg(orc->lastErrorMsg, 0);
   return static_cast<unsigned short>(rc);
 }
@@ -210,8 +208,8 @@ int16_t setUpForOptions(orcObj_t* orc) {
   if (!temporary.make()) {
     TRACE(TR_ORCLEVEL0, " %s: Exiting - mkstemp() for '%s' failed,\n with errno = %d\n\n", kSetUp,
           temporary.path(), errno);
-    agent::showAndLog(nlsprintf(kNoTempFile));
-    return kNoTempFile;
+    agent::showAndLog(nlsprintf(msg::kNoTempName));
+    return msg::kNoTempName.code();
   }
   return setUpLibrary(orc, kSetUp, *orc->VLTI_ORC_CONFIG == '\0' ? temporary.path() : nullptr);
 }
@@ -222,7 +220,7 @@ void ignoreNodeAndOwner(orcObj_t* orc) {
       *orc->VEXO_NODE != '\0' || *orc->VEXO_OWNER != '\0' || *orc->VEXO_PSWDPATH != '\0';
   if (!any) return;
   TRACE(TR_ORCLEVEL2, "%s: vexo_node and/or vexo_owner are set.\n", kSetUp);
-  const std::string text = nlsprintf(2610);
+  const std::string text = nlsprintf(msg::kPasswordKeptByClient);
   agent::showAndLog(text);
   ut::ignoreResult(ut::copyText(orc->lastErrorMsg, text), "a message is shorter");
   *orc->VEXO_NODE = *orc->VEXO_OWNER = *orc->VEXO_PSWDPATH = '\0';
@@ -285,7 +283,7 @@ void FillEnvSetUp(VltEnvSetUp* envSetUp, orcObj_t* orc) {
   ut::ignoreResult(ut::copyText(envSetUp->vltiDir, orc->VLTI_DIR), "an option is shorter");
   ut::ignoreResult(ut::copyText(envSetUp->vltiConfig, orc->VLTI_ORC_CONFIG), "is shorter");
   ut::ignoreResult(ut::copyText(envSetUp->vltiLog, orc->VLTI_LOG), "an option is shorter");
-  ut::ignoreResult(ut::copyText(envSetUp->logName, "vexoerror.log"), "fits");
+  ut::ignoreResult(ut::copyText(envSetUp->logName, agent::kErrorLogName), "fits");
 }
 
 unsigned short CallvltSetUp(orcObj_t* orc) {

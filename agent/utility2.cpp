@@ -30,7 +30,7 @@ int formatNumber(const char* text, unsigned largest) {
 }  // namespace
 
 void psgetMsgFileName([[maybe_unused]] const char* language, char* out) {
-  ut::ignoreResult(ut::copyText(out, 64, "vexo.cat"), "fits");
+  ut::ignoreResult(ut::copyText(out, 64, nls::kDefaultCatalog), "fits");
 }
 
 unsigned short callNlinit(orcObj_t* orc) {
@@ -47,7 +47,7 @@ unsigned short callNlinit(orcObj_t* orc) {
   nlterm();
   nlsReturnInfo info = {};
   const unsigned short rc = nlinit(repository, agent::kMessageCache, directory, orc->clientType,
-                                   date, time, number, &info, "vexo.cat");
+                                   date, time, number, &info, nls::kDefaultCatalog);
   if (rc != 0) {
     char text[kMessageSize];
     std::snprintf(text, sizeof text,
@@ -62,10 +62,7 @@ unsigned short callNlinit(orcObj_t* orc) {
     return rc;
   }
   if (info.usedDefault != 0) {
-    vexoErrorMsg(nlsprintf(2641, static_cast<const char*>(repository),
-                           static_cast<const char*>(orc->VEXO_LANGUAGE))
-                     .c_str(),
-                 0);
+    vexoErrorMsg(nlsprintf(msg::kNoCatalogForLanguage, repository, orc->VEXO_LANGUAGE).c_str(), 0);
   }
   return 0;
 }
@@ -83,8 +80,8 @@ void vexoInitTrace(orcObj_t* orc) {
   const std::uint32_t rc = trcClass->trBegin(orc->VEXO_TRACE_FILE, 0);
   if (rc != 0) {
     agent::showAndLog(rc == ut::kTraceNotOpened
-                          ? nlsprintf(201, static_cast<const char*>(orc->VEXO_TRACE_FILE))
-                          : nlsprintf(3));
+                          ? nlsprintf(msg::kTraceNotOpened, orc->VEXO_TRACE_FILE)
+                          : nlsprintf(msg::kStepFailed));
     return;
   }
   if (*orc->VEXO_TRACE_FLAGS != '\0') trcClass->trEnable(orc->VEXO_TRACE_FLAGS, true);
@@ -130,9 +127,9 @@ unsigned short vexoCheck_API_Level() {
   if (api::versionWeight(library.version, library.release, library.level) >= api::kRequiredWeight) {
     return 0;
   }
-  agent::showAndLog(nlsprintf(2572, library.version, library.release, library.level));
-  agent::showAndLog(nlsprintf(2573, api::kVersion, api::kRelease, api::kLevel));
-  return 2507;
+  agent::showAndLog(nlsprintf(msg::kLibraryLevel, library.version, library.release, library.level));
+  agent::showAndLog(nlsprintf(msg::kRequiredLevel, api::kVersion, api::kRelease, api::kLevel));
+  return msg::kLibraryTooOld.code();
 }
 
 void vexoCheckFS(orcObj_t* orc) {

@@ -43,6 +43,7 @@ inline constexpr char kDefaultFileSpace[] =
     "/"
     "marlorc";
 inline constexpr int kMessageCache = 10;  // fetched messages kept at hand
+inline constexpr int kClientType = 10;    // of this program, for the message system
 
 }  // namespace agent
 

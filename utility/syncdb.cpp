@@ -48,9 +48,9 @@ std::string utility::reportCode(orcObj_t* orc, int16_t rc, Report where) {
 }
 
 void utility::printFramed(const std::string& text) {
-  nlprintf(131);
-  nlprintf(2, text);
-  nlprintf(131);
+  nlprintf(msg::kBlankLine);
+  nlprintf(msg::kLine, text);
+  nlprintf(msg::kBlankLine);
 }
 
 void utility::reportText(const std::string& text) {
@@ -70,16 +70,16 @@ unsigned short vexoProcessCommand(orcObj_t* orc, vexoOptionsInfo_t& options,
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
   unsigned short rc = vexoSession(orc);
   if (rc != 0) {
-    nlprintf(2, apiText(orc, static_cast<int16_t>(rc)));
-    nlprintf(131);
+    nlprintf(msg::kLine, apiText(orc, static_cast<int16_t>(rc)));
+    nlprintf(msg::kBlankLine);
     TRACE(TR_ORCLEVEL0, " %s: Exit vexoSession() failed rc = %d\n", kFunction, rc);
     return rc;
   }
   try {
     rc = runStage(orc, options, commands);
   } catch (const std::bad_alloc&) {
-    nlprintf(utility::kNoMemory);
-    rc = utility::kNoMemory;
+    nlprintf(msg::kNoMemory);
+    rc = msg::kNoMemory.code();
   }
   TRACE(TR_ORCLEVEL2, " %s: Calling VLTTERMINATE(). vltHandle = %d\n", kFunction, orc->vltHandle);
   ut::ignoreResult(gVltApiObjP->dvltTerminate(VltApiStatusObjP, orc->vltHandle),
@@ -143,20 +143,20 @@ void utGetDefaultDates(char* start, char* end) {
 namespace {
 
 // Asks for one date until the answer is valid. True when the default was taken.
-bool askDate(nls::Message<const char*> prompt, const char* defaultText, nfDate* date) {
+bool askDate(nls::Message<'s'> prompt, const char* defaultText, nfDate* date) {
   char answer[kDateAnswerSize];
   const auto ask = [&] {
     nlprintf(prompt, defaultText);
     ut::ignoreResult(ReadAnswer(answer, sizeof answer), "a cut answer is judged as it is");
   };
-  nlprintf(131);
+  nlprintf(msg::kBlankLine);
   ask();
-  nlprintf(131);
+  nlprintf(msg::kBlankLine);
   while (*answer != '\0') {
     const unsigned short rc = dateParse(answer, date, 0);
     if (rc == 0) return false;
-    nlprintf(2525);
-    nlprintf(131);
+    nlprintf(msg::kBadDate);
+    nlprintf(msg::kBlankLine);
     TRACE(TR_ORCLEVEL0, " %s: dateParse() failed rc = %d\n", "utGetDates()", rc);
     ask();
   }
@@ -173,12 +173,13 @@ void utGetDates(nfDate* start, nfDate* end, int& usedDefaultEnd) {
   char startText[kDateTextSize], endText[kDateTextSize];
   utGetDefaultDates(startText, endText);
   for (;;) {
-    ut::ignoreResult(askDate(2543, startText, start), "only the end date's default matters");
+    ut::ignoreResult(askDate(msg::kAskStartDate, startText, start),
+                     "only the end date's default matters");
     // Never set back by another round: once the default end was taken, later stages reckon with it.
-    if (askDate(2544, endText, end)) usedDefaultEnd = 1;
+    if (askDate(msg::kAskEndDate, endText, end)) usedDefaultEnd = 1;
     if (dateCmp(*end, *start) >= 0) break;
-    nlprintf(131);
-    nlprintf(2529);
+    nlprintf(msg::kBlankLine);
+    nlprintf(msg::kEndBeforeStart);
   }
   TRACE(TR_ORCLEVEL1, " %s: EXIT\n", kFunction);
 }
@@ -200,10 +201,10 @@ unsigned short utProcessPickList(orcObj_t* orc, CLinkedList<utZylObj_s>* list) {
     if (list->getFirst() != nullptr) continue;
     // The list is shown once more, empty, and only the user's leaving it ends the loop: callers
     // know the cancelled result after the last object. It stays.
-    nlprintf(131);
-    nlprintf(2599);
-    nlprintf(131);
-    nlprintf(131);
+    nlprintf(msg::kBlankLine);
+    nlprintf(msg::kNothingToShow);
+    nlprintf(msg::kBlankLine);
+    nlprintf(msg::kBlankLine);
   }
   TRACE(TR_ORCLEVEL1, " %s: EXIT, rc =%d\n", kFunction, rc);
   return rc;
@@ -220,21 +221,21 @@ std::string encryptionText(const utZylObj_s& object) {
   if ((object.encryptionType & VLT_ENCRYPT_AES_128) != 0) return "AES_128BIT";
   if ((object.encryptionType & VLT_ENCRYPT_AES_256) != 0) return "AES_256BIT";
   if ((object.encryptionType & VLT_ENCRYPT_DES_56) != 0) return "DES_56BIT";
-  return textOr(2528, "None");
+  return textOr(msg::kNone, "None");
 }
 
 }  // namespace
 
 void utPrintBackupItem(utZylObj_s* object) {
-  const std::string yes = textOr(507, "Yes");
-  const std::string no = textOr(508, "No");
+  const std::string yes = textOr(msg::kYes, "Yes");
+  const std::string no = textOr(msg::kNo, "No");
   const nfDate date = api::toNfDate(object->insDate);
-  nlprintf(2608);
-  nlprintf(2609, object->name, object->owner, ut::formatDate(date).text, ut::formatTime(date).text,
-           ut::formatNumber(api::toNumber(object->sizeEstimate)).text,
+  nlprintf(msg::kItemHeading);
+  nlprintf(msg::kItem, object->name, object->owner, ut::formatDate(date).text,
+           ut::formatTime(date).text, ut::formatNumber(api::toNumber(object->sizeEstimate)).text,
            object->compressed == 1 ? yes : no, encryptionText(*object),
            object->clientDeduplicated == 1 ? yes : no);
-  nlprintf(131);
+  nlprintf(msg::kBlankLine);
 }
 
 // ---- Answers ------------------------------------------------------------------------------------
@@ -249,4 +250,4 @@ ut::ReadResult ReadAnswer(char* buffer, int size) {
   return whole ? result : ut::ReadResult::kCut;
 }
 
-int PromptYN() { return nls::ask(371, 372) == 0 ? 1 : 0; }
+int PromptYN() { return nls::ask(msg::kAskContinue, msg::kNotAnAnswer) == 0 ? 1 : 0; }

@@ -111,8 +111,7 @@ void utFreeTree(void* item);
 
 namespace utility {
 
-inline constexpr unsigned short kFailed = 65535;   // a command's own failure, -1
-inline constexpr unsigned short kNoMemory = 2522;  // also the number of its message
+inline constexpr unsigned short kFailed = 65535;  // a command's own failure, -1
 
 enum class Report { kLogOnly, kLogAndTerminal };
 

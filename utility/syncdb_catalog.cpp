@@ -22,8 +22,6 @@
 namespace {
 
 constexpr char kFunction[] = "utQueryCatalog()";
-constexpr unsigned short kScriptNotWritten = 2575;
-constexpr unsigned short kQueryFailed = 2533;
 constexpr std::size_t kScriptSize = 1025;
 constexpr std::size_t kCommandSize = 513;
 
@@ -67,15 +65,15 @@ bool buildScript(const objCatInfo_s& catalog, const char* spoolPath, const nfDat
 }
 
 unsigned short refuseLongScript(const objCatInfo_s& catalog) {
-  utility::reportText(nlsprintf(2640, catalog.catalogNumber));
+  utility::reportText(nlsprintf(msg::kScriptTooLong, catalog.catalogNumber));
   TRACE(TR_ORCLEVEL0, " %s: Exit - script too long\n\n", kFunction);
-  return kQueryFailed;
+  return msg::kQueryFailed.code();
 }
 
 unsigned short reportNotCreated(const char* path) {
-  utility::reportText(nlsprintf(kScriptNotWritten, path));
+  utility::reportText(nlsprintf(msg::kTempFileNotWritten, path));
   TRACE(TR_ORCLEVEL0, " %s: Exit cannot open temp file '%s' for writing\n\n", kFunction, path);
-  return kScriptNotWritten;
+  return msg::kTempFileNotWritten.code();
 }
 
 unsigned short writeScript(const char* path, const Script& script) {
@@ -199,8 +197,8 @@ unsigned short utQueryCatalog(const objCatInfo_s* catalog, const char* scriptPat
   const int status = runScript(scriptPath, spoolPath, catalog->catalogNumber);
   if (status != 0) {
     utility::removeUnlessTraced(spoolPath);
-    utility::reportText(nlsprintf(kQueryFailed));
-    return kQueryFailed;
+    utility::reportText(nlsprintf(msg::kQueryFailed));
+    return msg::kQueryFailed.code();
   }
   spool.judgeAge();
   TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);

@@ -52,7 +52,7 @@ class Deletion {
   Deletion(ObjectList* list, orcObj_t* orc) : list_(list), orc_(orc) {}
 
   unsigned short run() {
-    nlprintf(131);
+    nlprintf(msg::kBlankLine);
     const Picks picks = picksOf(*list_);
     describe(picks);
     if (PromptYN() != 1) {
@@ -61,7 +61,7 @@ class Deletion {
     }
     if (const int16_t rc = begin(Report::kLogAndTerminal); rc != 0) return code(rc);
     ut::Progress progress([&picks](const char* count, const char* rate) {
-      return nlsprintf(2658, count, ut::formatNumber(picks.count).text, rate);
+      return nlsprintf(msg::kProgressDeleting, count, ut::formatNumber(picks.count).text, rate);
     });
     utZylObj_s* object = list_->getFirst();
     while (object != nullptr) {
@@ -86,27 +86,27 @@ class Deletion {
   unsigned short abandon() {
     TRACE(TR_ORCLEVEL0, " %s: Exit - no memory\n\n", kFunction);
     if (inProgress_) ut::ignoreResult(end(VLT_VOTE_ABORT), "without a commit nothing is deleted");
-    nlprintf(utility::kNoMemory);
-    return utility::kNoMemory;
+    nlprintf(msg::kNoMemory);
+    return msg::kNoMemory.code();
   }
 
  private:
   // Says what is about to happen, right before the question.
   void describe(const Picks& picks) const {
-    const std::string none = nls::plainText(2528);
-    nlprintf(2580, ut::formatNumber(picks.count).text, ut::formatSize(picks.bytes).text,
-             picks.count == 0 ? none : dateText(picks.oldest),
+    const std::string none = nls::plainText(msg::kNone);
+    nlprintf(msg::kAboutToDelete, ut::formatNumber(picks.count).text,
+             ut::formatSize(picks.bytes).text, picks.count == 0 ? none : dateText(picks.oldest),
              picks.count == 0 ? none : dateText(picks.newest), knownText());
-    if (picks.count == 0) nlprintf(2647);
+    if (picks.count == 0) nlprintf(msg::kNothingPicked);
     if (orc_->catalogsWithoutHandles > 0) {
-      nlprintf(2652, orc_->catalogsWithoutHandles, orc_->catalogsAsked);
+      nlprintf(msg::kCatalogsWithoutPieces, orc_->catalogsWithoutHandles, orc_->catalogsAsked);
     }
   }
 
   // What Oracle said before this list was made.
   std::string knownText() const {
-    if (orc_->catalogsAsked == 0) return nls::plainText(2653);
-    return nlsprintf(2646, ut::formatNumber(orc_->handlesKnown).text);
+    if (orc_->catalogsAsked == 0) return nls::plainText(msg::kOracleNotAsked);
+    return nlsprintf(msg::kOracleKnows, ut::formatNumber(orc_->handlesKnown).text);
   }
 
   struct EndResult {

@@ -27,8 +27,9 @@ class Listing {
     openDiagnosticFile();
     if (const int16_t rc = querySession(); rc != 0) return static_cast<unsigned short>(rc);
     if (const int16_t rc = beginQuery(); rc != 0) return static_cast<unsigned short>(rc);
-    ut::Progress progress(
-        [](const char* count, const char* rate) { return nlsprintf(2655, count, rate); });
+    ut::Progress progress([](const char* count, const char* rate) {
+      return nlsprintf(msg::kProgressListing, count, rate);
+    });
     for (;;) {
       const int16_t rc = gVltApiObjP->dvltGetNextQObj(VltApiStatusObjP, orc_->vltHandle, &block_);
       TRACE(TR_ORCLEVEL2, " %s: VLTGETNEXTQOBJ() returned vltRc = %d\n", kFunction, rc);
@@ -57,8 +58,8 @@ class Listing {
     }
     names_ = ut::openPrivateFile(path.c_str());
     if (names_ == nullptr) {
-      nlprintf(2575, path);
-      nlprintf(131);
+      nlprintf(msg::kTempFileNotWritten, path);
+      nlprintf(msg::kBlankLine);
       TRACE(TR_ORCLEVEL0, " %s: could not open file '%s' for writing\n", kFunction, path.c_str());
       return;
     }
@@ -132,7 +133,7 @@ class Listing {
     TRACE(TR_ORCLEVEL2, " %s: Adding '%s' to the list\n", kFunction, object.name);
     const unsigned short rc = list_->addTail(object, 0);
     if (rc == 0) return 0;
-    utility::reportText(nlsprintf(2522));
+    utility::reportText(nlsprintf(msg::kNoMemory));
     TRACE(TR_ORCLEVEL0, " %s: Exit - No Memory. rc =  %d\n\n", kFunction, rc);
     return rc;
   }
@@ -177,11 +178,11 @@ class Listing {
   }
 
   static void printNothingFound() {
-    nlprintf(131);
-    nlprintf(131);
-    nlprintf(2599);
-    nlprintf(131);
-    nlprintf(131);
+    nlprintf(msg::kBlankLine);
+    nlprintf(msg::kBlankLine);
+    nlprintf(msg::kNothingToShow);
+    nlprintf(msg::kBlankLine);
+    nlprintf(msg::kBlankLine);
   }
 
   VltQryRespBackup& response() { return buffer_.response; }

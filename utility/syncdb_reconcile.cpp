@@ -22,15 +22,16 @@ namespace {
 
 constexpr char kFunction[] = "utSyncZylToRman()";
 constexpr int kEmptyAnswers = 3;
-constexpr unsigned short kNoTempName = 2531;
 
 // The prompts of one catalog, by what is asked.
-using Prompt = nls::Message<std::uint32_t>;
+using Prompt = nls::Message<'d'>;
 struct Prompts {
   Prompt userName, password, connString;
 };
-constexpr Prompts kCatalogPrompts = {2540, 2541, 2542};
-constexpr Prompts kDatabasePrompts = {2605, 2606, 2607};
+constexpr Prompts kCatalogPrompts = {msg::kAskCatalogUser, msg::kAskCatalogPassword,
+                                     msg::kAskCatalogConnect};
+constexpr Prompts kDatabasePrompts = {msg::kAskDatabaseUser, msg::kAskDatabasePassword,
+                                      msg::kAskDatabaseConnect};
 
 // The catalogs of a run.
 struct Catalogs {
@@ -72,15 +73,15 @@ class CatalogDialogue {
   // Asks for catalog `number` and appends it. Returns 0, 65535 or 2522.
   unsigned short ask(std::uint32_t number, CatalogList* catalogs) {
     objCatInfo_s catalog = {};
-    nlprintf(131);
+    nlprintf(msg::kBlankLine);
     unsigned short rc = askNeeded(prompts_.userName, number, catalog.userName, false);
     if (rc == 0) rc = askNeeded(prompts_.password, number, catalog.password, !fromScript_);
     if (rc == 0) rc = askConnString(number, catalog.connString);
     if (rc == 0) {
       catalog.bNoCatalog = noCatalog_ ? 1 : 0;
       catalog.catalogNumber = number;
-      rc = catalogs->addTail(catalog, 0) == 0 ? 0 : utility::kNoMemory;
-      if (rc != 0) nlprintf(utility::kNoMemory);
+      rc = catalogs->addTail(catalog, 0) == 0 ? 0 : msg::kNoMemory.code();
+      if (rc != 0) nlprintf(msg::kNoMemory);
     }
     ut::wipe(catalog.password, sizeof catalog.password);
     return rc;
@@ -94,18 +95,18 @@ class CatalogDialogue {
       nlprintf(prompt, number);
       if (noEcho) {
         if (readPass(answer, static_cast<int>(N) - 1) < 0) {
-          nlprintf(3);
+          nlprintf(msg::kStepFailed);
           return utility::kFailed;
         }
       } else {
         ut::ignoreResult(ReadAnswer(answer, static_cast<int>(N)),
                          "a long one makes the script too long, which is refused");
       }
-      nlprintf(131);
+      nlprintf(msg::kBlankLine);
       if (*answer != '\0' && isUsable(answer)) return 0;
-      nlprintf(2623);
-      nlprintf(131);
-      nlprintf(131);
+      nlprintf(msg::kAnswerNeeded);
+      nlprintf(msg::kBlankLine);
+      nlprintf(msg::kBlankLine);
     }
     if (prompt.number() == prompts_.userName.number()) {
       TRACE(TR_ORCLEVEL0, " %s: Exit - no username entered 3 times\n", kFunction);
@@ -123,7 +124,7 @@ class CatalogDialogue {
       nlprintf(prompts_.connString, number);
       ut::ignoreResult(ReadAnswer(answer, static_cast<int>(N)),
                        "a long one makes the script too long, which is refused");
-      nlprintf(131);
+      nlprintf(msg::kBlankLine);
       if (isUsable(answer)) return 0;
     }
     TRACE(TR_ORCLEVEL0, " %s: Exit - no usable connect string entered 3 times\n", kFunction);
@@ -140,8 +141,8 @@ class CatalogDialogue {
     });
     if (usable) return true;
     ut::wipe(answer, sizeof answer);
-    nlprintf(2648);
-    nlprintf(131);
+    nlprintf(msg::kControlCharacter);
+    nlprintf(msg::kBlankLine);
     return false;
   }
 
@@ -177,19 +178,19 @@ std::string tempNameFor(const char* prefix) {
 unsigned short makeTempNames(TempNames* names) {
   names->script = tempNameFor("SQLI");
   if (names->script.empty()) {
-    nlprintf(kNoTempName);
-    nlprintf(131);
+    nlprintf(msg::kNoTempName);
+    nlprintf(msg::kBlankLine);
     TRACE(TR_ORCLEVEL0, " %s: tempnam() failed for SQLI\n", kFunction);
   }
   names->spoolBase = tempNameFor("SQLO");
   if (names->spoolBase.empty()) {
-    nlprintf(kNoTempName);
-    nlprintf(131);
+    nlprintf(msg::kNoTempName);
+    nlprintf(msg::kBlankLine);
     TRACE(TR_ORCLEVEL0, " %s: tempnam() failed for SQLO\n", kFunction);
   }
   if (names->script.empty() || names->spoolBase.empty()) {
     TRACE(TR_ORCLEVEL0, " %s: Exit could not create file name with tempnam()\n\n", kFunction);
-    return kNoTempName;
+    return msg::kNoTempName.code();
   }
   names->script += ".sql";
   return 0;
@@ -203,7 +204,7 @@ void noteListing(const objCatInfo_s& catalog, const utility::CatalogListing& lis
   orc->handlesKnown += listing.handles;
   if (listing.rows != 0) return;
   ++orc->catalogsWithoutHandles;
-  utility::reportText(nlsprintf(2645, catalog.catalogNumber));
+  utility::reportText(nlsprintf(msg::kCatalogWithoutPieces, catalog.catalogNumber));
 }
 
 // Queries every catalog and puts all their handles into the one tree.
@@ -217,8 +218,8 @@ unsigned short loadCatalogs(const CatalogList& catalogs, const TempNames& names,
     const int wanted =
         std::snprintf(spoolPath, sizeof spoolPath, "%s_%d.out", names.spoolBase.c_str(), ++number);
     if (wanted >= static_cast<int>(sizeof spoolPath)) {
-      nlprintf(kNoTempName);
-      return kNoTempName;
+      nlprintf(msg::kNoTempName);
+      return msg::kNoTempName.code();
     }
     unsigned short rc = utQueryCatalog(catalog, names.script.c_str(), spoolPath, start, end);
     if (rc != 0) {
@@ -243,9 +244,10 @@ unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const 
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
   const bool fromScript = scriptInput(*orc);
   if (usedDefaultEnd != 0) {
-    agent::showAndLog(fromScript ? nlsprintf(2613) : nlsprintf(2612));
+    agent::showAndLog(fromScript ? nlsprintf(msg::kEndDateNeeded)
+                                 : nlsprintf(msg::kDefaultEndDate));
     if (fromScript) return utility::kFailed;
-    nlprintf(131);
+    nlprintf(msg::kBlankLine);
   }
   if (options.noCatalog != 0) {
     TRACE(TR_ORCLEVEL2, " %s: Synchronizing with Oracle Control File\n", kFunction);
@@ -261,13 +263,13 @@ unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const 
   }
   const std::unique_ptr<dsBPlusTree> tree(new (std::nothrow) dsBPlusTree(utFreeTree));
   if (tree == nullptr) {
-    nlprintf(utility::kNoMemory);
-    return utility::kNoMemory;
+    nlprintf(msg::kNoMemory);
+    return msg::kNoMemory.code();
   }
   TempNames names;
   unsigned short rc = makeTempNames(&names);
   if (rc != 0) return rc;
-  nlprintf(2581);
+  nlprintf(msg::kAskingOracle);
   rc = loadCatalogs(catalogs.list, names, start, end, tree.get(), orc);
   catalogs.forgetPasswords();  // the pick list may stay open for hours
   if (rc != 0) return rc;

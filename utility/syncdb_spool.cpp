@@ -37,8 +37,8 @@
 namespace {
 
 constexpr char kFunction[] = "utLoadBTree()";
-constexpr unsigned short kNotReadable = 2576;
-constexpr unsigned short kNotSound = 2533;
+constexpr unsigned short kNotReadable = msg::kSpoolFileNotRead.code();
+constexpr unsigned short kNotSound = msg::kQueryFailed.code();
 constexpr std::size_t kPieceSize = 513;
 constexpr std::size_t kLineWidth = 80;  // as the script sets it
 constexpr std::size_t kLongestHandle = 512;
@@ -115,20 +115,22 @@ class Spool {
   unsigned short load() {
     char piece[kPieceSize];
     bool inLine = false;
-    ut::Progress progress(
-        [](const char* count, const char* rate) { return nlsprintf(2657, count, rate); });
+    ut::Progress progress([](const char* count, const char* rate) {
+      return nlsprintf(msg::kProgressReading, count, rate);
+    });
     while (std::fgets(piece, sizeof piece, file_) != nullptr) {
       const std::size_t length = std::strlen(piece);
       inLine = length == 0 || piece[length - 1] != '\n';
       // A piece without a line end fills the buffer. A shorter one holds a NUL byte, or the file
       // ends in the middle of a line.
-      if (inLine && length + 1 < sizeof piece) return unsound(nlsprintf(2649, path_));
+      if (inLine && length + 1 < sizeof piece)
+        return unsound(nlsprintf(msg::kAnswerCutShort, path_));
       const unsigned short rc = takeLine({piece, inLine ? length : length - 1});
       if (rc != 0) return rc;
       progress.advance();
     }
     if (std::ferror(file_) != 0) return kNotReadable;
-    return inLine ? unsound(nlsprintf(2649, path_)) : judge();
+    return inLine ? unsound(nlsprintf(msg::kAnswerCutShort, path_)) : judge();
   }
 
   const utility::CatalogListing& listing() const { return listing_; }
@@ -152,7 +154,7 @@ class Spool {
     }
     const std::string_view body = withoutEnd(line);
     const std::string_view text = body.substr(static_cast<std::size_t>(word.data() - body.data()));
-    if (isError(word)) return unsound(nlsprintf(2642, path_, text));
+    if (isError(word)) return unsound(nlsprintf(msg::kAnswerHasError, path_, text));
     if (text != word && rowCount(text)) {
       counted_ = text;
       begun_.clear();
@@ -214,12 +216,12 @@ class Spool {
 
   unsigned short judge() {
     if (!counted_.empty() && rowCount(counted_) != listing_.rows) {
-      return unsound(nlsprintf(2643, path_, counted_, listing_.rows));
+      return unsound(nlsprintf(msg::kRowCountDiffers, path_, counted_, listing_.rows));
     }
     // With its feedback switched off sqlplus counts nothing: the listing may be whole, or have lost
     // its end between two lines.
     if (counted_.empty() && endsWithRow_ && listing_.rows >= kCountedFrom) {
-      agent::showAndLog(nlsprintf(2651, path_));
+      agent::showAndLog(nlsprintf(msg::kNoRowCount, path_));
     }
     return 0;
   }
@@ -236,12 +238,12 @@ class Spool {
 };
 
 unsigned short reportNotReadable(const char* path) {
-  utility::reportText(nlsprintf(kNotReadable, path));
+  utility::reportText(nlsprintf(msg::kSpoolFileNotRead, path));
   TRACE(TR_ORCLEVEL0, " %s: Exit - error opening file '%s' for reading\n\n", kFunction, path);
   return kNotReadable;
 }
 
-unsigned short reportUnsound(nls::Message<const char*> message, const char* path) {
+unsigned short reportUnsound(nls::Message<'s'> message, const char* path) {
   utility::reportText(nlsprintf(message, path));
   TRACE(TR_ORCLEVEL0, " %s: Exit - file '%s' is no answer of this query\n\n", kFunction, path);
   return kNotSound;
@@ -254,7 +256,7 @@ unsigned short load(std::FILE* file, const char* path, dsBPlusTree* tree,
   if (rc == kNotReadable) return reportNotReadable(path);
   if (rc != 0) return rc;
   // On a full disk sqlplus loses rows and still ends well.
-  if (!ut::hasRoomBeside(path)) return reportUnsound(2650, path);
+  if (!ut::hasRoomBeside(path)) return reportUnsound(msg::kNoRoomLeft, path);
   if (listing != nullptr) *listing = spool.listing();
   return 0;
 }
@@ -268,12 +270,14 @@ unsigned short utLoadBTree(const char* spoolPath, dsBPlusTree** tree,
   ut::FilePtr file = ut::openOwnFile(spoolPath, &entry);
   if (file == nullptr) {
     // What is not ours is left where it is.
-    return errno == EEXIST ? reportUnsound(2644, spoolPath) : reportNotReadable(spoolPath);
+    return errno == EEXIST ? reportUnsound(msg::kSpoolFileNotFromQuery, spoolPath)
+                           : reportNotReadable(spoolPath);
   }
   unsigned short rc = kTreeNoMemory;
   try {
     const bool written = entry.st_mtim.tv_sec != utility::kNotWritten;
-    rc = written ? load(file.get(), spoolPath, *tree, listing) : reportUnsound(2644, spoolPath);
+    rc = written ? load(file.get(), spoolPath, *tree, listing)
+                 : reportUnsound(msg::kSpoolFileNotFromQuery, spoolPath);
   } catch (const std::bad_alloc&) {
     TRACE(TR_ORCLEVEL0, " %s: Exit - no memory. rc = %d\n\n", kFunction, rc);
   }

@@ -15,9 +15,6 @@
 
 namespace {
 
-constexpr int kClientType = 10;
-constexpr unsigned short kNoInstallDirectory = 2601;
-
 enum CommandId {
   kShowEnvironment,
   kShowCliOptions,
@@ -143,7 +140,7 @@ unsigned short storeOption(OptionId id, const char* value, vexoOptionsInfo_t* op
 unsigned short openCatalog() {
   char directory[kOptionSize];
   unsigned short rc = psvexoGetVexoDir(directory, sizeof directory);
-  if (rc == kNoInstallDirectory) {
+  if (rc == msg::kNoInstallPath.code()) {
     std::printf("\n QRB2601E There is no Registry entry for VEX for Oracle install path.\n");
     return rc;
   }
@@ -151,13 +148,13 @@ unsigned short openCatalog() {
     std::printf("\n ERROR: Could not find VEX for Oracle install path, rc = %d\n", rc);
     return rc;
   }
-  rc = nlinit("vexo.cat", agent::kMessageCache, directory, kClientType, 1, 1, 1, nullptr,
-              "vexo.cat");
+  rc = nlinit(nls::kDefaultCatalog, agent::kMessageCache, directory, agent::kClientType, 1, 1, 1,
+              nullptr, nls::kDefaultCatalog);
   if (rc != 0) {
     std::printf(
         "\nError: Couldn't initialize NLS object. Check that the message file, %s, exists in the "
         "VEX for Oracle directory.  rc = %d\n",
-        "vexo.cat", rc);
+        nls::kDefaultCatalog, rc);
   }
   return rc;
 }
@@ -240,16 +237,17 @@ void vexoPrintError(unsigned short result, const char* text) {
     nls::Message<> message;
     bool withText;
   };
-  static constexpr ErrorRow kErrors[] = {{kParseBadOption, 103, true},
-                                         {kParseNoCommand, 100, false},
-                                         {kParseNoValue, 105, false},
-                                         {kParseBadNumber, 2622, false}};
-  ErrorRow found = {result, 102, true};  // an unknown command, and whatever else there may be
+  static constexpr ErrorRow kErrors[] = {{kParseBadOption, msg::kBadOption, true},
+                                         {kParseNoCommand, msg::kNoCommand, false},
+                                         {kParseNoValue, msg::kNoOptionValue, false},
+                                         {kParseBadNumber, msg::kBadNumber, false}};
+  ErrorRow found = {result, msg::kUnknownCommand,
+                    true};  // an unknown command, and whatever else there may be
   for (const ErrorRow& row : kErrors) {
     if (row.result == result) found = row;
   }
-  nlprintf(131);
+  nlprintf(msg::kBlankLine);
   nlprintf(found.message);
-  if (found.withText && text != nullptr) nlprintf(2, text);
-  nlprintf(131);
+  if (found.withText && text != nullptr) nlprintf(msg::kLine, text);
+  nlprintf(msg::kBlankLine);
 }

@@ -163,7 +163,7 @@ namespace {
 int formatEntry(const utZylObj_s& entry, char* out) {
   const nfDate date = api::toNfDate(entry.insDate);
   const std::string text =
-      nlsprintf(2590, ut::formatDate(date).text, ut::formatTime(date).text,
+      nlsprintf(msg::kListEntry, ut::formatDate(date).text, ut::formatTime(date).text,
                 ut::formatSize(api::toNumber(entry.sizeEstimate)).text, entry.name);
   ut::ignoreResult(ut::copyText(out, kEntryTextSize, text), "a screen line is shorter");
   TRACE(TR_ORCLEVEL2, " %s: ObjectName = '%s'\n", "pkFormatEntry()", entry.name);
@@ -196,21 +196,21 @@ class Fitted {
 
 // A line cut to the screen, through message 2.
 void printFitted(const std::string& text, int offset, int width) {
-  nlprintf(2, Fitted(text.c_str(), offset, width).text());
+  nlprintf(msg::kLine, Fitted(text.c_str(), offset, width).text());
 }
 
 // The head of the page. True when the owner took a line of its own.
 bool printHead(ObjectList* list, int cols, int hoffset) {
   const utZylObj_s* first = list->getFirst();
-  printFitted(nlsprintf(2591), 0, cols);
-  printFitted(nlsprintf(2553, first == nullptr ? "" : first->node), 0, cols);
+  printFitted(nlsprintf(msg::kListTitle), 0, cols);
+  printFitted(nlsprintf(msg::kNodeHeading, first == nullptr ? "" : first->node), 0, cols);
   const bool withOwner = first != nullptr && *first->owner != '\0';
-  if (withOwner) printFitted(nlsprintf(2552, first->owner), 0, cols);
-  nlprintf(131);
-  printFitted(nlsprintf(2592), hoffset, cols - 10);
-  nlprintf(1, "        ");
-  for (int i = 0; i < cols - 8; ++i) nlprintf(1, "-");
-  nlprintf(131);
+  if (withOwner) printFitted(nlsprintf(msg::kOwnerHeading, first->owner), 0, cols);
+  nlprintf(msg::kBlankLine);
+  printFitted(nlsprintf(msg::kListHeading), hoffset, cols - 10);
+  nlprintf(msg::kText, "        ");
+  for (int i = 0; i < cols - 8; ++i) nlprintf(msg::kText, "-");
+  nlprintf(msg::kBlankLine);
   return withOwner;
 }
 
@@ -224,12 +224,12 @@ int printEntries(ObjectList* list, unsigned top, int counter, int cols, int hoff
     const int picked = pkFormatEntry(list, text, count, index);
     if (*text == '\0') break;
     const Fitted shown(text, hoffset, cols - 12);
-    nlprintf(2594, picked == 1 ? 'x' : ' ', index, shown.text());
+    nlprintf(msg::kListLine, picked == 1 ? 'x' : ' ', index, shown.text());
     ++index;
     ++lines;
     --counter;
   } while (counter > 4);
-  for (; counter > 4; --counter, ++lines) nlprintf(2, "        | ");
+  for (; counter > 4; --counter, ++lines) nlprintf(msg::kLine, "        | ");
   return lines;
 }
 
@@ -249,15 +249,15 @@ void printRuler(int cols, int hoffset) {
     }
     ++c;
   }
-  nlprintf(1, "        ");
+  nlprintf(msg::kText, "        ");
   printFitted(ruler, 0, cols - 8);
 }
 
 void printHelp(const Picked& picked, unsigned count, int cols) {
-  printFitted(nlsprintf(2595), 0, cols);
-  printFitted(nlsprintf(2596), 0, cols);
-  printFitted(nlsprintf(2597, ut::formatNumber(picked.count).text, ut::formatNumber(count).text,
-                        ut::formatSize(picked.bytes).text),
+  printFitted(nlsprintf(msg::kPickHelpMarks), 0, cols);
+  printFitted(nlsprintf(msg::kPickHelpMoves), 0, cols);
+  printFitted(nlsprintf(msg::kPickHelpState, ut::formatNumber(picked.count).text,
+                        ut::formatNumber(count).text, ut::formatSize(picked.bytes).text),
               0, cols);
 }
 
@@ -279,7 +279,7 @@ int DisplayList(CLinkedList<utZylObj_s>* list, unsigned top, int rows, int cols,
   const int lines = printEntries(list, top, available - 3, cols, hoffset, count);
   printRuler(cols, hoffset);
   printHelp(picked == nullptr ? countPicked(*list) : *picked, count, cols);
-  nlprintf(2598);
+  nlprintf(msg::kPickPrompt);
   std::fflush(stdout);
   return lines;
 }
@@ -309,7 +309,7 @@ class PickScreen {
       }
       psGetScreenSize(&rows_, &cols_);
     }
-    nlprintf(2530);
+    nlprintf(msg::kTerminalTooSmall);
     TRACE(TR_ORCLEVEL0, " %s: Exit - small screen size\n\n", kFunction);
     return kPickCancelled;
   }

@@ -26,11 +26,9 @@
 namespace {
 
 constexpr char kMain[] = "main()";
-constexpr int kNoMessageObject = 2534;
-constexpr int kClientType = 10;
-constexpr nls::Message<> kHelpPages[] = {2586, 2611, 2587};
+constexpr nls::Message<> kHelpPages[] = {msg::kHelpCommands, msg::kHelpOptions, msg::kHelpExamples};
 
-void printBanner() { nlprintf(475, 8, 1, 13, 1, 0, "1997", "2021"); }
+void printBanner() { nlprintf(msg::kBanner, 8, 1, 13, 1, 0, "1997", "2021"); }
 
 void deleteTrace() {
   delete trcClass;
@@ -41,13 +39,13 @@ void deleteTrace() {
 
 // Prints the help text.
 void utSyncHelp() {
-  nlprintf(131);
+  nlprintf(msg::kBlankLine);
   printBanner();
   for (const nls::Message<> page : kHelpPages) {
     nlprintf(page);
-    nlprintf(131);
+    nlprintf(msg::kBlankLine);
   }
-  nlprintf(131);
+  nlprintf(msg::kBlankLine);
 }
 
 // Ends the message system and, if the library was set up, cleans it up.
@@ -95,12 +93,12 @@ int prepare(Run* run) {
   const unsigned short optionsRc = vexoSetOptions(&run->orc);
   if (optionsRc != 0) {
     if (run->commands.help != 0) utSyncHelp();
-    nlprintf(131);
-    nlprintf(2534);
-    nlprintf(131);
+    nlprintf(msg::kBlankLine);
+    nlprintf(msg::kCannotStart);
+    nlprintf(msg::kBlankLine);
     return optionsRc;
   }
-  run->orc.clientType = kClientType;
+  run->orc.clientType = agent::kClientType;
   if (const unsigned short rc = callNlinit(&run->orc); rc != 0) return rc;
   vexoInitTrace(&run->orc);
   if (run->parsed != 0) {
@@ -114,17 +112,17 @@ int prepare(Run* run) {
 int setUpApi(orcObj_t* orc) {
   gVltApiObjP = new (std::nothrow) DVltApiDL;  // for the rest of the process, never deleted
   if (gVltApiObjP == nullptr) {
-    nlprintf(utility::kNoMemory);
-    return utility::kNoMemory;
+    nlprintf(msg::kNoMemory);
+    return msg::kNoMemory.code();
   }
   if (const int rc = gVltApiObjP->Setup(); rc != 0) {
-    nlprintf(156);
+    nlprintf(msg::kLibraryNotLoaded);
     return rc;
   }
   const unsigned short rc = psDoVltSetUp(orc);
   if (*orc->lastErrorMsg != '\0') {
-    nlprintf(131);
-    nlprintf(2, orc->lastErrorMsg);
+    nlprintf(msg::kBlankLine);
+    nlprintf(msg::kLine, orc->lastErrorMsg);
   }
   if (rc == 0) vexoTraceHeaderInfo(orc);
   return rc;
@@ -133,7 +131,7 @@ int setUpApi(orcObj_t* orc) {
 // What was shown must have arrived: a listing in a file on a full disk is no success.
 int checkOutput(int rc) {
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return rc;
-  psNonNlsErrorMsg(nlsprintf(2654).c_str());
+  psNonNlsErrorMsg(nlsprintf(msg::kOutputNotWritten).c_str());
   return rc != 0 ? rc : utility::kFailed;
 }
 
@@ -145,9 +143,9 @@ int dispatch(Run* run) {
   // PASSWORD and the SHOW commands are accepted and end here, with the help and success: scripts
   // rely on the status.
   if (commands.help == 0) {
-    nlprintf(131);
-    nlprintf(102);
-    nlprintf(131);
+    nlprintf(msg::kBlankLine);
+    nlprintf(msg::kUnknownCommand);
+    nlprintf(msg::kBlankLine);
   }
   utSyncHelp();
   return 0;
@@ -166,7 +164,7 @@ int main(int argc, char** argv) {
   if (newNlsGlobalObject() != 0) {
     psNonNlsErrorMsg("newNlsGlobalObject() failed.  No memory left.\n");
     psMutexUnlock(&initMutex);  // never locked; kept, an unlock of a free mutex does nothing here
-    return kNoMessageObject;
+    return msg::kCannotStart.code();
   }
   nlsSetPrefix("QRB");
   run.parsed = vexoParseCmdLine(argc, argv, &run.commands, &run.options);
@@ -177,7 +175,7 @@ int main(int argc, char** argv) {
   if (*run.options.optFile != '\0') {
     std::snprintf(environment, sizeof environment, "VEXO_OPTFILE=%s", run.options.optFile);
     if (::putenv(environment) != 0) {
-      nlprintf(utility::kNoMemory);
+      nlprintf(msg::kNoMemory);
       closeSess(&run.orc);
       return -1;
     }
@@ -195,8 +193,8 @@ int main(int argc, char** argv) {
     ready = rc == 0;
     if (ready) rc = dispatch(&run);
   } catch (const std::bad_alloc&) {
-    nlprintf(utility::kNoMemory);
-    rc = utility::kNoMemory;
+    nlprintf(msg::kNoMemory);
+    rc = msg::kNoMemory.code();
   }
   rc = checkOutput(rc);
   closeSess(&run.orc);

@@ -1,39 +1,22 @@
-// message.h: the number of a message, checked by the compiler against the inserts that come with
-// it.
+// message.h: the type of a message's name, which makes the compiler check the inserts of each call.
 //
-// The build makes a row of each message of the first catalog (catalog/vexo.msg): its number, and
-// the kind of each insert that its text takes. A call that names no message of it, or hands over
-// other inserts, does not compile, and the compiler's message names one of the functions below.
-// Catalogs that are edited or translated afterwards are still judged at run time, see render.h.
+// The build makes a constant for each message of the first catalog (catalog/vexo.msg) in the header
+// common/nls/messages.h: its name in the code, with its number and the kinds of its inserts. A call
+// with other inserts does not compile. Catalogs that are edited or translated afterwards are still
+// checked at run time, see render.h.
 //
-//   nlprintf(2580, count, size, oldest, newest, known);     checked
-//   static constexpr nls::Message<> kPages[] = {2586};      checked; a table of numbers
-//   nlprintf(nls::fromCode(rc), path);                      not checked: a code that is a number
+//   nlprintf(msg::kAboutToDelete, count, size, oldest, newest, known);
+//   static constexpr nls::Message<> kPages[] = {msg::kHelpCommands, msg::kHelpOptions};
 #ifndef COMMON_NLS_MESSAGE_H
 #define COMMON_NLS_MESSAGE_H
 
-#include <array>
 #include <concepts>
 #include <string_view>
 
 namespace nls {
 
-// Never defined and never called: what is wrong with a call, for the compiler to say.
-void thereIsNoSuchMessage();
-void anInsertIsMissing();
-void anInsertIsNotUsed();
-void anInsertIsOfAnotherKind();
-
-struct MessageRow {
-  int number;
-  std::string_view kinds;  // a letter for each insert: s text, c character, d whole number
-};
-
-inline constexpr MessageRow kMessageRows[] = {
-#include "common/nls/messages.inc"
-};
-
-// The letter of an insert's kind, by the rules of Insert (render.h).
+// The letter of an insert's kind, by the rules of Insert (render.h): s text, c character, d whole
+// number.
 template <typename Value>
 consteval char kindOf() {
   if constexpr (std::same_as<Value, char>) return 'c';
@@ -41,34 +24,25 @@ consteval char kindOf() {
   return 's';
 }
 
-consteval void checkInserts(int number, std::string_view given) {
-  for (const MessageRow& row : kMessageRows) {
-    if (row.number != number) continue;
-    if (given.size() < row.kinds.size()) anInsertIsMissing();
-    if (given.size() > row.kinds.size()) anInsertIsNotUsed();
-    if (given != row.kinds) anInsertIsOfAnotherKind();
-    return;
-  }
-  thereIsNoSuchMessage();
-}
-
-// A number that is only known when the program runs.
-struct Code {
-  int number;
-};
-constexpr Code fromCode(int number) { return {number}; }
-
-// The number of a message that takes inserts of these types.
-template <typename... Values>
+// A message that takes inserts of these kinds, in this order.
+template <char... Kinds>
 class Message {
  public:
-  consteval Message(int number) : number_(number) {
-    constexpr std::array<char, sizeof...(Values)> given = {kindOf<Values>()...};
-    checkInserts(number, {given.data(), given.size()});
-  }
-  constexpr Message(Code code) : number_(code.number) {}
+  constexpr explicit Message(int number) : number_(number) {}
 
+  // The number in the catalog and in the message's identifier.
   constexpr int number() const { return number_; }
+  // The same as a return code: many failures end the program with the number of their message.
+  constexpr unsigned short code() const { return static_cast<unsigned short>(number_); }
+
+  template <typename... Values>
+  static consteval void checkInserts() {
+    static_assert(sizeof...(Values) >= sizeof...(Kinds), "an insert is missing");
+    static_assert(sizeof...(Values) <= sizeof...(Kinds), "an insert is not used");
+    constexpr char kWanted[] = {Kinds..., '\0'}, kGiven[] = {kindOf<Values>()..., '\0'};
+    static_assert(std::string_view(kWanted) == std::string_view(kGiven),
+                  "an insert is of another kind");
+  }
 
  private:
   int number_;

@@ -21,12 +21,9 @@ namespace {
 
 constexpr int kMessageSet = 1;
 constexpr int kResponseSet = 2;
-constexpr int kTextWithLineEnd = 2;  // prints texts of the program's own making
 constexpr std::size_t kPrefixLength = 3;
 constexpr std::size_t kIdentifierLength = kPrefixLength + 4;
 constexpr const char* kYesNo = "YN";  // for a catalog that lists no letters
-
-constexpr char kEnglish[] = "vexo.cat";
 
 // The languages that have a catalog, by what their names begin with, in capital letters.
 struct Language {
@@ -38,7 +35,7 @@ struct Language {
   }
 };
 constexpr Language kLanguages[] = {
-    {kEnglish, {"EN", "AMENG"}},
+    {nls::kDefaultCatalog, {"EN", "AMENG"}},
     {"vexo_de.cat", {"DE", "GER"}},
 };
 
@@ -162,7 +159,8 @@ bool builtIn(int number, std::span<const nls::Insert> inserts, std::string* out)
   static constexpr struct {
     int number;
     const char* text;
-  } kTexts[] = {{1, "%s"}, {2, "%s\n"}, {131, "\n"}};
+  } kTexts[] = {
+      {msg::kText.number(), "%s"}, {msg::kLine.number(), "%s\n"}, {msg::kBlankLine.number(), "\n"}};
   for (const auto& row : kTexts) {
     if (row.number == number) return nls::render(row.text, inserts, *out);
   }
@@ -218,7 +216,7 @@ std::string fittedToTerminal(const std::string& text) {
 
 unsigned short newNlsGlobalObject() {
   if (catalog == nullptr) catalog = new (std::nothrow) Catalog;
-  return catalog == nullptr ? 102 : 0;
+  return catalog == nullptr ? nls::kNoMemory : 0;
 }
 
 void destroyNlsGlobalObject() {
@@ -269,7 +267,7 @@ void psNlsGetReposName(const char* language, char* out, std::size_t size) {
   }
   for (char* p = name; *p != '\0'; ++p)
     *p = *p >= 'A' && *p <= 'Z' ? static_cast<char>(*p + 32) : *p;
-  std::snprintf(out, size, used == 0 ? kEnglish : "vexo_%s.cat", name);
+  std::snprintf(out, size, used == 0 ? nls::kDefaultCatalog : "vexo_%s.cat", name);
 }
 
 namespace nls {
@@ -286,7 +284,7 @@ void print(int number, std::span<const Insert> inserts) {
   ut::eraseProgress();
   try {
     const Shown shown = compose(number, inserts);
-    const bool sentences = shown.ownLine || number == kTextWithLineEnd;
+    const bool sentences = shown.ownLine || number == msg::kLine.number();
     const std::string text = sentences ? fittedToTerminal(shown.text) : shown.text;
     std::fwrite(text.data(), 1, text.size(), stdout);
     if (shown.ownLine) std::fputc('\n', stdout);
@@ -305,7 +303,7 @@ std::string plainText(Message<> message) {
   }
 }
 
-int ask(Message<> question, Message<std::string> mismatch) {
+int ask(Message<> question, Message<'s'> mismatch) {
   try {
     const std::string letters = catalog == nullptr ? kYesNo : catalog->responses(question.number());
     for (;;) {

@@ -23,9 +23,9 @@
 #include <array>
 #include <span>
 #include <string>
-#include <type_traits>
 
 #include "common/nls/message.h"
+#include "common/nls/messages.h"
 #include "common/nls/render.h"
 
 // What nlinit opened.
@@ -61,6 +61,9 @@ void psNlsGetReposName(const char* language, char* out, std::size_t size);
 
 namespace nls {
 
+inline constexpr char kDefaultCatalog[] = "vexo.cat";  // in English
+
+inline constexpr unsigned short kNoMemory = 102;
 inline constexpr unsigned short kCatalogNotOpened = 610;
 
 // The message as it is shown, without a line end of its own. Empty only without memory.
@@ -75,21 +78,22 @@ std::string plainText(Message<> message);
 // Asks message `question` until standard input gives one of its letters, in any case, and returns
 // that letter's place in the catalog's list, from 0. An answer that is none of them is met with
 // message `mismatch`, which gets the letters as its insert. -1 at end of input.
-int ask(Message<> question, Message<std::string> mismatch);
+int ask(Message<> question, Message<'s'> mismatch);
 
 }  // namespace nls
 
 // Prints a message with its inserts.
-template <typename... Values>
-void nlprintf(std::type_identity_t<nls::Message<Values...>> message, const Values&... values) {
+template <char... Kinds, typename... Values>
+void nlprintf(nls::Message<Kinds...> message, const Values&... values) {
+  message.template checkInserts<Values...>();
   const std::array<nls::Insert, sizeof...(Values)> inserts = {nls::Insert(values)...};
   nls::print(message.number(), inserts);
 }
 
 // The message as an owned text, without a line end of its own.
-template <typename... Values>
-std::string nlsprintf(std::type_identity_t<nls::Message<Values...>> message,
-                      const Values&... values) {
+template <char... Kinds, typename... Values>
+std::string nlsprintf(nls::Message<Kinds...> message, const Values&... values) {
+  message.template checkInserts<Values...>();
   const std::array<nls::Insert, sizeof...(Values)> inserts = {nls::Insert(values)...};
   return nls::format(message.number(), inserts);
 }

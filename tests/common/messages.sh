@@ -41,21 +41,24 @@ compile() {
 
 check_misfits() {
   local reason statement said
-  compile "$1" "$2" 'nlprintf(168, text); nlprintf(2594, char(1), 2u, text); nls::ask(371, 372)'
-  while read -r reason statement; do
+  compile "$1" "$2" 'using namespace msg; nlprintf(kPasswordFileNotRead, text);
+    nlprintf(kListLine, char(1), 2u, text); nls::ask(kAskContinue, kNotAnAnswer)'
+  while IFS='|' read -r reason statement; do
+    statement="using namespace msg; $statement"
     if said=$(compile "$1" "$2" "$statement") || [[ $said != *"$reason"* ]]; then
       echo "$said"
       echo "messages.sh: not refused for $reason: $statement" >&2
       return 1
     fi
   done <<'END'
-thereIsNoSuchMessage nlprintf(9999)
-anInsertIsMissing nlprintf(168)
-anInsertIsNotUsed nlsprintf(131, text)
-anInsertIsOfAnotherKind nlprintf(168, 7)
-anInsertIsOfAnotherKind nlprintf(2594, text, 2u, text)
-anInsertIsMissing nls::plainText(168)
-anInsertIsMissing nls::ask(2540, 372)
+kNoSuchMessage|nlprintf(kNoSuchMessage)
+no matching function|nlprintf(131)
+an insert is missing|nlprintf(kPasswordFileNotRead)
+an insert is not used|nlsprintf(kBlankLine, text)
+an insert is of another kind|nlprintf(kPasswordFileNotRead, 7)
+an insert is of another kind|nlprintf(kListLine, text, 2u, text)
+could not convert|nls::plainText(kPasswordFileNotRead)
+could not convert|nls::ask(kAskCatalogUser, kNotAnAnswer)
 END
 }
 

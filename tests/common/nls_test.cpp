@@ -84,9 +84,9 @@ TEST_F(Messages, AreShownByTheirLetterAndReportedWhenDamaged) {
                                 "QRB0013M Other"};
   for (int again = 0; again < 2; ++again) {  // more messages than the cache holds
     for (int number = 10; number <= 20; ++number) {
-      const std::string text = nlsprintf(nls::fromCode(number), "x");
+      const std::string text = nlsprintf(nls::Message<'s'>(number), "x");
       Captured out;
-      nlprintf(nls::fromCode(number), "x");
+      nlprintf(nls::Message<'s'>(number), "x");
       EXPECT_EQ(out.take(), text + (number == 12 ? "" : "\n"));
       if (number < 14) {
         EXPECT_EQ(text, kShown[number - 10]);
@@ -102,21 +102,23 @@ TEST_F(Messages, AreShownByTheirLetterAndReportedWhenDamaged) {
 TEST_F(Messages, ComeFromTheDefaultCatalogWhenTheWantedOneIsMissing) {
   dir.write("vexo_fra.cat", "this is no catalog");
   EXPECT_EQ(open("vexo_fra.cat"), nls::kCatalogNotOpened);
-  EXPECT_NE(nlsprintf(nls::fromCode(10)).find("not found"), std::string::npos);
-  EXPECT_EQ(nlsprintf(1, "a") + nlsprintf(2, "b") + nlsprintf(131), "ab\n\n") << "need no catalog";
+  EXPECT_NE(nlsprintf(nls::Message<>(10)).find("not found"), std::string::npos);
+  EXPECT_EQ(nlsprintf(msg::kText, "a") + nlsprintf(msg::kLine, "b") + nlsprintf(msg::kBlankLine),
+            "ab\n\n")
+      << "need no catalog";
   compile("vexo.cat", "$set 1\n10 \"QRB0010IEnglish\"\n");
   EXPECT_EQ(open("vexo_fra.cat"), 0);
   EXPECT_EQ(info.usedDefault, 1);
   EXPECT_EQ(info.catalogPath, dir.path("vexo.cat"));
-  EXPECT_EQ(nlsprintf(nls::fromCode(10)), "QRB0010I English");
+  EXPECT_EQ(nlsprintf(nls::Message<>(10)), "QRB0010I English");
   EXPECT_STREQ(ut::date_fmt_str(), "%Y-%m-%d") << "the run's formats are set";
   compile("vexo_fra.cat", "$set 1\n10 \"QRB0010IFrench\"\n");
   EXPECT_EQ(open("vexo_fra.cat"), 0);
   EXPECT_EQ(info.usedDefault, 0);
-  EXPECT_EQ(nlsprintf(nls::fromCode(10)), "QRB0010I French")
+  EXPECT_EQ(nlsprintf(nls::Message<>(10)), "QRB0010I French")
       << "nothing of the last catalog is cached";
   nlterm();
-  EXPECT_NE(nlsprintf(nls::fromCode(10)).find("not found"), std::string::npos);
+  EXPECT_NE(nlsprintf(nls::Message<>(10)).find("not found"), std::string::npos);
 }
 
 TEST(Wrapped, EndsLinesBetweenWordsAndKeepsWhatStandsInColumns) {
@@ -169,7 +171,7 @@ TEST_F(Messages, AskUntilOneOfTheCatalogsLettersIsGiven) {
         {1, std::string(70, 'y') + "o\n", -1, "? " + again}}) {
     const support::FedInput fed(input);
     Captured out;
-    EXPECT_EQ(nls::ask(nls::fromCode(question), nls::fromCode(3)), place) << input;
+    EXPECT_EQ(nls::ask(nls::Message<>(question), nls::Message<'s'>(3)), place) << input;
     EXPECT_EQ(out.take(), shown) << input;
   }
 }

@@ -34,7 +34,8 @@ TEST(Printable, ShowsWhatATerminalWouldObeyAsQuestionMarks) {
   for (const auto& [text, shown] : rows) {
     EXPECT_EQ(ut::printable(text), shown);
     EXPECT_EQ(ut::printable(shown), shown) << "once is enough";
-    EXPECT_EQ(nlsprintf(2, text), std::string(shown) + "\n") << "as an insert of a message";
+    EXPECT_EQ(nlsprintf(msg::kLine, text), std::string(shown) + "\n")
+        << "as an insert of a message";
   }
 }
 

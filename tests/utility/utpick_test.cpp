@@ -181,7 +181,7 @@ TEST_F(PickList, LinesUpAtEveryWidthAndInEveryFormat) {
       EXPECT_EQ(ut::printable(lines[i]), lines[i]) << "a character is torn";
     }
   }
-  EXPECT_EQ("x1234567| ", nlsprintf(2594, 'x', 1234567u, "").substr(0, 10));
+  EXPECT_EQ("x1234567| ", nlsprintf(msg::kListLine, 'x', 1234567u, "").substr(0, 10));
 }
 
 // Over a list of a million a command must not walk further than it marks.

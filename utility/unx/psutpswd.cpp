@@ -24,10 +24,6 @@ constexpr char kFunction[] = "psvexoPassWord()";
 constexpr int kMismatches = 3;
 constexpr std::size_t kLineSize = 1025;
 
-constexpr short kNotRoot = 2620;
-constexpr short kRootAndGenerated = 2621;
-constexpr short kNoDirectory = 2521;
-
 // The three passwords of a change, wiped with the object.
 struct Passwords {
   char old[kPasswordSize] = "";
@@ -43,19 +39,19 @@ struct PasswordLine {
 };
 
 short refuse(nls::Message<> message) {
-  nlprintf(131);
+  nlprintf(msg::kBlankLine);
   nlprintf(message);
-  nlprintf(131);
-  nlprintf(131);
-  return static_cast<short>(message.number());
+  nlprintf(msg::kBlankLine);
+  nlprintf(msg::kBlankLine);
+  return static_cast<short>(message.code());
 }
 
 // Who may change the password, and whether there is a place for it. Returns 0 or a message.
 short checkMethod(orcObj_t* orc) {
   const bool root = ::getuid() == 0;
   const bool rootMayNot = TEST_LEGACYPWD && root;
-  if (orc->bUsePwGenerate != 0) return rootMayNot ? refuse(kRootAndGenerated) : short{0};
-  if (!root && TEST_LEGACYPWD) return refuse(kNotRoot);
+  if (orc->bUsePwGenerate != 0) return rootMayNot ? refuse(msg::kRootMayNot) : short{0};
+  if (!root && TEST_LEGACYPWD) return refuse(msg::kRootOnly);
   char dir[agent::kPasswordPathSize];
   char path[agent::kPasswordPathSize];
   psvexoGetFileName(dir, path, orc);
@@ -63,10 +59,10 @@ short checkMethod(orcObj_t* orc) {
     ut::ignoreResult(::closedir(directory), "it was only looked at");
     return 0;
   }
-  nlprintf(131);
-  nlprintf(kNoDirectory, dir);
-  nlprintf(131);
-  return kNoDirectory;
+  nlprintf(msg::kBlankLine);
+  nlprintf(msg::kPasswordDirectoryNotOpened, dir);
+  nlprintf(msg::kBlankLine);
+  return msg::kPasswordDirectoryNotOpened.code();
 }
 
 // From the options when both passwords are there, else from the terminal.
@@ -91,7 +87,7 @@ int16_t logOn(orcObj_t* orc, const char* password) {
 
 // Shows and logs what the library says of a failure. Returns its code.
 short reportFailure(orcObj_t* orc, int16_t rc) {
-  nlprintf(2, utility::reportCode(orc, rc, utility::Report::kLogOnly));
+  nlprintf(msg::kLine, utility::reportCode(orc, rc, utility::Report::kLogOnly));
   return rc;
 }
 
@@ -105,21 +101,21 @@ void terminate(orcObj_t* orc) {
 // and changes nothing at the result; callers know it so, it stays.
 void reportSuccess(bool stored) {
   if (!stored) {
-    nlprintf(160);
-    TRACE(TR_ORCLEVEL0, " %s: %s\n", kFunction, nlsprintf(160).c_str());
+    nlprintf(msg::kPasswordNotStored);
+    TRACE(TR_ORCLEVEL0, " %s: %s\n", kFunction, nlsprintf(msg::kPasswordNotStored).c_str());
     return;
   }
-  vexoErrorMsg(nlsprintf(260).c_str(), 1);
-  nlprintf(260);
-  nlprintf(131);
-  nlprintf(131);
+  vexoErrorMsg(nlsprintf(msg::kPasswordChanged).c_str(), 1);
+  nlprintf(msg::kPasswordChanged);
+  nlprintf(msg::kBlankLine);
+  nlprintf(msg::kBlankLine);
 }
 
 }  // namespace
 
 short psvexoPassWord(orcObj_t* orc, vexoOptionsInfo_t& options) {
   TRACE(TR_ORCLEVEL1, " %s: Enter\n", kFunction);
-  nlprintf(2588);
+  nlprintf(msg::kPasswordHeading);
   if (const short refused = checkMethod(orc); refused != 0) return refused;
   Passwords passwords;
   if (const int rc = takePasswords(options, &passwords); rc != 0) return static_cast<short>(rc);
@@ -155,17 +151,17 @@ bool askPassword(nls::Message<> prompt, char (&password)[kPasswordSize]) {
   nlprintf(prompt);
   PasswordLine line;
   if (readPass(line.text, static_cast<int>(sizeof line.text) - 1) < 0) {
-    nlprintf(3);
+    nlprintf(msg::kStepFailed);
     return false;
   }
   if (*line.text == '\0') {
-    nlprintf(258);
+    nlprintf(msg::kNothingEntered);
     return false;
   }
-  nlprintf(131);
+  nlprintf(msg::kBlankLine);
   if (ut::copyText(password, line.text)) return true;
   ut::wipe(password, sizeof password);
-  nlprintf(161);
+  nlprintf(msg::kPasswordNotAccepted);
   return false;
 }
 
@@ -176,23 +172,25 @@ int getPwInput(char* oldPw, char* newPw, char* confirmPw) {
   const auto copy = [](char* to, const char* from) {
     ut::ignoreResult(ut::copyText(to, kPasswordSize, from), "of the same size");
   };
-  nlprintf(131);
-  if (!askPassword(250, passwords.old)) return -1;
+  nlprintf(msg::kBlankLine);
+  if (!askPassword(msg::kAskOldPassword, passwords.old)) return -1;
   copy(oldPw, passwords.old);
   for (int mismatches = 0;;) {
-    if (!askPassword(251, passwords.fresh) || !askPassword(252, passwords.confirmed)) return -1;
+    if (!askPassword(msg::kAskNewPassword, passwords.fresh) ||
+        !askPassword(msg::kAskNewPasswordAgain, passwords.confirmed))
+      return -1;
     copy(newPw, passwords.fresh);
     copy(confirmPw, passwords.confirmed);
     if (std::strcmp(newPw, confirmPw) == 0) return 0;
     if (++mismatches == kMismatches) {
       // The message of a password that is too long: it names this reason as well, and callers look
       // for its number.
-      nlprintf(131);
-      nlprintf(161);
-      nlprintf(131);
+      nlprintf(msg::kBlankLine);
+      nlprintf(msg::kPasswordNotAccepted);
+      nlprintf(msg::kBlankLine);
       return -1;
     }
-    nlprintf(162);
-    nlprintf(131);
+    nlprintf(msg::kPasswordsDiffer);
+    nlprintf(msg::kBlankLine);
   }
 }

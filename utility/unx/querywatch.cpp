@@ -43,7 +43,7 @@ utility::QueryWatch::QueryWatch(unsigned catalogNumber, const char* spoolPath)
     : spoolPath_(spoolPath),
       progress_(
           [catalogNumber](const char* count, const char* rate) {
-            return nlsprintf(2656, catalogNumber, count, rate);
+            return nlsprintf(msg::kProgressQuery, catalogNumber, count, rate);
           },
           ut::Progress::Place::kBelow) {
   const NoSignals none;

@@ -1,12 +1,12 @@
 # catalog.awk: reads the source of a message catalog, checks it, and writes what is made from it.
 #
-#   awk -v make=rows -f catalog.awk vexo.msg       the compiler's table of numbers and inserts
+#   awk -v make=names -f catalog.awk vexo.msg      messages.h, the constants that calls use
+#   awk -v make=rows -f catalog.awk vexo.msg       what two translations must have in common
 #   awk -v make=document -f catalog.awk vexo.msg   docs/messages.md
 #
-# Rows look like {2580, "sssss"},  // W: the number, a letter for the kind of each insert (s text,
-# c character, d whole number), the severity. How many answers a question has follows as a comment,
-# so that two catalogs fit when their rows are the same. What is wrong with a catalog is said on
-# standard error, and the exit status is 1.
+# A row holds a message's number, a letter for the kind of each insert (s text, c character, d whole
+# number), and the severity: "2580 sssss W". The number of answers to each question follows. Errors
+# in the catalog are reported on standard error, and the exit status is 1.
 
 function complain(number, what) {
   print FILENAME ": message " number ": " what > "/dev/stderr"
@@ -125,6 +125,28 @@ function document(   i, number, z) {
   }
 }
 
+# The constants. A message without inserts is a nls::Message<>.
+function constants(   i, number, list) {
+  print "// messages.h: a constant for each message, made by the build from catalog/vexo.msg."
+  print "#ifndef COMMON_NLS_MESSAGES_H\n#define COMMON_NLS_MESSAGES_H\n"
+  print "#include \"common/nls/message.h\"\n\nnamespace msg {\n"
+  for (i = 1; i <= count; ++i) {
+    number = order[i]
+    list = takes[number]
+    gsub(/./, "\x27&\x27, ", list)
+    sub(/, $/, "", list)
+    print "inline constexpr nls::Message<" list "> k" field[number, "Name"] "{" number "};"
+  }
+  print "\n}  // namespace msg\n\n#endif  // COMMON_NLS_MESSAGES_H"
+}
+
+function checkName(number,   name) {
+  name = field[number, "Name"]
+  if (name !~ /^[A-Z][A-Za-z]+$/) complain(number, "has no Name, or none that can be a constant")
+  if (name in owner) complain(number, "has the Name of message " owner[name])
+  owner[name] = number
+}
+
 # What the document needs must be there.
 function checkFields(number,   inserts, names) {
   if (field[number, "Explanation"] == "") complain(number, "has no Explanation")
@@ -138,7 +160,7 @@ function checkFields(number,   inserts, names) {
 }
 
 /^\$set / { set = $2 }
-/^\$ (Explanation|System action|User response|Inserts): / {
+/^\$ (Name|Explanation|System action|User response|Inserts): / {
   name = substr($0, 3, index($0, ":") - 3)
   pending[name] = substr($0, index($0, ":") + 2)
   next
@@ -164,16 +186,18 @@ function checkFields(number,   inserts, names) {
   for (n in pending) field[number, n] = pending[n]
   split("", pending)
   shown[number] = take(number, substr(text, 9), field[number, "Inserts"])
-  row[number] = "{" number ", \"" kinds "\"},  // " letter[number]
+  takes[number] = kinds
+  if (make == "names") checkName(number)
   if (make == "document") checkFields(number)
 }
 /^[0-9]/ && set == 2 { answers[$1] = length($2) - 2; asked[++questions] = $1 }
 
 END {
   if (!failed && make == "rows") {
-    for (i = 1; i <= count; ++i) print row[order[i]]
-    for (i = 1; i <= questions; ++i) print "// " asked[i] ": " answers[asked[i]] " answers"
+    for (i = 1; i <= count; ++i) print order[i], takes[order[i]], letter[order[i]]
+    for (i = 1; i <= questions; ++i) print asked[i], answers[asked[i]], "answers"
   }
+  if (!failed && make == "names") constants()
   if (!failed && make == "document") document()
   exit failed
 }
