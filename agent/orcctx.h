@@ -47,11 +47,6 @@ struct orcObj_t {
   char lastErrorMsg[kMessageSize];     // the latest failure, as it was logged
   char legacyPassword[kPasswordSize];  // from the legacy password file, else empty
   std::int32_t noNodeNoOwner;          // 1: the options name neither a node nor an owner
-
-  // What SYNCDB learned from Oracle, for the question before a deletion.
-  std::uint32_t catalogsAsked;           // 0: the command does not compare with Oracle
-  std::uint32_t catalogsWithoutHandles;  // of those, how many knew no backup piece at all
-  std::uint64_t handlesKnown;            // different ones, of all catalogs
 };
 
 #endif  // AGENT_ORCCTX_H

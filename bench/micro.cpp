@@ -14,7 +14,7 @@
 
 #include "bench/harness.h"
 #include "common/ut/trace.h"
-#include "utility/syncdb.h"
+#include "utility/syncdb_names.h"
 
 namespace {
 

@@ -18,7 +18,7 @@
 
 #include "bench/handles.h"
 #include "bench/harness.h"
-#include "utility/syncdb.h"
+#include "utility/syncdb_names.h"
 
 namespace {
 

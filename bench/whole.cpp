@@ -22,7 +22,7 @@
 
 #include "bench/harness.h"
 #include "bench/records.h"
-#include "utility/syncdb.h"
+#include "utility/syncdb_names.h"
 
 namespace {
 

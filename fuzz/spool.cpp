@@ -3,7 +3,8 @@
 #include <set>
 
 #include "fuzz/fuzz.h"
-#include "utility/syncdb.h"
+#include "utility/syncdb_names.h"
+#include "utility/syncdb_spool.h"
 
 // The tree's allocator, in place of the floor's: the tree keeps a buffer for each insertion for
 // good, here they go with the input. It frees only what it gave.

@@ -1,23 +1,20 @@
-// syncdb_catalog.cpp: one Oracle catalog is asked for its handles, by one SQL script through
-// sqlplus.
-#include <fcntl.h>
+// syncdb_catalog.cpp: one SQL script through sqlplus, see syncdb_catalog.h.
+#include "utility/syncdb_catalog.h"
+
 #include <signal.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <new>
 
 #include "common/nls/nls.h"
 #include "common/ut/psfile.h"
+#include "common/ut/pssignal.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
-#include "utility/syncdb.h"
+#include "utility/exchange.h"
+#include "utility/report.h"
 #include "utility/unx/querywatch.h"
-#include "utility/unx/sigwatch.h"
 
 namespace {
 
@@ -90,43 +87,6 @@ unsigned short writeScript(const char* path, const Script& script) {
   return reportNotCreated(path);
 }
 
-bool markAsNotWritten(const char* path) {
-  const struct timespec times[2] = {{utility::kNotWritten, 0}, {utility::kNotWritten, 0}};
-  return ::utimensat(AT_FDCWD, path, times, AT_SYMLINK_NOFOLLOW) == 0;
-}
-
-// The spool file of one query, made ours before sqlplus writes it, so that nobody can put a link
-// there or read it. What is there afterwards is an answer only if it is younger than the query, by
-// the clock of the directory's own file system.
-class SpoolFile {
- public:
-  explicit SpoolFile(const char* path) : path_(path) {}
-
-  bool reserve() {
-    ut::FilePtr file = ut::openPrivateFile(path_);
-    struct stat entry;
-    if (file == nullptr || ::fstat(::fileno(file.get()), &entry) != 0) return false;
-    reserved_ = entry.st_ctim;
-    return ut::closeFile(std::move(file)) && markAsNotWritten(path_);
-  }
-
-  // Marks a file that the query did not write: the reading then refuses it.
-  void judgeAge() const {
-    struct stat entry;
-    if (::lstat(path_, &entry) != 0) return;  // the reading says so
-    const struct timespec& changed = entry.st_mtim;
-    const bool younger = changed.tv_sec != reserved_.tv_sec ? changed.tv_sec > reserved_.tv_sec
-                                                            : changed.tv_nsec >= reserved_.tv_nsec;
-    if (younger) return;
-    TRACE(TR_ORCLEVEL0, " %s: '%s' is older than the query\n", kFunction, path_);
-    ut::ignoreResult(markAsNotWritten(path_), "what is not ours is refused for that");
-  }
-
- private:
-  const char* path_;
-  struct timespec reserved_ = {};
-};
-
 // In place of a query, on a test flag: Oracle knows nothing.
 unsigned short makeEmptySpool(const char* path) {
   ut::FilePtr file = ut::openPrivateFile(path);
@@ -163,7 +123,7 @@ void removeAndEnd(int sig) {
 int runScript(const char* scriptPath, const char* spoolPath, unsigned catalogNumber) {
   filesAtRisk[0] = TR_ORCLEVEL2 ? nullptr : scriptPath;  // under that flag they are kept
   filesAtRisk[1] = TR_ORCLEVEL2 ? nullptr : spoolPath;
-  const utility::SignalWatch term(SIGTERM, removeAndEnd), hangUp(SIGHUP, removeAndEnd);
+  const ut::SignalWatch term(SIGTERM, removeAndEnd), hangUp(SIGHUP, removeAndEnd);
   int status = 0;
   {
     const auto watch = utility::QueryWatch::begin(catalogNumber, spoolPath);
@@ -189,7 +149,7 @@ unsigned short utQueryCatalog(const objCatInfo_s* catalog, const char* scriptPat
         script.text);
   if (const unsigned short rc = writeScript(scriptPath, script); rc != 0) return rc;
   if (TEST_SYNCDBNORMAN) return makeEmptySpool(spoolPath);
-  SpoolFile spool(spoolPath);
+  utility::SpoolFile spool(spoolPath);
   if (!spool.reserve()) {
     utility::removeUnlessTraced(scriptPath);
     return reportNotCreated(spoolPath);

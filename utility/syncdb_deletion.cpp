@@ -1,8 +1,11 @@
-// syncdb_deletion.cpp: picked records become deletions, in transactions.
+// syncdb_deletion.cpp: picked records become deletions, in transactions, see syncdb_deletion.h.
 //
 // This is the one place that deletes. A record leaves the list as soon as its delete call has
-// succeeded, before its transaction commits: after an abort the list lacks records that are still
-// on the server, which is the harmless way round. The first failure ends the work.
+// succeeded, before its transaction commits. After an abort the list therefore lacks records that
+// are still on the server, which is harmless; the reverse would not be. The first failure ends the
+// work.
+#include "utility/syncdb_deletion.h"
+
 #include <cstdint>
 #include <new>
 #include <string>
@@ -13,7 +16,8 @@
 #include "common/ut/progress.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
-#include "utility/syncdb.h"
+#include "utility/dialogue.h"
+#include "utility/report.h"
 
 namespace {
 
@@ -21,39 +25,18 @@ using utility::Report;
 
 constexpr char kFunction[] = "utDeleteFiles()";
 
-// What is picked, in sum.
-struct Picks {
-  std::uint64_t count = 0;
-  std::uint64_t bytes = 0;
-  nfDate oldest = {}, newest = {};
-};
-
-Picks picksOf(const ObjectList& list) {
-  Picks picks;
-  for (const utZylObj_s* object = list.getFirst(); object != nullptr;
-       object = list.getNext(object)) {
-    if (object->selected != 1) continue;
-    const nfDate date = api::toNfDate(object->insDate);
-    if (picks.count == 0 || dateCmp(date, picks.oldest) < 0) picks.oldest = date;
-    if (picks.count == 0 || dateCmp(date, picks.newest) > 0) picks.newest = date;
-    ++picks.count;
-    const std::uint64_t size = api::toNumber(object->sizeEstimate);
-    picks.bytes = size > UINT64_MAX - picks.bytes ? UINT64_MAX : picks.bytes + size;
-  }
-  return picks;
-}
-
 std::string dateText(const nfDate& date) {
   return std::string(ut::formatDate(date).text) + " " + ut::formatTime(date).text;
 }
 
 class Deletion {
  public:
-  Deletion(ObjectList* list, orcObj_t* orc) : list_(list), orc_(orc) {}
+  Deletion(ObjectList* list, orcObj_t* orc, const utility::Findings* findings)
+      : list_(list), orc_(orc), findings_(findings) {}
 
   unsigned short run() {
     nlprintf(msg::kBlankLine);
-    const Picks picks = picksOf(*list_);
+    const utility::PickSummary picks = utility::summarizePicks(*list_);
     describe(picks);
     if (PromptYN() != 1) {
       TRACE(TR_ORCLEVEL1, " %s: Exit - didn't enter 'y' \n\n", kFunction);
@@ -61,7 +44,8 @@ class Deletion {
     }
     if (const int16_t rc = begin(Report::kLogAndTerminal); rc != 0) return code(rc);
     ut::Progress progress([&picks](const char* count, const char* rate) {
-      return nlsprintf(msg::kProgressDeleting, count, ut::formatNumber(picks.count).text, rate);
+      return nlsprintf(msg::kProgressDeleting, count, ut::formatNumber(picks.total.count).text,
+                       rate);
     });
     utZylObj_s* object = list_->getFirst();
     while (object != nullptr) {
@@ -82,7 +66,7 @@ class Deletion {
     return commitLast();
   }
 
-  // Memory ran out on the way: what is not committed is taken back.
+  // Memory ran out during the deletion: what is not committed is taken back.
   unsigned short abandon() {
     TRACE(TR_ORCLEVEL0, " %s: Exit - no memory\n\n", kFunction);
     if (inProgress_) ut::ignoreResult(end(VLT_VOTE_ABORT), "without a commit nothing is deleted");
@@ -92,33 +76,35 @@ class Deletion {
 
  private:
   // Says what is about to happen, right before the question.
-  void describe(const Picks& picks) const {
+  void describe(const utility::PickSummary& picks) const {
     const std::string none = nls::plainText(msg::kNone);
-    nlprintf(msg::kAboutToDelete, ut::formatNumber(picks.count).text,
-             ut::formatSize(picks.bytes).text, picks.count == 0 ? none : dateText(picks.oldest),
-             picks.count == 0 ? none : dateText(picks.newest), knownText());
-    if (picks.count == 0) nlprintf(msg::kNothingPicked);
-    if (orc_->catalogsWithoutHandles > 0) {
-      nlprintf(msg::kCatalogsWithoutPieces, orc_->catalogsWithoutHandles, orc_->catalogsAsked);
+    nlprintf(msg::kAboutToDelete, ut::formatNumber(picks.total.count).text,
+             ut::formatSize(picks.total.bytes).text,
+             picks.total.count == 0 ? none : dateText(picks.oldest),
+             picks.total.count == 0 ? none : dateText(picks.newest), knownText());
+    if (picks.total.count == 0) nlprintf(msg::kNothingPicked);
+    if (findings_ != nullptr && findings_->catalogsWithoutHandles > 0) {
+      nlprintf(msg::kCatalogsWithoutPieces, findings_->catalogsWithoutHandles,
+               findings_->catalogsAsked);
     }
   }
 
   // What Oracle said before this list was made.
   std::string knownText() const {
-    if (orc_->catalogsAsked == 0) return nls::plainText(msg::kOracleNotAsked);
-    return nlsprintf(msg::kOracleKnows, ut::formatNumber(orc_->handlesKnown).text);
+    if (findings_ == nullptr) return nls::plainText(msg::kOracleNotAsked);
+    return nlsprintf(msg::kOracleKnows, ut::formatNumber(findings_->handlesKnown).text);
   }
 
   struct EndResult {
     int16_t rc;
-    bool failed;  // also with code 0, when there was a reason
+    bool failed;  // even with code 0, if there was a reason
   };
 
   static unsigned short code(int16_t rc) { return static_cast<unsigned short>(rc); }
 
-  // A transaction takes one object less than the server allows. Sites' limits reckon with that
-  // spacing, it stays. Unsigned, so that a limit of 0 is never reached; "at least", so that with a
-  // limit of 1 every object gets a transaction of its own.
+  // A transaction takes one object less than the server allows. Kept on purpose, pinned by
+  // Deletion.FillsTransactionsToOneLessThanTheLimit. Unsigned, so that a limit of 0 is never
+  // reached; "at least", so that with a limit of 1 every object gets a transaction of its own.
   bool transactionIsFull() const {
     return inTransaction_ >= static_cast<std::uint32_t>(orc_->maxObjPerTxn) - 1;
   }
@@ -140,7 +126,7 @@ class Deletion {
     inProgress_ = false;
     int16_t rc = gVltApiObjP->dvltEndTxn(VltApiStatusObjP, orc_->vltHandle, vote, &reason);
     if (rc == VLT_RC_CHECK_REASON) {
-      // Without a reason the code itself stands: an aborted deletion is no success.
+      // Without a reason the code itself is kept: an aborted deletion is no success.
       if (reason != 0) rc = static_cast<int16_t>(reason);
       TRACE(TR_ORCLEVEL2, " %s: Reason = %d\n", kFunction, reason);
     }
@@ -178,7 +164,8 @@ class Deletion {
       TRACE(TR_ORCLEVEL0, " %s: Exit - VLTDELETEOBJ() failed. rc = %d\n\n", kFunction, deleteRc);
       return code(deleteRc);
     }
-    // With a reason but no code, code 0 is reported and returned: callers know it so, it stays.
+    // With a reason but no code, code 0 is reported and returned. Kept on purpose, pinned by
+    // Fault.ReturnsTheCodeOfWhatFailedFirst.
     ut::ignoreResult(utility::reportCode(orc_, ended.rc, Report::kLogAndTerminal), "shown");
     TRACE(TR_ORCLEVEL0, " %s: VLTENDTXN failed rc = %d\n\n", kFunction, ended.rc);
     return code(ended.rc);
@@ -197,32 +184,20 @@ class Deletion {
 
   ObjectList* list_;
   orcObj_t* orc_;
+  const utility::Findings* findings_;
   std::uint32_t inTransaction_ = 0;  // deletes so far
   bool inProgress_ = false;          // a transaction is open
 };
 
 }  // namespace
 
-unsigned short utDeleteFiles(CLinkedList<utZylObj_s>* list, orcObj_t* orc) {
+unsigned short utDeleteFiles(CLinkedList<utZylObj_s>* list, orcObj_t* orc,
+                             const utility::Findings* findings) {
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
-  Deletion deletion(list, orc);
+  Deletion deletion(list, orc, findings);
   try {
     return deletion.run();
   } catch (const std::bad_alloc&) {
     return deletion.abandon();
   }
-}
-
-unsigned short utDeleteFromZyl(orcObj_t* orc, vexoOptionsInfo_t&, const nfDate& end,
-                               const nfDate& start) {
-  ObjectList list;
-  TRACE(TR_ORCLEVEL1, " %s: ENTER\n", "utDeleteFromZyl()");
-  unsigned short rc = utGetFileList(start, end, orc, &list, nullptr);
-  if (rc == 0) {
-    rc = utProcessPickList(orc, &list);
-  } else {
-    TRACE(TR_ORCLEVEL0, " %s: utGetFileList() failed. rc = %d\n\n", "utDeleteFromZyl()", rc);
-  }
-  TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", "utDeleteFromZyl()", rc);
-  return rc;
 }

@@ -1,4 +1,6 @@
-// syncdb_listing.cpp: the storage objects of a date range become a list.
+// syncdb_listing.cpp: the storage objects of a date range become a list, see syncdb_listing.h.
+#include "utility/syncdb_listing.h"
+
 #include <cstdio>
 #include <cstring>
 
@@ -8,7 +10,8 @@
 #include "common/ut/psfile.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
-#include "utility/syncdb.h"
+#include "utility/report.h"
+#include "utility/syncdb_names.h"
 
 namespace {
 
@@ -208,20 +211,4 @@ unsigned short utGetFileList(const nfDate& start, const nfDate& end, orcObj_t* o
                              CLinkedList<utZylObj_s>* list, dsBPlusTree* tree) {
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
   return Listing(start, end, orc, list, tree).run();
-}
-
-unsigned short utQueryZyl(orcObj_t* orc, vexoOptionsInfo_t&, const nfDate& end,
-                          const nfDate& start) {
-  ObjectList list;
-  TRACE(TR_ORCLEVEL1, " %s: ENTER\n", "utQueryZyl()");
-  const unsigned short rc = utGetFileList(start, end, orc, &list, nullptr);
-  if (rc != 0) {
-    TRACE(TR_ORCLEVEL0, " %s: utGetFileList() failed, rc = %d\n\n", "utQueryZyl()", rc);
-  } else {
-    for (utZylObj_s* object = list.getFirst(); object != nullptr; object = list.getNext(object)) {
-      utPrintBackupItem(object);
-    }
-  }
-  TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", "utQueryZyl()", rc);
-  return rc;
 }

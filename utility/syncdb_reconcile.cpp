@@ -1,4 +1,6 @@
-// syncdb_reconcile.cpp: the SYNCDB command: what the catalogs know, against what the server has.
+// syncdb_reconcile.cpp: SYNCDB, see syncdb_reconcile.h.
+#include "utility/syncdb_reconcile.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
@@ -15,8 +17,18 @@
 #include "common/ut/psfile.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
-#include "utility/syncdb.h"
-#include "utility/unx/psutpswd.h"
+#include "utility/bplus.h"
+#include "utility/dialogue.h"
+#include "utility/exchange.h"
+#include "utility/findings.h"
+#include "utility/report.h"
+#include "utility/syncdb_catalog.h"
+#include "utility/syncdb_listing.h"
+#include "utility/syncdb_names.h"
+#include "utility/syncdb_picklist.h"
+#include "utility/syncdb_spool.h"
+#include "utility/unx/readpass.h"
+#include "utility/zylobj.h"
 
 namespace {
 
@@ -161,56 +173,21 @@ class CatalogDialogue {
 
 // ---- The catalogs' handles ----------------------------------------------------------------------
 
-struct TempNames {
-  std::string script, spoolBase;
-};
-
-// The names become part of a shell command and of the SQL script: a blank, a quote or a "$" in
-// TMPDIR would make another command of it, so there is no name then.
-std::string tempNameFor(const char* prefix) {
-  std::string name = ut::tempName(prefix);
-  const bool plain = std::all_of(name.begin(), name.end(), [](char c) {
-    return std::isalnum(static_cast<unsigned char>(c)) != 0 || std::strchr("/._-+", c) != nullptr;
-  });
-  return plain ? name : std::string();
-}
-
-unsigned short makeTempNames(TempNames* names) {
-  names->script = tempNameFor("SQLI");
-  if (names->script.empty()) {
-    nlprintf(msg::kNoTempName);
-    nlprintf(msg::kBlankLine);
-    TRACE(TR_ORCLEVEL0, " %s: tempnam() failed for SQLI\n", kFunction);
-  }
-  names->spoolBase = tempNameFor("SQLO");
-  if (names->spoolBase.empty()) {
-    nlprintf(msg::kNoTempName);
-    nlprintf(msg::kBlankLine);
-    TRACE(TR_ORCLEVEL0, " %s: tempnam() failed for SQLO\n", kFunction);
-  }
-  if (names->script.empty() || names->spoolBase.empty()) {
-    TRACE(TR_ORCLEVEL0, " %s: Exit could not create file name with tempnam()\n\n", kFunction);
-    return msg::kNoTempName.code();
-  }
-  names->script += ".sql";
-  return 0;
-}
-
-// Keeps what a catalog knew for the question before a deletion. One that knew nothing is allowed,
-// but whoever is asked should know.
-void noteListing(const objCatInfo_s& catalog, const utility::CatalogListing& listing,
-                 orcObj_t* orc) {
-  ++orc->catalogsAsked;
-  orc->handlesKnown += listing.handles;
-  if (listing.rows != 0) return;
-  ++orc->catalogsWithoutHandles;
+// Keeps what a catalog knew for the question before a deletion. A catalog that knows nothing is
+// allowed, but whoever answers the question must hear of it.
+void noteAnswer(const objCatInfo_s& catalog, const utility::CatalogAnswer& answer,
+                utility::Findings* findings) {
+  ++findings->catalogsAsked;
+  findings->handlesKnown += answer.handles;
+  if (answer.rows != 0) return;
+  ++findings->catalogsWithoutHandles;
   utility::reportText(nlsprintf(msg::kCatalogWithoutPieces, catalog.catalogNumber));
 }
 
 // Queries every catalog and puts all their handles into the one tree.
-unsigned short loadCatalogs(const CatalogList& catalogs, const TempNames& names,
+unsigned short loadCatalogs(const CatalogList& catalogs, const utility::ExchangeNames& names,
                             const nfDate& start, const nfDate& end, dsBPlusTree* tree,
-                            orcObj_t* orc) {
+                            utility::Findings* findings) {
   int number = 0;
   for (objCatInfo_s* catalog = catalogs.getFirst(); catalog != nullptr;
        catalog = catalogs.getNext(catalog)) {
@@ -226,13 +203,13 @@ unsigned short loadCatalogs(const CatalogList& catalogs, const TempNames& names,
       TRACE(TR_ORCLEVEL0, " %s: Exit - utQueryCatalog() failed. rc = %d\n\n", kFunction, rc);
       return utility::kFailed;  // the query's own code is not passed on; callers know -1
     }
-    utility::CatalogListing listing;
-    rc = utLoadBTree(spoolPath, &tree, &listing);
+    utility::CatalogAnswer answer;
+    rc = utLoadBTree(spoolPath, &tree, &answer);
     if (rc != 0) {
       TRACE(TR_ORCLEVEL0, " %s: Exit - utLoadBTree() failed\n\n", kFunction);
       return rc;
     }
-    noteListing(*catalog, listing, orc);
+    noteAnswer(*catalog, answer, findings);
   }
   return 0;
 }
@@ -266,18 +243,19 @@ unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const 
     nlprintf(msg::kNoMemory);
     return msg::kNoMemory.code();
   }
-  TempNames names;
-  unsigned short rc = makeTempNames(&names);
+  utility::ExchangeNames names;
+  unsigned short rc = utility::makeExchangeNames(&names);
   if (rc != 0) return rc;
+  utility::Findings findings;
   nlprintf(msg::kAskingOracle);
-  rc = loadCatalogs(catalogs.list, names, start, end, tree.get(), orc);
+  rc = loadCatalogs(catalogs.list, names, start, end, tree.get(), &findings);
   catalogs.forgetPasswords();  // the pick list may stay open for hours
   if (rc != 0) return rc;
   ObjectList orphans;
   rc = utGetFileList(start, end, orc, &orphans, tree.get());
   if (rc != 0) return rc;
   if (orphans.getFirst() == nullptr) return utility::kFailed;  // the listing has said so
-  rc = utProcessPickList(orc, &orphans);
+  rc = utProcessPickList(orc, &orphans, &findings);
   TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", kFunction, rc);
   return rc;
 }

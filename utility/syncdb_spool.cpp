@@ -14,6 +14,8 @@
 //   <blank line>
 //   3 rows selected.                          checked against the rows (from 6 rows on, by default)
 //   ORA-01555: snapshot too old               the whole listing is void
+#include "utility/syncdb_spool.h"
+
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -32,7 +34,9 @@
 #include "common/ut/psfile.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
-#include "utility/syncdb.h"
+#include "utility/exchange.h"
+#include "utility/report.h"
+#include "utility/syncdb_names.h"
 
 namespace {
 
@@ -133,7 +137,7 @@ class Spool {
     return inLine ? unsound(nlsprintf(msg::kAnswerCutShort, path_)) : judge();
   }
 
-  const utility::CatalogListing& listing() const { return listing_; }
+  const utility::CatalogAnswer& answer() const { return answer_; }
 
  private:
   static unsigned short unsound(const std::string& text) {
@@ -162,7 +166,7 @@ class Spool {
       endsWithRow_ = true;
     } else if (text != "ERROR:") {
       endsWithRow_ = text == word || fillsLine(line);
-      if (endsWithRow_) ++listing_.rows;
+      if (endsWithRow_) ++answer_.rows;
     }
     const short rc = insertReadings(body, text, word);
     if (rc == 0) {
@@ -185,9 +189,9 @@ class Spool {
     }
     if (!endsWithRow_) return rc;
     // The last one was the longest: that is what this row, so far, is taken for.
-    if (!begun_.empty() && lastAdded_) --listing_.handles;
+    if (!begun_.empty() && lastAdded_) --answer_.handles;
     lastAdded_ = added;
-    if (lastAdded_) ++listing_.handles;
+    if (lastAdded_) ++answer_.handles;
     return rc;
   }
 
@@ -215,12 +219,12 @@ class Spool {
   }
 
   unsigned short judge() {
-    if (!counted_.empty() && rowCount(counted_) != listing_.rows) {
-      return unsound(nlsprintf(msg::kRowCountDiffers, path_, counted_, listing_.rows));
+    if (!counted_.empty() && rowCount(counted_) != answer_.rows) {
+      return unsound(nlsprintf(msg::kRowCountDiffers, path_, counted_, answer_.rows));
     }
     // With its feedback switched off sqlplus counts nothing: the listing may be whole, or have lost
     // its end between two lines.
-    if (counted_.empty() && endsWithRow_ && listing_.rows >= kCountedFrom) {
+    if (counted_.empty() && endsWithRow_ && answer_.rows >= kCountedFrom) {
       agent::showAndLog(nlsprintf(msg::kNoRowCount, path_));
     }
     return 0;
@@ -229,7 +233,7 @@ class Spool {
   std::FILE* file_;
   const char* path_;
   dsBPlusTree* tree_;
-  utility::CatalogListing listing_;
+  utility::CatalogAnswer answer_;
   std::string counted_;             // sqlplus's own count, as it stands there
   std::vector<std::string> begun_;  // what may go on in the next line, the longest first
   std::string item_;
@@ -250,21 +254,21 @@ unsigned short reportUnsound(nls::Message<'s'> message, const char* path) {
 }
 
 unsigned short load(std::FILE* file, const char* path, dsBPlusTree* tree,
-                    utility::CatalogListing* listing) {
+                    utility::CatalogAnswer* answer) {
   Spool spool(file, path, tree);
   const unsigned short rc = spool.load();
   if (rc == kNotReadable) return reportNotReadable(path);
   if (rc != 0) return rc;
   // On a full disk sqlplus loses rows and still ends well.
   if (!ut::hasRoomBeside(path)) return reportUnsound(msg::kNoRoomLeft, path);
-  if (listing != nullptr) *listing = spool.listing();
+  if (answer != nullptr) *answer = spool.answer();
   return 0;
 }
 
 }  // namespace
 
 unsigned short utLoadBTree(const char* spoolPath, dsBPlusTree** tree,
-                           utility::CatalogListing* listing) {
+                           utility::CatalogAnswer* answer) {
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
   struct stat entry;
   ut::FilePtr file = ut::openOwnFile(spoolPath, &entry);
@@ -275,8 +279,8 @@ unsigned short utLoadBTree(const char* spoolPath, dsBPlusTree** tree,
   }
   unsigned short rc = kTreeNoMemory;
   try {
-    const bool written = entry.st_mtim.tv_sec != utility::kNotWritten;
-    rc = written ? load(file.get(), spoolPath, *tree, listing)
+    const bool written = utility::SpoolFile::isWritten(entry.st_mtim);
+    rc = written ? load(file.get(), spoolPath, *tree, answer)
                  : reportUnsound(msg::kSpoolFileNotFromQuery, spoolPath);
   } catch (const std::bad_alloc&) {
     TRACE(TR_ORCLEVEL0, " %s: Exit - no memory. rc = %d\n\n", kFunction, rc);
@@ -285,38 +289,4 @@ unsigned short utLoadBTree(const char* spoolPath, dsBPlusTree** tree,
   utility::removeUnlessTraced(spoolPath);
   if (rc == 0) TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
   return rc;
-}
-
-unsigned short utInsertFilename(void* from, void* to) {
-  TRACE(TR_ALL, " %s: Enter\n", "utInsertFilename()");
-  const char* name = static_cast<const char*>(from);
-  std::memcpy(to, name, std::strlen(name) + 1);
-  TRACE(TR_ALL, " %s: Exit\n\n", "utInsertFilename()");
-  return 0;
-}
-
-namespace {
-
-// Out of the way of the comparison: a look-up compares some thirty times.
-[[gnu::cold, gnu::noinline]] compare_t traceComparison(compare_t result) {
-  TRACE(TR_ALL, " %s: Enter\n", "utFindFilename()");
-  if (result == bEqualTo) TRACE(TR_ALL, " %s: Exit - bEqualTo\n\n", "utFindFilename()");
-  if (result == bGreaterThan) TRACE(TR_ALL, " %s: Exit - bGreaterThan\n\n", "utFindFilename()");
-  if (result == bLessThan) TRACE(TR_ALL, " %s: Exit - bLessThan\n\n", "utFindFilename()");
-  return result;
-}
-
-}  // namespace
-
-compare_t utFindFilename(void* searched, void* stored) {
-  const int order =
-      std::strcmp(static_cast<const char*>(searched), static_cast<const char*>(stored));
-  const compare_t result = order == 0 ? bEqualTo : order > 0 ? bGreaterThan : bLessThan;
-  return TR_ALL != 0 ? traceComparison(result) : result;
-}
-
-void utFreeTree(void* item) {
-  TRACE(TR_ALL, " %s: Enter\n", "utFreeTree()");
-  BTreeFree(__FILE__, __LINE__, &item);
-  TRACE(TR_ALL, " %s: Exit\n\n", "utFreeTree()");
 }

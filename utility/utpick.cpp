@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
@@ -13,7 +14,7 @@
 #include "common/ut/psterm.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
-#include "utility/syncdb.h"
+#include "utility/dialogue.h"
 
 namespace {
 
@@ -23,39 +24,33 @@ constexpr int kFewestRows = 10;
 constexpr int kFewestCols = 20;
 constexpr int kWidestLine = 2048;
 
-// A decimal number at the start of a text; unreadable ones are 0, and what no list can hold is
-// kept large instead of wrapping round.
+// The decimal number at the start of a text; 0 if there is none. Numbers too large for any list
+// stay large instead of wrapping around.
 long long readNumber(const char* text) { return std::strtoll(text, nullptr, 10); }
 
 // ---- Marks --------------------------------------------------------------------------------------
 
-using utility::Picked;
+using utility::ObjectTotal;
 
-// Adds the entry's part to what is picked, before and after its mark is changed.
-void take(const utZylObj_s& entry, Picked* picked) {
-  if (entry.selected != 1) return;
-  ++picked->count;
-  picked->bytes += api::toNumber(entry.sizeEstimate);
-}
-void drop(const utZylObj_s& entry, Picked* picked) {
-  if (entry.selected != 1) return;
-  --picked->count;
-  picked->bytes -= api::toNumber(entry.sizeEstimate);
-}
-
-void mark(utZylObj_s* entry, int mode, Picked* picked) {
-  if (picked != nullptr) drop(*entry, picked);
+void mark(utZylObj_s* entry, int mode, ObjectTotal* picked) {
+  const bool before = entry->selected == 1;
   if (mode == kToggle) {
-    entry->selected = entry->selected == 1 ? 0 : 1;
+    entry->selected = before ? 0 : 1;
   } else if (mode == kPick || mode == kUnpick) {
     entry->selected = static_cast<std::uint32_t>(mode);
   }
-  if (picked != nullptr) take(*entry, picked);
+  const bool after = entry->selected == 1;
+  if (picked == nullptr || before == after) return;
+  if (after) {
+    picked->add(*entry);
+  } else {
+    picked->remove(*entry);
+  }
 }
 
 // Marks from..to with one walk. Numbers past `count` are ignored; 0 stands for the first entry.
 void markRange(ObjectList* list, long long from, long long to, unsigned count, int mode,
-               Picked* picked) {
+               ObjectTotal* picked) {
   const long long last = std::min<long long>(to, count);
   if (from > last) return;
   long long position = std::max<long long>(from, 1);
@@ -65,14 +60,6 @@ void markRange(ObjectList* list, long long from, long long to, unsigned count, i
     mark(entry, mode, picked);
     if (position < last) entry = list->getNext(entry);
   }
-}
-
-Picked countPicked(const ObjectList& list) {
-  Picked picked;
-  for (const utZylObj_s* entry = list.getFirst(); entry != nullptr; entry = list.getNext(entry)) {
-    take(*entry, &picked);
-  }
-  return picked;
 }
 
 }  // namespace
@@ -91,7 +78,7 @@ void gotoListElement(CLinkedList<utZylObj_s>* list, utZylObj_s** element, unsign
 }
 
 void pkHighlightEntry(CLinkedList<utZylObj_s>* list, unsigned index, unsigned count, int mode,
-                      utility::Picked* picked) {
+                      ObjectTotal* picked) {
   if (index > count) {
     TRACE(TR_ORCLEVEL0, " %s: Exit - Value out of range Value: %d\n\n", "pkHighlightEntry()",
           index);
@@ -102,39 +89,54 @@ void pkHighlightEntry(CLinkedList<utZylObj_s>* list, unsigned index, unsigned co
   if (entry != nullptr) mark(entry, mode, picked);
 }
 
-void ProcessAnswer(CLinkedList<utZylObj_s>* list, const char* answer, unsigned count,
-                   utility::Picked* picked) {
+namespace {
+
+// One item of an answer: a number and the character that is taken for the delimiter after it.
+struct AnswerItem {
+  long long number;
+  char delimiter;
+};
+
+// Splits an answer into its items. The delimiter's place is computed, assuming one delimiter after
+// each number and none before the first; runs of delimiters shift it. Kept on purpose, pinned by
+// PickList.AppliesEveryFormOfAnswer.
+std::vector<AnswerItem> splitAnswer(const char* answer) {
   static constexpr char kSeparators[] = " +-:,\t\n";
-  long long rangeStart = -1, rangeEnd = -1;
-  int mode = kPick;
+  std::vector<AnswerItem> items;
   std::size_t position = 0;
-  bool first = true;
   for (const char* token = answer + std::strspn(answer, kSeparators); *token != '\0';
        token += std::strspn(token, kSeparators)) {
     const std::size_t length = std::strcspn(token, kSeparators);
-    const long long number = readNumber(std::string(token, length).c_str());
-    // Where the delimiter stands is reckoned, not searched: one delimiter after each token and none
-    // in front. With runs of delimiters the place drifts; users know what their lines do, it stays.
-    position += length + (first ? 0 : 1);
-    first = false;
-    const char delimiter = answer[position];
+    position += length + (items.empty() ? 0 : 1);
+    items.push_back({readNumber(std::string(token, length).c_str()), answer[position]});
     token += length;
-    if (delimiter == ':') {
-      rangeStart = number;
-    } else if (delimiter == '+' || delimiter == '-') {
-      mode = delimiter == '+' ? kPick : kUnpick;
-      rangeEnd = number;
-      if (rangeStart < 0) rangeStart = number;
-    } else {
+  }
+  return items;
+}
+
+}  // namespace
+
+void ProcessAnswer(CLinkedList<utZylObj_s>* list, const char* answer, unsigned count,
+                   utility::ObjectTotal* picked) {
+  long long rangeStart = -1, rangeEnd = -1;  // below 0: not given yet
+  int mode = kPick;
+  for (const auto [number, delimiter] : splitAnswer(answer)) {
+    const bool sign = delimiter == '+' || delimiter == '-';
+    if (!sign && delimiter != ':') {
       if (number >= 1 && number <= count) {
         pkHighlightEntry(list, static_cast<unsigned>(number), count, kToggle, picked);
       }
       continue;
     }
+    if (sign) {
+      mode = delimiter == '+' ? kPick : kUnpick;
+      rangeEnd = number;
+    }
+    if (!sign || rangeStart < 0) rangeStart = number;
     markRange(list, rangeStart, rangeEnd, count, mode, picked);
-    // To 0, not to -1: a second signed item of the line starts at the first entry. Users know that
-    // too, it stays.
-    if (delimiter != ':') rangeStart = rangeEnd = 0;
+    // Reset to 0, not to -1: a second signed item in one answer is read as a range from entry 1.
+    // Kept on purpose, pinned by PickList.AppliesEveryFormOfAnswer.
+    if (sign) rangeStart = rangeEnd = 0;
   }
 }
 
@@ -253,7 +255,7 @@ void printRuler(int cols, int hoffset) {
   printFitted(ruler, 0, cols - 8);
 }
 
-void printHelp(const Picked& picked, unsigned count, int cols) {
+void printHelp(const ObjectTotal& picked, unsigned count, int cols) {
   printFitted(nlsprintf(msg::kPickHelpMarks), 0, cols);
   printFitted(nlsprintf(msg::kPickHelpMoves), 0, cols);
   printFitted(nlsprintf(msg::kPickHelpState, ut::formatNumber(picked.count).text,
@@ -272,13 +274,13 @@ int pkFormatEntry(CLinkedList<utZylObj_s>* list, char* out, unsigned count, unsi
 }
 
 int DisplayList(CLinkedList<utZylObj_s>* list, unsigned top, int rows, int cols, int hoffset,
-                unsigned count, const utility::Picked* picked) {
+                unsigned count, const ObjectTotal* picked) {
   psClearScrn();
   const bool withOwner = printHead(list, cols, hoffset);
   const int available = rows - (withOwner ? 3 : 2);
   const int lines = printEntries(list, top, available - 3, cols, hoffset, count);
   printRuler(cols, hoffset);
-  printHelp(picked == nullptr ? countPicked(*list) : *picked, count, cols);
+  printHelp(picked == nullptr ? utility::summarizePicks(*list).total : *picked, count, cols);
   nlprintf(msg::kPickPrompt);
   std::fflush(stdout);
   return lines;
@@ -390,7 +392,7 @@ class PickScreen {
   int pageSize_ = 0;
   long long top_ = 1;
   int hoffset_ = 0;
-  Picked picked_;  // nothing at first: pkInitEntries has cleared all marks
+  ObjectTotal picked_;  // nothing at first: pkInitEntries has cleared all marks
 };
 
 }  // namespace

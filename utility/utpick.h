@@ -2,26 +2,14 @@
 //
 // It works on the list itself: an object is picked when its `selected` is 1. There is no cursor
 // addressing; after each command the terminal is cleared and the page written again. A command
-// visits the entries that it marks and a page those that it shows, no others: positions are found
-// at once (CLinkedList::elementAt), and what is picked is reckoned along.
+// visits only the entries that it marks, a page only those that it shows: entries are found by
+// their position at once (CLinkedList::elementAt), and a running total of what is picked is kept.
 #ifndef UTILITY_UTPICK_H
 #define UTILITY_UTPICK_H
 
 #include <cstddef>
-#include <cstdint>
 
 #include "utility/zylobj.h"
-
-namespace utility {
-
-// How many entries are picked, and their size in all. Whoever marks entries keeps it true. Beyond
-// 2^64 bytes it wraps; the question before a deletion has a sum of its own.
-struct Picked {
-  unsigned count = 0;
-  std::uint64_t bytes = 0;
-};
-
-}  // namespace utility
 
 inline constexpr int kPickCancelled = 300;
 
@@ -36,38 +24,38 @@ inline constexpr int kMaxOffset = 1054;
 // Room for the text of one entry, with the terminator.
 inline constexpr std::size_t kEntryTextSize = 1400;
 
-// Shows the list until the user confirms (0), or cancels, or the list is empty or the terminal too
-// small (300). Only on 0 may the caller act on the marks. All marks are cleared first.
+// Shows the list until the user confirms (0) or cancels (300); 300 as well if the list is empty or
+// the terminal too small. Only on 0 may the caller act on the marks. All marks are cleared first.
 [[nodiscard]] int pkPickHandler(CLinkedList<utZylObj_s>* list);
 
 // Clears every mark and returns the number of entries.
 unsigned pkInitEntries(CLinkedList<utZylObj_s>* list);
 
 // Marks the entry at `index` (from 1; 0 is taken as 1) by mode. An index past `count` and an
-// unknown mode change nothing. `picked`, if not null, follows.
+// unknown mode change nothing. `picked`, if not null, is updated.
 void pkHighlightEntry(CLinkedList<utZylObj_s>* list, unsigned index, unsigned count, int mode,
-                      utility::Picked* picked = nullptr);
+                      utility::ObjectTotal* picked = nullptr);
 
 // Writes the text of the entry at `index` into `out` (kEntryTextSize bytes) and returns 1 if it is
 // picked, else 0. Past `count` the text is empty.
 int pkFormatEntry(CLinkedList<utZylObj_s>* list, char* out, unsigned count, unsigned index);
 
 // Draws one page, `rows` (at least 9) by `cols` (at least 20), with the entry `top` first, and
-// returns how many list lines it has, fillers included. What is picked stands in its last lines;
-// with null it is counted.
+// returns how many list lines it has, fillers included. Its last lines show `picked`; with null the
+// picks are counted.
 int DisplayList(CLinkedList<utZylObj_s>* list, unsigned top, int rows, int cols, int hoffset,
-                unsigned count, const utility::Picked* picked = nullptr);
+                unsigned count, const utility::ObjectTotal* picked = nullptr);
 
-// The horizontal window of a line: `width` bytes of `in` from `offset` on, or all that there is.
-// Scrolled past its end a line is one blank. `out` has room for width + 1 bytes, at least 2. A null
+// The horizontal window of a line: at most `width` bytes of `in` from `offset` on. A line that is
+// scrolled past its end is one blank. `out` has room for width + 1 bytes, at least 2. A null
 // `out` does nothing, a null `in` gives the empty text.
 void FitStringToScreenSize(char* out, const char* in, int offset, int width);
 
 // Applies a line of entry numbers and ranges: "n" toggles, "n+" picks, "n-" unpicks, "a:b+" and
 // "a:b-" do so for a range; items are separated by blanks or commas. `picked`, if not null,
-// follows.
+// is updated.
 void ProcessAnswer(CLinkedList<utZylObj_s>* list, const char* answer, unsigned count,
-                   utility::Picked* picked = nullptr);
+                   utility::ObjectTotal* picked = nullptr);
 
 // Sets `*element` to the entry at `index` (0 is taken as 1), or to null past the end.
 void gotoListElement(CLinkedList<utZylObj_s>* list, utZylObj_s** element, unsigned index);

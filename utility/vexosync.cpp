@@ -20,6 +20,7 @@
 #include "common/ut/psterm.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
+#include "utility/report.h"
 #include "utility/syncdb.h"
 #include "utility/utparser.h"
 

@@ -1,4 +1,4 @@
-// zylobj.h: the records that the commands keep in lists.
+// zylobj.h: the records that the commands keep in lists, and what picked objects add up to.
 #ifndef UTILITY_ZYLOBJ_H
 #define UTILITY_ZYLOBJ_H
 
@@ -6,6 +6,7 @@
 
 #include "api/vltlib.h"
 #include "common/ut/linklist.h"
+#include "common/ut/nfdate.h"
 
 // One backup object as the storage server lists it. Zero-filled before it is filled.
 struct utZylObj_s {
@@ -35,5 +36,26 @@ struct objCatInfo_s {
 
 using ObjectList = CLinkedList<utZylObj_s>;
 using CatalogList = CLinkedList<objCatInfo_s>;
+
+namespace utility {
+
+// How many objects, and their size together. The size stops at 2^64 - 1.
+struct ObjectTotal {
+  std::uint64_t count = 0;
+  std::uint64_t bytes = 0;
+
+  void add(const utZylObj_s& object);
+  void remove(const utZylObj_s& object);
+};
+
+// What is picked: counted anew from the marks. A question about a deletion shows this, never a
+// total that was kept up to date on the way.
+struct PickSummary {
+  ObjectTotal total;
+  nfDate oldest = {}, newest = {};  // of total.count objects; meaningless for none
+};
+PickSummary summarizePicks(const ObjectList& list);
+
+}  // namespace utility
 
 #endif  // UTILITY_ZYLOBJ_H

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "common/ut/psmem.h"
-#include "utility/syncdb.h"
+#include "utility/syncdb_names.h"
 
 namespace {
 

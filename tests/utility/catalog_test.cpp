@@ -12,7 +12,9 @@
 #include "common/ut/trace.h"
 #include "tests/support/captured.h"
 #include "tests/utility/messages.h"
-#include "utility/syncdb.h"
+#include "utility/syncdb_catalog.h"
+#include "utility/syncdb_names.h"
+#include "utility/syncdb_spool.h"
 
 namespace {
 
@@ -47,7 +49,7 @@ class Catalog : public WithErrorLog {
   unsigned short load(dsBPlusTree& tree) {
     dsBPlusTree* pointer = &tree;
     support::Captured output;
-    const unsigned short rc = utLoadBTree(spool_.c_str(), &pointer, &listing_);
+    const unsigned short rc = utLoadBTree(spool_.c_str(), &pointer, &answer_);
     shown_ = output.take();
     return rc;
   }
@@ -58,7 +60,7 @@ class Catalog : public WithErrorLog {
   support::ScopedEnv path_{"PATH", std::getenv("PATH")};
   objCatInfo_s record_ = {};
   std::string script_, spool_, shown_;
-  utility::CatalogListing listing_;
+  utility::CatalogAnswer answer_;
 };
 
 TEST_F(Catalog, HandsSqlplusThisScriptAndRemovesIt) {
@@ -228,7 +230,7 @@ TEST_F(Catalog, KnowsEveryHandleThatALineCanMean) {
     dir_.write("SQLOx_3.out", row.spool);
     dsBPlusTree tree;
     EXPECT_EQ(0, load(tree)) << row.spool << shown_;
-    EXPECT_EQ(row.counts, std::to_string(listing_.rows) + " " + std::to_string(listing_.handles))
+    EXPECT_EQ(row.counts, std::to_string(answer_.rows) + " " + std::to_string(answer_.handles))
         << row.spool;
     for (const bool known : {true, false}) {
       std::istringstream handles(known ? row.known : row.unknown);

@@ -8,7 +8,7 @@
 #include "tests/support/captured.h"
 #include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"
-#include "utility/syncdb.h"
+#include "utility/syncdb_deletion.h"
 
 namespace {
 
@@ -52,10 +52,11 @@ class Deletion : public WithErrorLog {
     return ids;
   }
 
-  unsigned short run(ObjectList& list, const std::string& answer, std::string* shown = nullptr) {
+  unsigned short run(ObjectList& list, const std::string& answer, std::string* shown = nullptr,
+                     const utility::Findings* findings = nullptr) {
     support::FedInput input(answer);
     support::Captured output;
-    const unsigned short rc = utDeleteFiles(&list, &orc_);
+    const unsigned short rc = utDeleteFiles(&list, &orc_, findings);
     const std::string text = output.take();
     if (shown != nullptr) *shown = text;
     return rc;
@@ -117,11 +118,9 @@ TEST_F(Deletion, SaysWhatIsAboutToHappen) {
     support::ScriptedApi api;
     ObjectList list;
     fill(list, 5, row.picked);
-    orc_.catalogsAsked = row.asked;
-    orc_.catalogsWithoutHandles = row.without;
-    orc_.handlesKnown = row.known;
+    const utility::Findings findings = {row.asked, row.without, row.known};
     std::string shown;
-    EXPECT_EQ(0, run(list, "n\n", &shown));
+    EXPECT_EQ(0, run(list, "n\n", &shown, row.asked == 0 ? nullptr : &findings));
     EXPECT_EQ(0u, shown.find("\nQRB2580W ")) << shown;
     EXPECT_NE(std::string::npos, shown.find(row.shown)) << shown;
   }

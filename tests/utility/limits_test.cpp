@@ -12,7 +12,9 @@
 #include "tests/support/captured.h"
 #include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"
-#include "utility/syncdb.h"
+#include "utility/bplus.h"
+#include "utility/syncdb_catalog.h"
+#include "utility/syncdb_spool.h"
 
 namespace {
 

@@ -12,7 +12,10 @@
 #include "tests/support/captured.h"
 #include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"
-#include "utility/syncdb.h"
+#include "utility/dialogue.h"
+#include "utility/syncdb_listing.h"
+#include "utility/syncdb_names.h"
+#include "utility/syncdb_query.h"
 #include "utility/utpick.h"
 
 namespace {

@@ -113,19 +113,20 @@ TEST_F(PickList, AppliesEveryFormOfAnswer) {
       {"3  4+", "", "3 4"},  // two delimiters: the sign is looked for one place too early
       {"3   4+", "+", "1 2 5 6 7 8 9"},
       {"++5+", "", "5"},
+      {"5+0:", "", "1 5"},  // the range from 0 that a sign leaves open ends there
   };
   for (const auto& row : rows) {
     ObjectList list;
     fill(list, 9);
-    utility::Picked reckoned;
-    if (*row.before == '+') ProcessAnswer(&list, "1:9+", 9, &reckoned);
-    ProcessAnswer(&list, row.answer, 9, &reckoned);
+    utility::ObjectTotal total;
+    if (*row.before == '+') ProcessAnswer(&list, "1:9+", 9, &total);
+    ProcessAnswer(&list, row.answer, 9, &total);
     EXPECT_EQ(row.picked, picks(list)) << "answer: " << row.answer;
     for (const utZylObj_s* o = list.getFirst(); o != nullptr; o = list.getNext(o)) {
-      if (o->selected == 1) --reckoned.count, reckoned.bytes -= o->sizeEstimate.lo;
+      if (o->selected == 1) total.remove(*o);
     }
-    EXPECT_EQ(0u, reckoned.count) << "answer: " << row.answer;
-    EXPECT_EQ(0u, reckoned.bytes) << "answer: " << row.answer;
+    EXPECT_EQ(0u, total.count) << "answer: " << row.answer;
+    EXPECT_EQ(0u, total.bytes) << "answer: " << row.answer;
   }
 }
 

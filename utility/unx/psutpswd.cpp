@@ -1,5 +1,4 @@
-// psutpswd.cpp: the change of the node's password, see psutpswd.h. The no-echo input is in
-// readpass.cpp.
+// psutpswd.cpp: the change of the node's password, see psutpswd.h.
 #include "utility/unx/psutpswd.h"
 
 #include <dirent.h>
@@ -16,7 +15,8 @@
 #include "common/nls/nls.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
-#include "utility/syncdb.h"
+#include "utility/report.h"
+#include "utility/unx/readpass.h"
 
 namespace {
 
@@ -97,8 +97,9 @@ void terminate(orcObj_t* orc) {
   orc->vltHandle = 0;
 }
 
-// Says how it went. The server has the new password: a file that could not be written is reported
-// and changes nothing at the result; callers know it so, it stays.
+// Reports the end. The server has the new password by now, so a file that could not be written is
+// reported without changing the result. Kept on purpose, pinned by
+// PasswordChange.SaysThatTheFileWasNotWritten.
 void reportSuccess(bool stored) {
   if (!stored) {
     nlprintf(msg::kPasswordNotStored);
@@ -183,8 +184,7 @@ int getPwInput(char* oldPw, char* newPw, char* confirmPw) {
     copy(confirmPw, passwords.confirmed);
     if (std::strcmp(newPw, confirmPw) == 0) return 0;
     if (++mismatches == kMismatches) {
-      // The message of a password that is too long: it names this reason as well, and callers look
-      // for its number.
+      // The message says both what is too long and what differed three times.
       nlprintf(msg::kBlankLine);
       nlprintf(msg::kPasswordNotAccepted);
       nlprintf(msg::kBlankLine);

@@ -13,13 +13,13 @@
 
 #include "common/nls/nls.h"
 #include "common/ut/strutil.h"
-#include "utility/syncdb.h"
+#include "utility/exchange.h"
 
 namespace {
 
 constexpr auto kInterval = std::chrono::milliseconds(100);
 
-// Lets no signal handler run in the threads that are started in its scope.
+// No signal handler runs in a thread that is started in its scope.
 class NoSignals {
  public:
   NoSignals() {
@@ -78,7 +78,7 @@ bool utility::QueryWatch::countLines() {
   if (file < 0) return false;
   struct stat entry;
   const bool written = ::fstat(file, &entry) == 0 && S_ISREG(entry.st_mode) && entry.st_size > 0 &&
-                       entry.st_mtim.tv_sec != kNotWritten;
+                       SpoolFile::isWritten(entry.st_mtim);
   char piece[16384];
   ssize_t got = 0;
   while (written && (got = ::pread(file, piece, sizeof piece, position_)) > 0) {

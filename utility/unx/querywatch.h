@@ -1,8 +1,8 @@
-// querywatch.h: says on the terminal how far a catalog query is, while sqlplus runs.
+// querywatch.h: shows on the terminal how far a catalog query is, while sqlplus runs.
 //
-// The program itself waits for sqlplus then, so a thread of the watch's own looks at the spool file
-// ten times a second and counts the lines that have come. It shows nothing before the first byte:
-// until then sqlplus may still write about its logon.
+// The program itself waits for sqlplus, so the watch has a thread of its own that looks at the
+// spool file ten times a second and counts the new lines. It shows nothing before the first byte:
+// until then sqlplus may still report on its logon.
 #ifndef UTILITY_UNX_QUERYWATCH_H
 #define UTILITY_UNX_QUERYWATCH_H
 
@@ -20,9 +20,9 @@ namespace utility {
 
 class QueryWatch {
  public:
-  // Begins. The caller must do nothing but wait for sqlplus until the watch ends; `spoolPath` is
-  // the caller's. Null when there is nobody to see it, and without memory or a thread: the query
-  // goes on unseen.
+  // Begins. Until the watch ends the caller must only wait for sqlplus; `spoolPath` is the
+  // caller's. Null when nobody can see it, or without memory or a thread: the query then runs
+  // unseen.
   static std::unique_ptr<QueryWatch> begin(unsigned catalogNumber, const char* spoolPath);
   // Ends it and erases the line.
   ~QueryWatch();
@@ -33,7 +33,7 @@ class QueryWatch {
   QueryWatch(unsigned catalogNumber, const char* spoolPath);
 
   void watch(std::stop_token stop);
-  // Counts the lines that have come since the last time. False while nothing was written.
+  // Counts the lines since the last call. False while nothing was written.
   bool countLines();
 
   const char* spoolPath_;

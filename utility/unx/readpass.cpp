@@ -1,7 +1,9 @@
-// readpass.cpp: reading a line from the terminal without echo, see psutpswd.h.
+// readpass.cpp: reading a line from the terminal without echo, see readpass.h.
 //
-// While the echo is off, signals that would end or stop the program are caught: the reading ends,
-// or pauses, the terminal gets its settings back, and only then the signal takes its course.
+// While the echo is off, signals that would end or stop the program are caught: the reading ends or
+// pauses, the terminal's settings are restored, and only then the signal has its usual effect.
+#include "utility/unx/readpass.h"
+
 #include <signal.h>
 #include <sys/select.h>
 #include <termios.h>
@@ -12,13 +14,12 @@
 #include <cstring>
 
 #include "common/ut/psfile.h"
+#include "common/ut/pssignal.h"
 #include "common/ut/strutil.h"
-#include "utility/unx/psutpswd.h"
-#include "utility/unx/sigwatch.h"
 
 namespace {
 
-using utility::SignalWatch;
+using ut::SignalWatch;
 
 volatile sig_atomic_t interrupted = 0;  // by SIGINT
 volatile sig_atomic_t ending = 0;       // the number of another signal that ends the program
@@ -27,7 +28,8 @@ volatile sig_atomic_t stopping = 0;     // by SIGTSTP
 void noteEnding(int sig) { ending = sig; }
 void noteStopping(int) { stopping = 1; }
 
-// Switches a terminal's echo off for a scope. TCSADRAIN, not TCSAFLUSH: scripts type ahead.
+// Switches a terminal's echo off for a scope. TCSADRAIN keeps what was typed ahead; TCSAFLUSH would
+// drop it.
 class EchoOff {
  public:
   explicit EchoOff(int terminal) : terminal_(terminal) {
@@ -63,8 +65,8 @@ class EchoOff {
   struct termios saved_ = {};
 };
 
-// Holds the watched signals back for a scope, but for the moments of waiting: one that comes just
-// before a wait would otherwise be seen with the next key only.
+// Blocks the watched signals for a scope, except while it waits for a key. Otherwise a signal that
+// comes just before the wait would not be noticed until the next key.
 class SignalsHeld {
  public:
   SignalsHeld() {
@@ -84,7 +86,7 @@ class SignalsHeld {
     FD_SET(descriptor, &readable);
     return ::pselect(descriptor + 1, &readable, nullptr, nullptr, nullptr, &before_) == 1;
   }
-  // Lets what is held back take its course.
+  // Delivers the signals that are blocked.
   void letPass() const {
     sigset_t held;
     ::sigprocmask(SIG_SETMASK, &before_, &held);
@@ -95,7 +97,8 @@ class SignalsHeld {
   sigset_t before_;
 };
 
-// Stops the program as SIGTSTP would have, with the terminal as it was, and goes on afterwards.
+// Stops the program as SIGTSTP would have, with the terminal restored, and resumes the reading when
+// the program continues.
 void stopHere(EchoOff& echo, const SignalsHeld& held) {
   stopping = 0;
   ut::ignoreResult(echo.restore(), "it is set again below");
@@ -115,7 +118,7 @@ void readLine(std::FILE* terminal, EchoOff& echo, const SignalsHeld& held, char*
     if (!held.waitFor(::fileno(terminal))) {
       if (errno != EINTR) break;
       if (stopping) stopHere(echo, held);
-      continue;  // the loop's condition looks at what came
+      continue;  // the loop's condition checks which signal came
     }
     const int c = std::getc(terminal);
     if (c == EOF || c == '\n') break;
@@ -127,14 +130,6 @@ void readLine(std::FILE* terminal, EchoOff& echo, const SignalsHeld& held, char*
 }  // namespace
 
 void Catch(int) { interrupted = 1; }
-
-int install_sig_handler(int sig, void (*handler)(int)) {
-  struct sigaction action = {};
-  action.sa_handler = handler;
-  ::sigemptyset(&action.sa_mask);
-  action.sa_flags = SA_NOCLDSTOP;  // no SA_RESTART: the reading must come back
-  return ::sigaction(sig, &action, nullptr);
-}
 
 int readPass(char* buffer, int size) {
   *buffer = '\0';

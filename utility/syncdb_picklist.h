@@ -1,0 +1,22 @@
+// syncdb_picklist.h: pick list and deletion in turn, until the user leaves; and DELETE, which is
+// that with every object of the dates.
+#ifndef UTILITY_SYNCDB_PICKLIST_H
+#define UTILITY_SYNCDB_PICKLIST_H
+
+#include "agent/orcctx.h"
+#include "common/ut/nfdate.h"
+#include "utility/findings.h"
+#include "utility/utparser.h"
+#include "utility/zylobj.h"
+
+// Shows the pick list and deletes what was picked, again and again, until the user leaves (300) or
+// something fails. `findings` is null for DELETE, which does not ask Oracle.
+[[nodiscard]] unsigned short utProcessPickList(orcObj_t* orc, CLinkedList<utZylObj_s>* list,
+                                               const utility::Findings* findings = nullptr);
+
+// DELETE: all objects of the range go to the pick list. The end date comes first. Returns the code
+// of the listing or of the pick list.
+[[nodiscard]] unsigned short utDeleteFromZyl(orcObj_t* orc, vexoOptionsInfo_t& options,
+                                             const nfDate& end, const nfDate& start);
+
+#endif  // UTILITY_SYNCDB_PICKLIST_H

@@ -1,0 +1,26 @@
+// syncdb_spool.h: what sqlplus spooled for one catalog becomes handles in the search tree.
+#ifndef UTILITY_SYNCDB_SPOOL_H
+#define UTILITY_SYNCDB_SPOOL_H
+
+#include <cstdint>
+
+#include "utility/bplus.h"
+
+namespace utility {
+
+// What one catalog's answer held.
+struct CatalogAnswer {
+  std::uint64_t rows = 0;     // handles, repeated ones included
+  std::uint64_t handles = 0;  // handles that the tree did not hold before
+};
+
+}  // namespace utility
+
+// Puts the handles of a spool file into the tree and removes the file. Returns 0, 2576 when the
+// file cannot be read, 2533 after a message when the answer is not sound (an error of Oracle in it,
+// a row count that differs, a missing end, a file that the query did not write), or the tree's
+// code. After anything but 0 the tree is of no use. `answer`, if not null, receives what was read.
+[[nodiscard]] unsigned short utLoadBTree(const char* spoolPath, dsBPlusTree** tree,
+                                         utility::CatalogAnswer* answer = nullptr);
+
+#endif  // UTILITY_SYNCDB_SPOOL_H
