@@ -14,7 +14,7 @@ bNodeType_t*& childOf(bNodeType_t* node, int position) {
   return static_cast<bInnerNode_t*>(node)->child[position];
 }
 
-// Has the memory fetched that the comparisons in a node, and the step below it, will want.
+// Prefetches what the comparisons in a node, and the step below it, will read.
 void fetchAhead(bNodeType_t* node) {
   for (int i = 0; i < node->count; ++i) __builtin_prefetch(node->data[i]);
   if (node->leaf != 0) return;
@@ -45,8 +45,8 @@ void* dsBPlusTree::SearchTree(void* item, bNodeType_t* node) {
   return nullptr;
 }
 
-// In an order that is nearly sorted the same nodes are searched again and again. What they hold is
-// in the processor's cache, and fetching it once more costs as much as comparing it.
+// In nearly sorted input the same nodes are searched again and again. What they hold is already in
+// the processor's cache, and prefetching it again costs as much as comparing it.
 bool dsBPlusTree::SeenLately(const bNodeType_t* node) {
   const bNodeType_t*& seen = seen_[reinterpret_cast<std::uintptr_t>(node) / sizeof *node % kSeen];
   if (seen == node) return true;
@@ -54,7 +54,9 @@ bool dsBPlusTree::SeenLately(const bNodeType_t* node) {
   return false;
 }
 
-// True when the node holds the item, at `*position`; else the item belongs below that child.
+// True if the node holds the item, at `*position`; otherwise that is the child to search next. The
+// first item is compared twice. Kept on purpose, pinned by
+// BPlusTree.ComparesCopiesAndAllocatesExactlyAsOftenAsEver.
 bool dsBPlusTree::SearchNode(void* item, bNodeType_t* node, int* position) {
   *position = 0;
   if (!SeenLately(node)) fetchAhead(node);
@@ -79,8 +81,8 @@ short dsBPlusTree::IsertItem(void* item, int size, CopyFn copyFn, CompareFn comp
   }
   if (staged.data == nullptr) return kTreeNoMemory;
   ut::ignoreResult(copyFn_(item, staged.data), "the copies that are stored are checked");
-  // The staging buffer is not released: each insertion costs it, and the memory figures of sites
-  // reckon with that. It stays known to the tracked allocation.
+  // The staging buffer is leaked on purpose, one per insertion, pinned by
+  // BPlusTree.ReleasesAllButTheStagingBufferOfEachInsertion. The tracked allocation still knows it.
   return InsertNode(staged);
 }
 
@@ -127,8 +129,8 @@ short dsBPlusTree::PushDown(const bData_t& item, bNodeType_t* node, Risen* risen
   return PUSH_UP;
 }
 
-// Copies an item into a slot. A buffer that an item left behind when it rose is used again if it
-// is large enough.
+// Copies an item into a slot. An item that rose leaves its buffer in its old slot; it is used again
+// if it is large enough.
 short dsBPlusTree::Store(const bData_t& item, bNodeType_t* node, int slot) {
   void*& data = node->data[slot];
   if (data != nullptr && node->size[slot] < item.size) release(&data);
@@ -154,7 +156,7 @@ short dsBPlusTree::PushIn(const bData_t& item, bNodeType_t* rightSibling, bNodeT
     }
   }
   if (const short rc = Store(item, node, position); rc != kTreeStored) return rc;
-  // Only now, when nothing can fail any more: a child must not stand twice in a node.
+  // Last, when nothing can fail any more: a child must never be in a node twice.
   if (node->leaf == 0) {
     for (int i = node->count; i > position; --i) childOf(node, i + 1) = childOf(node, i);
     childOf(node, position + 1) = rightSibling;
@@ -180,7 +182,7 @@ short dsBPlusTree::Split(const bData_t& item, bNodeType_t* rightSibling, bNodeTy
   const short rc = position <= kSplitPoint ? PushIn(item, rightSibling, node, position)
                                            : PushIn(item, rightSibling, right, position - median);
   if (rc != kTreeStored) return rc;
-  // The left node's last item rises. Its buffer stays in the slot until the parent has copied it.
+  // The left node's last item rises. The slot keeps its buffer until the parent has copied it.
   const int last = node->count - 1;
   *risen = {{node->size[last], node->data[last]}, right};
   if (!leaf) {
@@ -209,7 +211,7 @@ void dsBPlusTree::FreeMemory(bNodeType_t* node) {
     for (int i = 0; i <= kMaxItems && childOf(node, i) != nullptr; ++i)
       FreeMemory(childOf(node, i));
   }
-  // Also the buffers that risen items left behind in slots beyond the count.
+  // Slots beyond the count may hold buffers that risen items left.
   for (void*& data : node->data) release(&data);
   void* memory = node;
   release(&memory);

@@ -1,9 +1,9 @@
 // bplus.h: dsBPlusTree, the in-memory search tree of file names.
 //
 // Items are opaque bytes, ordered by the caller's comparison; the tree stores its own copies, made
-// by the caller's copy function. Despite its name it is a classic B-tree of order 6: items live in
-// inner nodes as well, and leaves are not linked. Nothing is ever deleted from it but all at once.
-// Not for several threads: the functions of a call are kept in the tree.
+// by the caller's copy function. It is a B-tree of order 6, whatever its name says: every node
+// holds items, and leaves are not linked. Items are never removed one by one. Not thread-safe: the
+// functions of a call are kept in the tree.
 #ifndef UTILITY_BPLUS_H
 #define UTILITY_BPLUS_H
 
@@ -13,7 +13,7 @@
 // The searched item compared with a stored one.
 enum compare_t { bEqualTo = 0, bGreaterThan = 1, bLessThan = 2 };
 
-// One item on its way.
+// One item while it is inserted.
 struct bData_t {
   std::uint32_t size;  // bytes
   void* data;
@@ -22,9 +22,11 @@ struct bData_t {
 inline constexpr int kMaxItems = 5;    // in a node
 inline constexpr int kSplitPoint = 2;  // the fewest in a node but the root
 
-// A node. Its five records stand in it as two rows, so that a leaf fills one line of the
-// processor's cache; most nodes are leaves, and looking something up is waiting for memory. An
-// inner node has its children behind it (bInnerNode_t).
+// A node. Sizes and items are two arrays, so that a leaf fills one line of the processor's cache:
+// most nodes are leaves, and a look-up mostly waits for memory. The children of an inner node
+// follow in bInnerNode_t.
+//
+//   count 1..5 (the root), 2..5 (all others); items are sorted; all leaves are at the same depth
 struct bNodeType_t {
   std::int16_t count;             // items in use
   std::int16_t leaf;              // 1: no children
@@ -33,7 +35,7 @@ struct bNodeType_t {
 };
 
 struct bInnerNode_t : bNodeType_t {
-  bNodeType_t* child[kMaxItems + 1];  // child[i] holds the items between item i-1 and item i
+  bNodeType_t* child[kMaxItems + 1];  // child[i]: what sorts after item i-1 and before item i
 };
 
 // Results of an insertion.
@@ -51,22 +53,22 @@ class dsBPlusTree {
   using CompareFn = compare_t (*)(void* searched, void* stored);
 
   dsBPlusTree();
-  // `freeFn` is kept for callers that ask for it; the tree releases storage by its own means.
+  // `freeFn` is only kept: the tree frees its storage itself.
   explicit dsBPlusTree(void (*freeFn)(void*));
   ~dsBPlusTree();
   dsBPlusTree(const dsBPlusTree&) = delete;
   dsBPlusTree& operator=(const dsBPlusTree&) = delete;
 
   // Stores a copy of `item`, `size` bytes. Returns kTreeStored, kTreeNoMemory, DUP_VAL, or what
-  // `copyFn` returned. After any failure but DUP_VAL a node may be left partly shifted: such a tree
-  // can only be destroyed. (The name lacks its n; callers know it that way.)
+  // `copyFn` returned. After any failure except DUP_VAL a node may be half shifted: the tree can
+  // then only be destroyed. (The missing n in the name is part of the interface.)
   [[nodiscard]] short IsertItem(void* item, int size, CopyFn copyFn, CompareFn compareFn);
 
-  // The stored copy that compares equal to `item`, or null. Owned by the tree.
+  // The tree's own copy of the item that equals `item`; null if it has none.
   void* SearchItem(void* item, CompareFn compareFn);
 
  private:
-  // What a step hands up to its parent with PUSH_UP.
+  // What a step passes up to its parent with PUSH_UP.
   struct Risen {
     bData_t item = {0, nullptr};
     bNodeType_t* right = nullptr;

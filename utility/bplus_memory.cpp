@@ -1,15 +1,14 @@
 // bplus_memory.cpp: the search tree's allocator: very many blocks of a few sizes.
 //
-// Blocks of one size stand side by side in pages and go back to their size's list of free ones, so
-// that a block costs its own bytes and little else, and taking one costs a few pointers. Pages are
-// aligned to their own size: a block's page, and with it the block's size, is found from its
-// address.
+// Blocks of one size share pages and return to a list of free blocks of that size, so that a block
+// takes its own bytes and little else, and allocating one moves a few pointers. Pages are aligned
+// to their own size: a block's address gives its page, and the page its size.
 //
 //   arena   1 MB of the tracked allocation, cut into pages; never given back
 //   page    16 KB: its header, then blocks of one size
 //
-// With the address sanitizer each block comes from the tracked allocation itself, so that the
-// sanitizer sees it. Not for several threads, as the tree.
+// Under the address sanitizer each block comes from the tracked allocation itself, so that the
+// sanitizer sees it. Not thread-safe, like the tree.
 #include <cstdint>
 #include <cstring>
 #include <iterator>
@@ -45,7 +44,7 @@ constexpr std::size_t kPageSize = std::size_t{16} << 10;
 constexpr std::size_t kArenaSize = std::size_t{1} << 20;
 constexpr std::size_t kArenaBlock = kArenaSize + kPageSize;  // room to align the pages
 constexpr std::size_t kStep = 2;                             // sizes are rounded up to it
-constexpr std::size_t kLargest = 1024;                       // what is larger has a page of its own
+constexpr std::size_t kLargest = 1024;                       // larger blocks have their own pages
 
 struct alignas(64) Page {  // so that blocks of 64 bytes are lines of the cache
   std::size_t blockSize;
@@ -55,17 +54,17 @@ struct alignas(64) Page {  // so that blocks of 64 bytes are lines of the cache
 // The blocks of one size.
 struct Size {
   char* freed;  // linked through the blocks' first bytes
-  char* next;   // never used yet, up to `end`
+  char* next;   // from here to `end`: never used yet
   char* end;
   std::size_t taken, returned;  // blocks, ever
 };
 
 Size sizes[kLargest / kStep + 1];
-char* pages = nullptr;  // of the newest arena, those that have no size yet
+char* pages = nullptr;  // of the newest arena: pages that have no size yet
 char* pagesEnd = nullptr;
 std::size_t arenas = 0;
 
-// The blocks in use in place of the arenas.
+// What the blocks in use take, less what their arenas take: see ut::pooledMemory.
 ut::MemoryUse usedBlocks() {
   ut::MemoryUse use = {0 - arenas, 0 - arenas * kArenaBlock, 0 - arenas};
   for (std::size_t i = 0; i < std::size(sizes); ++i) {

@@ -49,8 +49,8 @@ bool buildScript(const objCatInfo_s& catalog, const char* spoolPath, const nfDat
   const DateText from = plainDate(start);
   const DateText to = plainDate(end);
   TRACE(TR_ORCLEVEL2, " %s: fromDate = '%s', toDate = '%s'\n", kFunction, from.text, to.text);
-  // "spool off" stands behind the quit and without a line end; sqlplus never reads it. Sites that
-  // compare kept scripts know the text, it stays.
+  // "spool off" follows the quit, without a line end, so sqlplus never reads it. Kept on purpose,
+  // pinned by Catalog.HandsSqlplusThisScriptAndRemovesIt.
   return script->build(catalog.userName, "/", catalog.password, "@", catalog.connString, "\nspool ",
                        spoolPath, "\nset term off \n", "set heading on\n", "set pagesize 0\n",
                        "set linesize 80\n", "set recsep off\n", "set sqlterminator on\n",

@@ -165,7 +165,7 @@ class Deletion {
       return code(deleteRc);
     }
     // With a reason but no code, code 0 is reported and returned. Kept on purpose, pinned by
-    // Fault.ReturnsTheCodeOfWhatFailedFirst.
+    // Fault.OfEachCallInADeletion.
     ut::ignoreResult(utility::reportCode(orc_, ended.rc, Report::kLogAndTerminal), "shown");
     TRACE(TR_ORCLEVEL0, " %s: VLTENDTXN failed rc = %d\n\n", kFunction, ended.rc);
     return code(ended.rc);

@@ -51,7 +51,7 @@ class Listing {
   }
 
  private:
-  // A diagnostic aid under TR_ORCLEVEL2: the names of all objects in the range, never deleted.
+  // A diagnostic aid under TR_ORCLEVEL2: the names of all objects in the range. Never deleted.
   void openDiagnosticFile() {
     if (!TR_ORCLEVEL2) return;
     const std::string path = ut::tempName("ZYLO");
@@ -111,7 +111,7 @@ class Listing {
     return 0;
   }
 
-  // Only whole days count here; the server keeps the upper bound.
+  // Only whole days count here; the server applies the upper bound.
   bool beforeStart(const VltDate& date) const {
     const unsigned year = ut::yearOf(start_);
     if (date.year != year) return date.year < year;
@@ -155,12 +155,13 @@ class Listing {
     object->clientDeduplicated = found.clientDeduplicated;
   }
 
-  // Ends the query after its last answer. A code that is not known here ends it as well and is not
-  // reported: what was listed until then is shown, as callers expect.
+  // Ends the query after its last answer. Any other code ends it too, without a report: what was
+  // listed until then is shown. Kept on purpose, pinned by Fault.OfEachCallInAQuery.
   unsigned short finish(int16_t answer) {
     const bool noMatch = answer == VLT_RC_NO_MATCH;
     if (noMatch) {
-      // The text of code 0, not of the answer: that is what the log has always held here.
+      // The log gets the text of code 0, not of the answer. Kept on purpose, pinned by
+      // Fault.OfEachCallInAQuery.
       ut::ignoreResult(utility::reportCode(orc_, 0, utility::Report::kLogOnly), "logged");
       printNothingFound();
       TRACE(TR_ORCLEVEL2, " %s: Calling VLTENDQUERY(). vltHandle = %d\n", kFunction,

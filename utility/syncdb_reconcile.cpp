@@ -201,7 +201,9 @@ unsigned short loadCatalogs(const CatalogList& catalogs, const utility::Exchange
     unsigned short rc = utQueryCatalog(catalog, names.script.c_str(), spoolPath, start, end);
     if (rc != 0) {
       TRACE(TR_ORCLEVEL0, " %s: Exit - utQueryCatalog() failed. rc = %d\n\n", kFunction, rc);
-      return utility::kFailed;  // the query's own code is not passed on; callers know -1
+      // The query's own code is not passed on. Kept on purpose, pinned by
+      // Sync.EndsWithoutAListWhenOracleRefusesThePassword.
+      return utility::kFailed;
     }
     utility::CatalogAnswer answer;
     rc = utLoadBTree(spoolPath, &tree, &answer);

@@ -73,7 +73,7 @@ constexpr AllowedRow allowedTable[] = {
     {kDelete, kOptFile},          {kQuery, kOptFile},
 };
 
-// Which options each command accepts; built afresh on every parse.
+// Which options each command accepts. initializeParser fills it from allowedTable at every parse.
 int validOptions[kCommandCount][kOptionCount];
 
 // The flag of each command, by its identifier.
@@ -97,8 +97,8 @@ int findKeyword(const KeywordRow (&table)[N], const char* text) {
   return -1;
 }
 
-// A number of the digits 1 to 9. The digit 0 is refused anywhere in it, so that 10 and 20 are no
-// numbers here: sites' scripts rely on the refusal, it stays.
+// A number of the digits 1 to 9. The digit 0 is refused anywhere, so 10 and 20 are not numbers
+// here. Kept on purpose, pinned by CommandLine.GivesAResultForEveryLine.
 bool parseNumber(const char* value, std::int32_t* number) {
   if (std::strspn(value, "123456789") != std::strlen(value)) return false;
   const long long wide = std::strtoll(value, nullptr, 10);
@@ -108,7 +108,7 @@ bool parseNumber(const char* value, std::int32_t* number) {
 }
 
 unsigned short storeFileName(char (&field)[1025], const char* value) {
-  if (std::strlen(value) >= sizeof field) return kParseBadOption;  // never a part of a name
+  if (std::strlen(value) >= sizeof field) return kParseBadOption;  // never half a name
   ut::ignoreResult(ut::copyText(field, value), "it fits");
   return kParseOk;
 }
@@ -137,7 +137,7 @@ unsigned short storeOption(OptionId id, const char* value, vexoOptionsInfo_t* op
   return storeNumber(id, value, options);
 }
 
-unsigned short openCatalog() {
+unsigned short openMessageCatalog() {
   char directory[kOptionSize];
   unsigned short rc = psvexoGetVexoDir(directory, sizeof directory);
   if (rc == msg::kNoInstallPath.code()) {
@@ -160,8 +160,8 @@ unsigned short openCatalog() {
 }
 
 // Where options begin. PASSWORD may be followed by the old and the new password. They are first
-// tried as options, which upper-cases them and cuts them at a "="; callers know passwords given
-// this way, it stays.
+// tried as options, which upper-cases them and cuts them at a "=". Kept on purpose, pinned by
+// CommandLine.TakesPasswordsAsTheTrialAsOptionsLeavesThem.
 int firstOption(int argc, char** argv, bool password, vexoOptionsInfo_t* options) {
   if (!password || argc < 4) return 2;
   unsigned short row = 0;
@@ -202,7 +202,7 @@ unsigned short validateOptions(char* text, vexoOptionsInfo_t* options, unsigned 
 
 unsigned short vexoParseCmdLine(int argc, char** argv, vexoCommandsInfo_t* commands,
                                 vexoOptionsInfo_t* options) {
-  unsigned short rc = openCatalog();
+  unsigned short rc = openMessageCatalog();
   if (rc != 0) return rc;
   initializeParser();
   if (argc <= 1) {

@@ -1,14 +1,14 @@
 // utparser.h: the command line.
 //
-// The arguments become two records and a result code. Nothing is printed here but what goes wrong
-// before the message catalog is open; the entry code reports the result later, in the user's
-// language, with vexoPrintError.
+// The arguments become two records and a result code. The parser prints only what fails before the
+// message catalog is open; the entry code reports the result later, in the user's language, with
+// vexoPrintError.
 #ifndef UTILITY_UTPARSER_H
 #define UTILITY_UTPARSER_H
 
 #include <cstdint>
 
-// Which command was given: exactly one flag is 1. The help flag is 1 also when the command line is
+// Which command was given: exactly one flag is 1. The help flag is 1 as well if the command line is
 // invalid. The fields are in the order of the command identifiers.
 struct vexoCommandsInfo_t {
   std::uint32_t showEnvironment, showCliOptions, showSessOptions, showSessInfo, showVersions;
@@ -36,8 +36,8 @@ inline constexpr unsigned short kParseNoValue = 13;
 inline constexpr unsigned short kParseBadNumber = 14;
 
 // Opens the message catalog of the installation directory and parses the arguments, which are
-// upper-cased and split at "=" in place. Returns one of the results above, or the code of what kept
-// the catalog from being opened.
+// upper-cased and split at "=" in place. Returns one of the results above, or the code of a catalog
+// that cannot be opened.
 [[nodiscard]] unsigned short vexoParseCmdLine(int argc, char** argv, vexoCommandsInfo_t* commands,
                                               vexoOptionsInfo_t* options);
 

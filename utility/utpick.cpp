@@ -48,7 +48,7 @@ void mark(utZylObj_s* entry, int mode, ObjectTotal* picked) {
   }
 }
 
-// Marks from..to with one walk. Numbers past `count` are ignored; 0 stands for the first entry.
+// Marks from..to in one walk. Numbers past `count` are ignored; 0 means the first entry.
 void markRange(ObjectList* list, long long from, long long to, unsigned count, int mode,
                ObjectTotal* picked) {
   const long long last = std::min<long long>(to, count);
@@ -177,8 +177,8 @@ int formatEntry(const utZylObj_s& entry, char* out) {
   return entry.selected == 1 ? 1 : 0;
 }
 
-// What the screen's window shows of a text. The window counts bytes; of a character that it tears,
-// nothing is left.
+// What the screen's window shows of a text. The window counts bytes; a character that it would cut
+// in two is left out.
 class Fitted {
  public:
   Fitted(const char* text, int offset, int width) {
@@ -196,12 +196,12 @@ class Fitted {
   char* start_ = line_;
 };
 
-// A line cut to the screen, through message 2.
+// Prints a line cut to the screen.
 void printFitted(const std::string& text, int offset, int width) {
   nlprintf(msg::kLine, Fitted(text.c_str(), offset, width).text());
 }
 
-// The head of the page. True when the owner took a line of its own.
+// The head of the page. True if there is an owner, which takes a line.
 bool printHead(ObjectList* list, int cols, int hoffset) {
   const utZylObj_s* first = list->getFirst();
   printFitted(nlsprintf(msg::kListTitle), 0, cols);
@@ -216,7 +216,7 @@ bool printHead(ObjectList* list, int cols, int hoffset) {
   return withOwner;
 }
 
-// The list lines, and fillers down to the ruler. Returns how many.
+// The list lines, and fillers down to the ruler. Returns their number.
 int printEntries(ObjectList* list, unsigned top, int counter, int cols, int hoffset,
                  unsigned count) {
   int lines = 0;
@@ -244,8 +244,8 @@ void printRuler(int cols, int hoffset) {
       ruler += std::to_string(c);
       if (c >= 10) {
         ++c;
-        // From 100 on one column too many: the ruler shifts by one a hundred. Users read it that
-        // way, it stays.
+        // One column too many from 100 on: the ruler shifts by one column per hundred. Kept on
+        // purpose, pinned by PickList.ScrollsTextHeadingAndRulerTogether.
         if (c >= 100) c += 2;
       }
     }
@@ -303,7 +303,7 @@ class PickScreen {
                               count_, &picked_);
       char answer[kAnswerSize];
       if (ReadAnswer(answer, sizeof answer) == ut::ReadResult::kCut) {
-        // Half of an answer could mark what was not meant; the page is simply drawn again.
+        // Half an answer could mark what was not meant, so the page is just drawn again.
         TRACE(TR_ORCLEVEL0, " %s: answer too long, ignored\n", kFunction);
       } else {
         const int result = act(answer);
@@ -320,7 +320,7 @@ class PickScreen {
   static constexpr char kFunction[] = "pkPickHandler()";
   static constexpr int kGoOn = -1;
 
-  // Carries one answer out. Returns the result of the list, or kGoOn.
+  // Carries out one answer. Returns the result of the list, or kGoOn.
   int act(const char* answer) {
     char command[2] = {*answer, '\0'};
     ut::upperCase(command);
@@ -377,7 +377,7 @@ class PickScreen {
     hoffset_ = static_cast<int>(std::clamp<long long>(hoffset_ + columns, 0, kMaxOffset));
   }
 
-  // The number behind a command letter, or `absent`.
+  // The number after a command letter, or `absent`.
   static long long argument(const char* rest, long long absent) {
     static constexpr char kSeparators[] = " :,\t\n";
     const char* token = rest + std::strspn(rest, kSeparators);

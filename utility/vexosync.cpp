@@ -1,8 +1,10 @@
-// vexosync.cpp: main, the help, and the tear-down: the spine of the program.
+// vexosync.cpp: main, the help, and the tear-down.
 //
-// main creates the process-wide objects in a fixed order, and every way out goes through closeSess,
-// then deletes the trace object, so that closeSess can still be traced. The exit status is the code
-// of the first failure; the shell sees its low eight bits.
+// The order of the start: message object, command line, trace object, options file, message
+// catalog, trace, client library, command. An error in the command line waits until options and
+// catalog are there, so that it can be reported in the user's language. Every exit goes through
+// closeSess and then deletes the trace object, so that closeSess is still traced. The result is the
+// first failure's code, of which the shell sees the low eight bits.
 #include <sys/stat.h>
 
 #include <cstdio>
@@ -64,7 +66,7 @@ void closeSess(orcObj_t* orc) {
 
 namespace {
 
-// What main owns for the whole run.
+// What main owns during the run.
 struct Run {
   orcObj_t orc = {};
   vexoCommandsInfo_t commands = {};
@@ -88,8 +90,8 @@ bool createTrace() {
   return false;
 }
 
-// Options, message catalog and trace; then the command line's error, which waited for them so that
-// it can be reported in the user's language. An error of the options wins over it.
+// Options, message catalog and trace; then the command line's error. An error in the options takes
+// precedence over it.
 int prepare(Run* run) {
   const unsigned short optionsRc = vexoSetOptions(&run->orc);
   if (optionsRc != 0) {
@@ -129,7 +131,7 @@ int setUpApi(orcObj_t* orc) {
   return rc;
 }
 
-// What was shown must have arrived: a listing in a file on a full disk is no success.
+// Output that did not reach its file is a failure: a listing on a full disk is not complete.
 int checkOutput(int rc) {
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return rc;
   psNonNlsErrorMsg(nlsprintf(msg::kOutputNotWritten).c_str());
@@ -141,8 +143,8 @@ int dispatch(Run* run) {
   if (commands.syncdb != 0 || commands.deleteObj != 0 || commands.query != 0) {
     return vexoProcessCommand(&run->orc, run->options, commands);
   }
-  // PASSWORD and the SHOW commands are accepted and end here, with the help and success: scripts
-  // rely on the status.
+  // PASSWORD and the SHOW commands are accepted and end with the help and with success. Kept on
+  // purpose, pinned by Run.AnswersCommandsThatItDoesNotRunWithTheHelpAndSuccess.
   if (commands.help == 0) {
     nlprintf(msg::kBlankLine);
     nlprintf(msg::kUnknownCommand);
@@ -164,7 +166,8 @@ int main(int argc, char** argv) {
 
   if (newNlsGlobalObject() != 0) {
     psNonNlsErrorMsg("newNlsGlobalObject() failed.  No memory left.\n");
-    psMutexUnlock(&initMutex);  // never locked; kept, an unlock of a free mutex does nothing here
+    // It was never locked. Harmless, and no test can reach it: only a process without memory does.
+    psMutexUnlock(&initMutex);
     return msg::kCannotStart.code();
   }
   nlsSetPrefix("QRB");

@@ -10,14 +10,14 @@
 
 // One backup object as the storage server lists it. Zero-filled before it is filled.
 struct utZylObj_s {
-  char name[1282];              // filespace, high- and low-level name with nothing between them
-  char node[64];                // of the session
-  char owner[65];               // of the session; may be empty
-  VltWord64 objId;              // names this one copy, deletion goes by it
-  VltDate insDate;              // when it was stored
-  VltWord64 sizeEstimate;       // bytes
-  std::uint32_t selected;       // 1: picked for deletion
-  std::uint32_t compressed;     // 1: the server says so
+  char name[1282];           // filespace, high-level and low-level name, joined without separators
+  char node[64];             // of the session
+  char owner[65];            // of the session; may be empty
+  VltWord64 objId;           // identifies this one copy for deletion
+  VltDate insDate;           // when it was stored
+  VltWord64 sizeEstimate;    // bytes
+  std::uint32_t selected;    // 1: picked for deletion
+  std::uint32_t compressed;  // 1: the server says so
   std::uint8_t encryptionType;  // VLT_ENCRYPT_... bits
   std::uint32_t clientDeduplicated;
 };

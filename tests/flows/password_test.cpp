@@ -85,6 +85,20 @@ TEST_F(Password, LogsOnWithTheAgentsOwnFileThenWithTheOneTakenOverFromIt) {
   logsOn();
 }
 
+TEST_F(Password, IsChangedEvenIfTheAgentsFileCannotBeWritten) {
+  if (::getuid() != 0) GTEST_SKIP() << "needs root";
+  ownFile();
+  dir_.write("passwords/VEXO.ORANODE/in the way", "");
+  change({kOld, kNew});
+  changed(0);
+  EXPECT_TRUE(showed("QRB0160E"));
+  std::filesystem::remove_all(dir_.path("passwords/VEXO.ORANODE"));
+  change({kNew, kNew});
+  changed(0);
+  EXPECT_TRUE(showed("QRB0260I"));
+  logsOn();
+}
+
 // Oracle's passwords are kept as secret, and nothing is offered when Oracle knows everything.
 TEST_F(Password, OfACatalogLeavesNoTraceBelowLevelTwo) {
   option("VEXO_TRACE_FLAGS ALL PREFIX -ORCLEVEL2");

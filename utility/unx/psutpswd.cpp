@@ -99,7 +99,7 @@ void terminate(orcObj_t* orc) {
 
 // Reports the end. The server has the new password by now, so a file that could not be written is
 // reported without changing the result. Kept on purpose, pinned by
-// PasswordChange.SaysThatTheFileWasNotWritten.
+// Password.IsChangedEvenIfTheAgentsFileCannotBeWritten.
 void reportSuccess(bool stored) {
   if (!stored) {
     nlprintf(msg::kPasswordNotStored);
