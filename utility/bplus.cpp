@@ -208,8 +208,9 @@ void dsBPlusTree::FreeMemory(bNodeType_t* node) {
   if (node == nullptr) return;
   fetchAhead(node);
   if (node->leaf == 0) {
-    for (int i = 0; i <= kMaxItems && childOf(node, i) != nullptr; ++i)
+    for (int i = 0; i <= kMaxItems && childOf(node, i) != nullptr; ++i) {
       FreeMemory(childOf(node, i));
+    }
   }
   // Slots beyond the count may hold buffers that risen items left.
   for (void*& data : node->data) release(&data);

@@ -1,6 +1,7 @@
 // syncdb.cpp: the command flow, see syncdb.h.
 #include "utility/syncdb.h"
 
+#include <cstdint>
 #include <new>
 
 #include "agent/session2.h"
@@ -37,7 +38,7 @@ unsigned short vexoProcessCommand(orcObj_t* orc, vexoOptionsInfo_t& options,
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
   unsigned short rc = vexoSession(orc);
   if (rc != 0) {
-    nlprintf(msg::kLine, utility::apiText(orc, static_cast<int16_t>(rc)));
+    nlprintf(msg::kLine, utility::apiText(orc, static_cast<std::int16_t>(rc)));
     nlprintf(msg::kBlankLine);
     TRACE(TR_ORCLEVEL0, " %s: Exit vexoSession() failed rc = %d\n", kFunction, rc);
     return rc;

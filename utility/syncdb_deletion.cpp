@@ -42,7 +42,7 @@ class Deletion {
       TRACE(TR_ORCLEVEL1, " %s: Exit - didn't enter 'y' \n\n", kFunction);
       return 0;
     }
-    if (const int16_t rc = begin(Report::kLogAndTerminal); rc != 0) return code(rc);
+    if (const std::int16_t rc = begin(Report::kLogAndTerminal); rc != 0) return code(rc);
     ut::Progress progress([&picks](const char* count, const char* rate) {
       return nlsprintf(msg::kProgressDeleting, count, ut::formatNumber(picks.total.count).text,
                        rate);
@@ -57,7 +57,7 @@ class Deletion {
         const EndResult ended = breakTransaction();
         if (ended.failed) return code(ended.rc);
       }
-      if (const int16_t rc = deleteObject(*object); rc != 0) return abortAfter(rc);
+      if (const std::int16_t rc = deleteObject(*object); rc != 0) return abortAfter(rc);
       TRACE(TR_ORCLEVEL2, " %s: Deleted file '%s' from Zyl Server\n", kFunction, object->name);
       object = list_->remove(object);
       ++inTransaction_;
@@ -96,11 +96,11 @@ class Deletion {
   }
 
   struct EndResult {
-    int16_t rc;
+    std::int16_t rc;
     bool failed;  // even with code 0, if there was a reason
   };
 
-  static unsigned short code(int16_t rc) { return static_cast<unsigned short>(rc); }
+  static unsigned short code(std::int16_t rc) { return static_cast<unsigned short>(rc); }
 
   // A transaction takes one object less than the server allows. Kept on purpose, pinned by
   // Deletion.FillsTransactionsToOneLessThanTheLimit. Unsigned, so that a limit of 0 is never
@@ -109,9 +109,9 @@ class Deletion {
     return inTransaction_ >= static_cast<std::uint32_t>(orc_->maxObjPerTxn) - 1;
   }
 
-  int16_t begin(Report where) {
+  std::int16_t begin(Report where) {
     TRACE(TR_ORCLEVEL2, " %s: Calling VLTBEGINTXN(). vltHandle = %d\n", kFunction, orc_->vltHandle);
-    const int16_t rc = gVltApiObjP->dvltBeginTxn(VltApiStatusObjP, orc_->vltHandle);
+    const std::int16_t rc = gVltApiObjP->dvltBeginTxn(VltApiStatusObjP, orc_->vltHandle);
     inProgress_ = rc == 0;
     if (inProgress_) return 0;
     const std::string text = utility::reportCode(orc_, rc, where);
@@ -124,10 +124,10 @@ class Deletion {
     TRACE(TR_ORCLEVEL2, " %s: Calling VLTENDTXN(). vltHandle = %d\n", kFunction, orc_->vltHandle);
     std::uint16_t reason = 0;
     inProgress_ = false;
-    int16_t rc = gVltApiObjP->dvltEndTxn(VltApiStatusObjP, orc_->vltHandle, vote, &reason);
+    std::int16_t rc = gVltApiObjP->dvltEndTxn(VltApiStatusObjP, orc_->vltHandle, vote, &reason);
     if (rc == VLT_RC_CHECK_REASON) {
       // Without a reason the code itself is kept: an aborted deletion is no success.
-      if (reason != 0) rc = static_cast<int16_t>(reason);
+      if (reason != 0) rc = static_cast<std::int16_t>(reason);
       TRACE(TR_ORCLEVEL2, " %s: Reason = %d\n", kFunction, reason);
     }
     return {rc, rc != 0 || reason != 0};
@@ -142,11 +142,11 @@ class Deletion {
       return ended;
     }
     inTransaction_ = 0;
-    const int16_t rc = begin(Report::kLogOnly);
+    const std::int16_t rc = begin(Report::kLogOnly);
     return {rc, rc != 0};
   }
 
-  int16_t deleteObject(const utZylObj_s& object) {
+  std::int16_t deleteObject(const utZylObj_s& object) {
     const VltDelInfo info = {1, object.objId};
     TRACE(TR_ORCLEVEL2, " %s: Calling VLTDELETEOBJ(). vltHandle = %d\n", kFunction,
           orc_->vltHandle);
@@ -155,7 +155,7 @@ class Deletion {
   }
 
   // A delete failed: the transaction is taken back.
-  unsigned short abortAfter(int16_t deleteRc) {
+  unsigned short abortAfter(std::int16_t deleteRc) {
     const std::string text = utility::reportCode(orc_, deleteRc, Report::kLogAndTerminal);
     TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
     TRACE(TR_ORCLEVEL0, " %s: VLTDELETEOBJ() failed rc = %d\n", kFunction, deleteRc);

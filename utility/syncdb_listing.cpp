@@ -1,6 +1,7 @@
 // syncdb_listing.cpp: the storage objects of a date range become a list, see syncdb_listing.h.
 #include "utility/syncdb_listing.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -28,13 +29,14 @@ class Listing {
 
   unsigned short run() {
     openDiagnosticFile();
-    if (const int16_t rc = querySession(); rc != 0) return static_cast<unsigned short>(rc);
-    if (const int16_t rc = beginQuery(); rc != 0) return static_cast<unsigned short>(rc);
+    if (const std::int16_t rc = querySession(); rc != 0) return static_cast<unsigned short>(rc);
+    if (const std::int16_t rc = beginQuery(); rc != 0) return static_cast<unsigned short>(rc);
     ut::Progress progress([](const char* count, const char* rate) {
       return nlsprintf(msg::kProgressListing, count, rate);
     });
     for (;;) {
-      const int16_t rc = gVltApiObjP->dvltGetNextQObj(VltApiStatusObjP, orc_->vltHandle, &block_);
+      const std::int16_t rc =
+          gVltApiObjP->dvltGetNextQObj(VltApiStatusObjP, orc_->vltHandle, &block_);
       TRACE(TR_ORCLEVEL2, " %s: VLTGETNEXTQOBJ() returned vltRc = %d\n", kFunction, rc);
       if (rc == VLT_RC_MORE_DATA) {
         if (const unsigned short taken = takeObject(); taken != 0) return taken;
@@ -69,9 +71,10 @@ class Listing {
     TRACE(TR_ORCLEVEL2, " %s: Opened file '%s' for writing\n", kFunction, path.c_str());
   }
 
-  int16_t querySession() {
+  std::int16_t querySession() {
     session_.structVersion = 1;
-    const int16_t rc = gVltApiObjP->dvltQuerySessInfo(VltApiStatusObjP, orc_->vltHandle, &session_);
+    const std::int16_t rc =
+        gVltApiObjP->dvltQuerySessInfo(VltApiStatusObjP, orc_->vltHandle, &session_);
     if (rc == 0) {
       ut::terminate(session_.nodeName);
       ut::terminate(session_.owner);
@@ -84,7 +87,7 @@ class Listing {
     return rc;
   }
 
-  int16_t beginQuery() {
+  std::int16_t beginQuery() {
     VltObjName name = {};
     ut::ignoreResult(ut::copyText(name.fileSpace, orc_->VEXO_FS), "an option is shorter");
     ut::ignoreResult(ut::copyText(name.highLevel, "/*"), "fits");
@@ -97,7 +100,7 @@ class Listing {
     query.objState = VLT_STATE_ACTIVE;
     query.pitDate = {
         static_cast<std::uint16_t>(ut::yearOf(end_)), end_.month, end_.day, 23, 59, 59};
-    const int16_t rc =
+    const std::int16_t rc =
         gVltApiObjP->dvltBeginQuery(VltApiStatusObjP, orc_->vltHandle, VLT_QUERY_BACKUP, &query);
     if (rc != 0) {
       const std::string text = utility::reportCode(orc_, rc, utility::Report::kLogAndTerminal);
@@ -157,7 +160,7 @@ class Listing {
 
   // Ends the query after its last answer. Any other code ends it too, without a report: what was
   // listed until then is shown. Kept on purpose, pinned by Fault.OfEachCallInAQuery.
-  unsigned short finish(int16_t answer) {
+  unsigned short finish(std::int16_t answer) {
     const bool noMatch = answer == VLT_RC_NO_MATCH;
     if (noMatch) {
       // The log gets the text of code 0, not of the answer. Kept on purpose, pinned by

@@ -127,8 +127,9 @@ class Spool {
       inLine = length == 0 || piece[length - 1] != '\n';
       // A piece without a line end fills the buffer. A shorter one holds a NUL byte, or the file
       // ends in the middle of a line.
-      if (inLine && length + 1 < sizeof piece)
+      if (inLine && length + 1 < sizeof piece) {
         return unsound(nlsprintf(msg::kAnswerCutShort, path_));
+      }
       const unsigned short rc = takeLine({piece, inLine ? length : length - 1});
       if (rc != 0) return rc;
       progress.advance();

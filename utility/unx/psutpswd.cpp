@@ -4,6 +4,7 @@
 #include <dirent.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -76,7 +77,7 @@ int takePasswords(const vexoOptionsInfo_t& options, Passwords* passwords) {
   return 0;
 }
 
-int16_t logOn(orcObj_t* orc, const char* password) {
+std::int16_t logOn(orcObj_t* orc, const char* password) {
   if (!TEST_LEGACYPWD) agent::addPasswordOptions(orc);
   VltInitExIn in;
   agent::fillLogon(&in, *orc, password, TEST_LEGACYPWD ? nullptr : orc->apiOptions);
@@ -86,7 +87,7 @@ int16_t logOn(orcObj_t* orc, const char* password) {
 }
 
 // Shows and logs what the library says of a failure. Returns its code.
-short reportFailure(orcObj_t* orc, int16_t rc) {
+short reportFailure(orcObj_t* orc, std::int16_t rc) {
   nlprintf(msg::kLine, utility::reportCode(orc, rc, utility::Report::kLogOnly));
   return rc;
 }
@@ -120,13 +121,13 @@ short psvexoPassWord(orcObj_t* orc, vexoOptionsInfo_t& options) {
   if (const short refused = checkMethod(orc); refused != 0) return refused;
   Passwords passwords;
   if (const int rc = takePasswords(options, &passwords); rc != 0) return static_cast<short>(rc);
-  const int16_t logonRc = logOn(orc, passwords.old);
+  const std::int16_t logonRc = logOn(orc, passwords.old);
   const bool change = *passwords.fresh != '\0';
   // An expired password is what a change cures.
   const bool loggedOn = logonRc == 0 || (change && logonRc == VLT_RC_PASSWORD_EXPIRED);
   if (!loggedOn) return reportFailure(orc, logonRc);
   if (change) {
-    const int16_t rc =
+    const std::int16_t rc =
         gVltApiObjP->dvltChangePW(VltApiStatusObjP, orc->vltHandle, passwords.old, passwords.fresh);
     if (rc != 0) {
       ut::ignoreResult(reportFailure(orc, rc), "returned below");
@@ -178,8 +179,9 @@ int getPwInput(char* oldPw, char* newPw, char* confirmPw) {
   copy(oldPw, passwords.old);
   for (int mismatches = 0;;) {
     if (!askPassword(msg::kAskNewPassword, passwords.fresh) ||
-        !askPassword(msg::kAskNewPasswordAgain, passwords.confirmed))
+        !askPassword(msg::kAskNewPasswordAgain, passwords.confirmed)) {
       return -1;
+    }
     copy(newPw, passwords.fresh);
     copy(confirmPw, passwords.confirmed);
     if (std::strcmp(newPw, confirmPw) == 0) return 0;
