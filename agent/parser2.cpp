@@ -9,7 +9,9 @@
 #include "agent/psutil2.h"
 #include "agent/utility2.h"
 #include "common/nls/nls.h"
+#include "common/ut/ascii.h"
 #include "common/ut/psenv.h"
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 
 namespace {

@@ -16,7 +16,10 @@
 #include "agent/psutil2.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/path.h"
 #include "common/ut/psfile.h"
+#include "common/ut/result.h"
+#include "common/ut/secret.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 
@@ -58,9 +61,7 @@ void renameToSave(const char* path) {
 short openDirectory(const char* dir) {
   char name[agent::kPasswordPathSize];
   ut::ignoreResult(ut::copyText(name, dir), "directories are shorter");
-  for (std::size_t length = std::strlen(name); length > 1 && name[length - 1] == '/'; --length) {
-    name[length - 1] = '\0';
-  }
+  ut::dropTrailingSlashes(name);
   if (DIR* opened = ::opendir(name)) {
     ut::ignoreResult(::closedir(opened), "it was only looked at");
     return 0;
@@ -96,9 +97,8 @@ void psvexoGetFileName(char* dir, char* path, orcObj_t* orc) {
   } else if (psvexoGetVexoDir(dir, agent::kPasswordPathSize) != 0) {
     *dir = '\0';
   }
-  const std::size_t length = std::strlen(dir);
-  const char* slash = length > 0 && dir[length - 1] == '/' ? "" : "/";
-  std::snprintf(path, agent::kPasswordPathSize, "%s%sVEXO.%s", dir, slash, orc->VEXO_NODE);
+  std::snprintf(path, agent::kPasswordPathSize, "%s%sVEXO.%s", dir, ut::slashAfter(dir),
+                orc->VEXO_NODE);
 }
 
 void psvexoSetKey(unsigned int* key, orcObj_t* orc) {

@@ -8,6 +8,7 @@
 
 #include "api/clientdirs.h"
 #include "common/ut/installdirs.h"
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 
 namespace {

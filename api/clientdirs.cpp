@@ -5,6 +5,8 @@
 #include <cstring>
 
 #include "common/ut/installdirs.h"
+#include "common/ut/path.h"
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 
 namespace {
@@ -27,7 +29,7 @@ const char* environment(const char* name) {
 unsigned short directory(const char* variable, const char* installed, char* out, std::size_t size) {
   const char* value = environment(variable);
   if (value == nullptr) return put(out, size, installed, "");
-  return put(out, size, value, value[std::strlen(value) - 1] == '/' ? "" : "/");
+  return put(out, size, value, ut::slashAfter(value));
 }
 
 }  // namespace

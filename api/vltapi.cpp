@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 
 namespace {

@@ -9,7 +9,8 @@
 #include <utility>
 
 #include "common/ut/nfdate.h"
-#include "common/ut/strutil.h"
+#include "common/ut/result.h"
+#include "common/ut/utf8.h"
 
 namespace {
 

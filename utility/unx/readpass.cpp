@@ -12,7 +12,8 @@
 #include <cstring>
 
 #include "common/ut/psfile.h"
-#include "common/ut/strutil.h"
+#include "common/ut/result.h"
+#include "common/ut/secret.h"
 #include "utility/unx/psutpswd.h"
 #include "utility/unx/sigwatch.h"
 

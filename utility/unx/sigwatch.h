@@ -4,7 +4,7 @@
 
 #include <signal.h>
 
-#include "common/ut/strutil.h"
+#include "common/ut/result.h"
 #include "utility/unx/psutpswd.h"
 
 namespace utility {
