@@ -10,8 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "agent/optfile.h"
 #include "agent/orcctx.h"
-#include "agent/parser2.h"
 #include "agent/psutil2.h"
 #include "api/clientdirs.h"
 #include "common/nls/nls.h"
