@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -36,7 +37,7 @@ constexpr std::size_t kBlock = 8;
 
 // Appends what a chunk's digit promises of its deciphered block. Digits other than "1" to "8" are
 // taken as they are, within what the block and the password can hold.
-void appendChunk(int digit, const uint8_t* block, char* password, std::size_t* length) {
+void appendChunk(int digit, const std::uint8_t* block, char* password, std::size_t* length) {
   const int wanted = digit - '0';
   std::size_t count = wanted < 0 ? 0 : static_cast<std::size_t>(wanted);
   if (count > kBlock) count = kBlock;
@@ -78,7 +79,7 @@ bool writeChunks(std::FILE* file, const char* password, const unsigned int* key)
     count = std::min(rest, kBlock);
     if (count == 0) break;
     rest -= count;
-    uint8_t block[kBlock] = {};
+    std::uint8_t block[kBlock] = {};
     std::memcpy(block, password, count);
     gVltApiObjP->dvltEncryptEx(VltApiStatusObjP, key, block, block);
     good = std::fputc('0' + static_cast<int>(count), file) != EOF &&
@@ -116,7 +117,7 @@ short psvexoReadPswdFromFile(const char* path, char* password, unsigned int* key
   char header[kHeaderLength];
   ut::ignoreResult(std::fread(header, 1, sizeof header, file.get()), "not checked");
   std::size_t length = 0;
-  uint8_t block[kBlock];
+  std::uint8_t block[kBlock];
   for (int digit = std::getc(file.get()); digit != EOF; digit = std::getc(file.get())) {
     if (std::fread(block, 1, kBlock, file.get()) != kBlock) break;
     gVltApiObjP->dvltDecryptEx(VltApiStatusObjP, key, block, block);
