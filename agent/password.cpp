@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <string>
+#include <utility>
 
 #include "agent/errormsg.h"
 #include "agent/psutil2.h"

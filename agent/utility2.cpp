@@ -2,17 +2,16 @@
 #include "agent/utility2.h"
 
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <string>
 
 #include "agent/errormsg.h"
+#include "api/clientdirs.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
 #include "common/ut/path.h"
 #include "common/ut/printable.h"
-#include "common/ut/psenv.h"
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"

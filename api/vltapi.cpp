@@ -4,7 +4,6 @@
 #include <cassert>
 #include <cstdio>
 #include <cstring>
-#include <string>
 
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"

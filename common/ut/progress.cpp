@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include "common/ut/nfdate.h"

@@ -10,6 +10,7 @@
 #include <exception>
 #include <new>
 #include <random>
+#include <utility>
 
 #include "common/ut/path.h"
 #include "common/ut/result.h"
