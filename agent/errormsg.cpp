@@ -10,15 +10,17 @@
 #include <string>
 #include <string_view>
 
+#include "agent/optfile.h"
 #include "agent/orcctx.h"
-#include "agent/parser2.h"
 #include "agent/psutil2.h"
 #include "api/clientdirs.h"
 #include "common/nls/nls.h"
 #include "common/ut/nfdate.h"
+#include "common/ut/path.h"
 #include "common/ut/printable.h"
 #include "common/ut/progress.h"
 #include "common/ut/psfile.h"
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 
 namespace {
@@ -29,10 +31,8 @@ constexpr std::size_t kTimeSize = 80;
 void logIn(const char* directory, char* path) {
   *path = '\0';
   if (::access(directory, W_OK) == 0) {
-    const std::size_t length = std::strlen(directory);
-    const char* slash = length > 0 && directory[length - 1] == '/' ? "" : "/";
-    const int wanted =
-        std::snprintf(path, api::kPathSize, "%s%s%s", directory, slash, agent::kErrorLogName);
+    const int wanted = std::snprintf(path, api::kPathSize, "%s%s%s", directory,
+                                     ut::slashAfter(directory), agent::kErrorLogName);
     if (wanted < static_cast<int>(api::kPathSize)) return;
   }
   ut::ignoreResult(ut::copyText(path, api::kPathSize, agent::kErrorLogName), "made to fit");

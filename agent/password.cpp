@@ -7,16 +7,20 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <string>
+#include <utility>
 
 #include "agent/errormsg.h"
 #include "agent/psutil2.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/path.h"
 #include "common/ut/psfile.h"
+#include "common/ut/result.h"
+#include "common/ut/secret.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 
@@ -33,7 +37,7 @@ constexpr std::size_t kBlock = 8;
 
 // Appends what a chunk's digit promises of its deciphered block. Digits other than "1" to "8" are
 // taken as they are, within what the block and the password can hold.
-void appendChunk(int digit, const uint8_t* block, char* password, std::size_t* length) {
+void appendChunk(int digit, const std::uint8_t* block, char* password, std::size_t* length) {
   const int wanted = digit - '0';
   std::size_t count = wanted < 0 ? 0 : static_cast<std::size_t>(wanted);
   if (count > kBlock) count = kBlock;
@@ -58,9 +62,7 @@ void renameToSave(const char* path) {
 short openDirectory(const char* dir) {
   char name[agent::kPasswordPathSize];
   ut::ignoreResult(ut::copyText(name, dir), "directories are shorter");
-  for (std::size_t length = std::strlen(name); length > 1 && name[length - 1] == '/'; --length) {
-    name[length - 1] = '\0';
-  }
+  ut::dropTrailingSlashes(name);
   if (DIR* opened = ::opendir(name)) {
     ut::ignoreResult(::closedir(opened), "it was only looked at");
     return 0;
@@ -77,7 +79,7 @@ bool writeChunks(std::FILE* file, const char* password, const unsigned int* key)
     count = std::min(rest, kBlock);
     if (count == 0) break;
     rest -= count;
-    uint8_t block[kBlock] = {};
+    std::uint8_t block[kBlock] = {};
     std::memcpy(block, password, count);
     gVltApiObjP->dvltEncryptEx(VltApiStatusObjP, key, block, block);
     good = std::fputc('0' + static_cast<int>(count), file) != EOF &&
@@ -96,9 +98,8 @@ void psvexoGetFileName(char* dir, char* path, orcObj_t* orc) {
   } else if (psvexoGetVexoDir(dir, agent::kPasswordPathSize) != 0) {
     *dir = '\0';
   }
-  const std::size_t length = std::strlen(dir);
-  const char* slash = length > 0 && dir[length - 1] == '/' ? "" : "/";
-  std::snprintf(path, agent::kPasswordPathSize, "%s%sVEXO.%s", dir, slash, orc->VEXO_NODE);
+  std::snprintf(path, agent::kPasswordPathSize, "%s%sVEXO.%s", dir, ut::slashAfter(dir),
+                orc->VEXO_NODE);
 }
 
 void psvexoSetKey(unsigned int* key, orcObj_t* orc) {
@@ -116,7 +117,7 @@ short psvexoReadPswdFromFile(const char* path, char* password, unsigned int* key
   char header[kHeaderLength];
   ut::ignoreResult(std::fread(header, 1, sizeof header, file.get()), "not checked");
   std::size_t length = 0;
-  uint8_t block[kBlock];
+  std::uint8_t block[kBlock];
   for (int digit = std::getc(file.get()); digit != EOF; digit = std::getc(file.get())) {
     if (std::fread(block, 1, kBlock, file.get()) != kBlock) break;
     gVltApiObjP->dvltDecryptEx(VltApiStatusObjP, key, block, block);

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -15,6 +16,8 @@
 #include "agent/utility2.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/result.h"
+#include "common/ut/secret.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 
@@ -26,7 +29,7 @@ constexpr char kGenerate[] = " -PASSWORDACCESS=GENERATE";
 constexpr char kPasswordDir[] = " -PASSWORDDIR=";
 
 // Reports a code of the library in the context and in the error log. Returns the text.
-const char* reportFailure(orcObj_t* orc, int16_t rc) {
+const char* reportFailure(orcObj_t* orc, std::int16_t rc) {
   vexoGetApiMsg(orc->vltHandle, 1, rc, orc->lastErrorMsg);
   char text[VLT_MAX_RC_TEXT + 1] = "";
   ut::ignoreResult(gVltApiObjP->dvltRCMsg(VltApiStatusObjP, orc->vltHandle, rc, text),
@@ -37,7 +40,7 @@ const char* reportFailure(orcObj_t* orc, int16_t rc) {
 }
 
 // Sets the library up, with `config` in place of the context's client options when not null.
-int16_t setUpLibrary(orcObj_t* orc, [[maybe_unused]] const char* caller, const char* config) {
+std::int16_t setUpLibrary(orcObj_t* orc, [[maybe_unused]] const char* caller, const char* config) {
   VltEnvSetUp record = {};
   FillEnvSetUp(&record, orc);
   if (config != nullptr) {
@@ -49,7 +52,7 @@ int16_t setUpLibrary(orcObj_t* orc, [[maybe_unused]] const char* caller, const c
         " envSetUp.vltiLog             = '%s'\n envSetUp.logName             = '%s'\n",
         caller, record.structVersion, record.vltiDir, record.vltiConfig, record.vltiLog,
         record.logName);
-  const int16_t rc = gVltApiObjP->dvltSetUp(VltApiStatusObjP, VLT_MULTITHREAD, &record);
+  const std::int16_t rc = gVltApiObjP->dvltSetUp(VltApiStatusObjP, VLT_MULTITHREAD, &record);
   if (rc != 0) {
     ut::ignoreResult(reportFailure(orc, rc), "kept in the context");
     TRACE(TR_ORCLEVEL0, " %s: Exit - VLTSETUP() failed, rc = %d\n\n", caller, rc);
@@ -94,12 +97,12 @@ const char* nullIfEmpty(const char* text) { return *text == '\0' ? nullptr : tex
 
 // Calls the library's logon until it answers, at most kLogonTries times. The password is wiped
 // whatever comes of it.
-int16_t initSession(orcObj_t* orc, char* password, uint32_t* handle) {
+std::int16_t initSession(orcObj_t* orc, char* password, std::uint32_t* handle) {
   VltInitExIn in = {};
   agent::fillLogon(&in, *orc, password, orc->apiOptions);
   VltInitExOut out = {};
   out.structVersion = 1;
-  int16_t rc = 0;
+  std::int16_t rc = 0;
   int retry = 0;
   do {
     TRACE(TR_ORCLEVEL2,
@@ -111,13 +114,14 @@ int16_t initSession(orcObj_t* orc, char* password, uint32_t* handle) {
   return rc;
 }
 
-int16_t querySessionOptions(orcObj_t* orc) {
+std::int16_t querySessionOptions(orcObj_t* orc) {
   static constexpr char kFunction[] = "vexoSession()";
   VltOptions options = {};
   options.structVersion = 1;
   TRACE(TR_ORCLEVEL2, " %s: Calling VLTQUERYSESSOPTIONS(). vltHandle = %d\n", kFunction,
         orc->vltHandle);
-  const int16_t rc = gVltApiObjP->dvltQuerySessOptions(VltApiStatusObjP, orc->vltHandle, &options);
+  const std::int16_t rc =
+      gVltApiObjP->dvltQuerySessOptions(VltApiStatusObjP, orc->vltHandle, &options);
   if (rc != 0) {
     ut::ignoreResult(reportFailure(orc, rc), "kept in the context");
     TRACE(TR_ORCLEVEL0, " %s: VLTQUERYSESSOPTIONS() failed. vltHandle = %d, rc = %d\n", kFunction,
@@ -137,11 +141,11 @@ int16_t querySessionOptions(orcObj_t* orc) {
   return 0;
 }
 
-int16_t querySessionInfo(orcObj_t* orc) {
+std::int16_t querySessionInfo(orcObj_t* orc) {
   static constexpr char kFunction[] = "vexoSession()";
   VltSessInfo info = {};
   info.structVersion = 1;
-  const int16_t rc = gVltApiObjP->dvltQuerySessInfo(VltApiStatusObjP, orc->vltHandle, &info);
+  const std::int16_t rc = gVltApiObjP->dvltQuerySessInfo(VltApiStatusObjP, orc->vltHandle, &info);
   if (rc != 0) {
     ut::ignoreResult(reportFailure(orc, rc), "kept in the context");
     TRACE(TR_ORCLEVEL0, " Exit %s: VLTQUERYSESSINFO() failed, vltHandle = %d, rc = %d\n\n",
@@ -165,10 +169,10 @@ int16_t querySessionInfo(orcObj_t* orc) {
 }
 
 // The normal way: the library keeps the password, and takes over the one of the agent's own file.
-int16_t setUpGenerated(orcObj_t* orc) {
+std::int16_t setUpGenerated(orcObj_t* orc) {
   TRACE(TR_ORCLEVEL2, " %s: PASSWORDACCESS is always GENERATE\n", kSetUp);
   orc->bUsePwGenerate = 1;
-  if (const int16_t rc = setUpLibrary(orc, kSetUp, nullptr); rc != 0) return rc;
+  if (const std::int16_t rc = setUpLibrary(orc, kSetUp, nullptr); rc != 0) return rc;
   if (psvexoReadPswd(orc->legacyPassword, orc, 1) == 0) {
     TRACE(TR_ORCLEVEL2, " %s: Saving a password from the legacy file for later use\n", kSetUp);
   } else {
@@ -203,7 +207,7 @@ class TemporaryOptions {
 };
 
 // The first set-up of the legacy way, after which the client options can be asked for.
-int16_t setUpForOptions(orcObj_t* orc) {
+std::int16_t setUpForOptions(orcObj_t* orc) {
   TemporaryOptions temporary;
   if (!temporary.make()) {
     TRACE(TR_ORCLEVEL0, " %s: Exiting - mkstemp() for '%s' failed,\n with errno = %d\n\n", kSetUp,
@@ -227,10 +231,10 @@ void ignoreNodeAndOwner(orcObj_t* orc) {
 }
 
 // The legacy way: the client options say who keeps the password.
-int16_t setUpLegacy(orcObj_t* orc) {
+std::int16_t setUpLegacy(orcObj_t* orc) {
   TRACE(TR_ORCLEVEL2, " %s: PASSWORDACCESS legacy method\n", kSetUp);
   orc->bUsePwGenerate = 1;
-  int16_t rc = setUpForOptions(orc);
+  std::int16_t rc = setUpForOptions(orc);
   if (rc != 0) return rc;
   VltOptions options = {};
   options.structVersion = 1;
@@ -295,7 +299,7 @@ unsigned short psDoVltSetUp(orcObj_t* orc) {
   ut::MutexGuard guard(orcMutex);
   // A library that is too old never sees a record of ours.
   if (const unsigned short levelRc = vexoCheck_API_Level(); levelRc != 0) return levelRc;
-  const int16_t rc = TEST_LEGACYPWD ? setUpLegacy(orc) : setUpGenerated(orc);
+  const std::int16_t rc = TEST_LEGACYPWD ? setUpLegacy(orc) : setUpGenerated(orc);
   if (rc == 0) TRACE(TR_ORCLEVEL1, " %s: Exiting with rc = %d\n\n", kSetUp, rc);
   return static_cast<unsigned short>(rc);
 }
@@ -306,8 +310,8 @@ unsigned short vexoSession(orcObj_t* orc) {
   TRACE(TR_ORCLEVEL2, " %s: orcCtxP->bUsePwGenerate = %d\n", kFunction, orc->bUsePwGenerate);
   char password[kPasswordSize] = "";
   if (const unsigned short rc = preparePassword(orc, password); rc != 0) return rc;
-  uint32_t handle = 0;
-  int16_t rc = initSession(orc, password, &handle);
+  std::uint32_t handle = 0;
+  std::int16_t rc = initSession(orc, password, &handle);
   if (rc != 0) {
     orc->apiSetUp = 1;  // so that the end of the run cleans up
     [[maybe_unused]] const char* text = reportFailure(orc, rc);

@@ -2,16 +2,17 @@
 #include "agent/utility2.h"
 
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <string>
 
 #include "agent/errormsg.h"
+#include "api/clientdirs.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/path.h"
 #include "common/ut/printable.h"
-#include "common/ut/psenv.h"
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 
@@ -140,9 +141,7 @@ void vexoCheckFS(orcObj_t* orc) {
     ut::ignoreResult(ut::appendText(whole, name), "a line of the options file is shorter");
     ut::ignoreResult(ut::copyText(orc->VEXO_FS, whole), "of the same size");
   }
-  for (std::size_t length = std::strlen(name); length > 1 && name[length - 1] == '/'; --length) {
-    name[length - 1] = '\0';
-  }
+  ut::dropTrailingSlashes(name);
 }
 
 void vexoGetApiMsg(unsigned handle, unsigned char withIdentifier, short rc, char* out) {

@@ -3,8 +3,6 @@
 #ifndef AGENT_UTILITY2_H
 #define AGENT_UTILITY2_H
 
-#include <cstddef>
-
 #include "agent/orcctx.h"
 #include "common/ut/psmutex.h"
 

@@ -1,6 +1,7 @@
 // baseapi.cpp: name and timing of a client API, see baseapi.h.
 #include "api/baseapi.h"
 
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 

@@ -5,19 +5,11 @@
 #include <cstring>
 
 #include "common/ut/installdirs.h"
+#include "common/ut/path.h"
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 
 namespace {
-
-// `text` followed by `suffix`, whole or not at all.
-unsigned short put(char* out, std::size_t size, const char* text, const char* suffix) {
-  if (ut::copyText(out, size, text)) {
-    const std::size_t length = std::strlen(text);
-    if (ut::copyText(out + length, size - length, suffix)) return 0;
-  }
-  ut::ignoreResult(ut::copyText(out, size, ""), "half a path would name another file");
-  return api::kPathTooLong;
-}
 
 const char* environment(const char* name) {
   const char* value = std::getenv(name);
@@ -26,11 +18,20 @@ const char* environment(const char* name) {
 
 unsigned short directory(const char* variable, const char* installed, char* out, std::size_t size) {
   const char* value = environment(variable);
-  if (value == nullptr) return put(out, size, installed, "");
-  return put(out, size, value, value[std::strlen(value) - 1] == '/' ? "" : "/");
+  if (value == nullptr) return api::putWhole(out, size, installed);
+  return api::putWhole(out, size, value, ut::slashAfter(value));
 }
 
 }  // namespace
+
+unsigned short api::putWhole(char* out, std::size_t size, const char* text, const char* suffix) {
+  if (ut::copyText(out, size, text)) {
+    const std::size_t length = std::strlen(text);
+    if (ut::copyText(out + length, size - length, suffix)) return 0;
+  }
+  ut::ignoreResult(ut::copyText(out, size, ""), "half a path would name another file");
+  return kPathTooLong;
+}
 
 unsigned short psGetMARLAPIDir(char* out, std::size_t size) {
   return directory("VLTI_DIR", ut::kApiDir, out, size);
@@ -42,5 +43,6 @@ unsigned short psGetMARLAPILog(char* out, std::size_t size) {
 
 unsigned short psGetMARLAPIConfig(char* out, std::size_t size) {
   const char* value = environment("VLTI_CONFIG");
-  return value != nullptr ? put(out, size, value, "") : put(out, size, ut::kAgentDir, "/vlt.opt");
+  return value != nullptr ? api::putWhole(out, size, value)
+                          : api::putWhole(out, size, ut::kAgentDir, "/vlt.opt");
 }

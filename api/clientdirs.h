@@ -21,6 +21,11 @@ namespace api {
 inline constexpr unsigned short kPathTooLong = 1702;
 inline constexpr std::size_t kPathSize = 1280;
 
+// Copies `text` and `suffix` one after the other, whole or not at all. Returns 0, or 1702 with an
+// empty `out`.
+[[nodiscard]] unsigned short putWhole(char* out, std::size_t size, const char* text,
+                                      const char* suffix = "");
+
 }  // namespace api
 
 #endif  // API_CLIENTDIRS_H

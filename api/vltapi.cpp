@@ -4,8 +4,8 @@
 #include <cassert>
 #include <cstdio>
 #include <cstring>
-#include <string>
 
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 
@@ -23,13 +23,13 @@ int DVltApi::m_bvltSetUpDone = 0;
 char DVltApi::m_szOptionsOverride[1025] = "";
 VltApiSetupInfo_t* DVltApi::m_VltApiSetupInfoP = nullptr;
 
-int16_t FunctionNotLoaded() {
+std::int16_t FunctionNotLoaded() {
   TRACE(TR_API, "Function not loaded\n");
   assert(false && "Function not loaded");
   return 419;
 }
 
-int16_t MarlFunctionNotLoaded() {
+std::int16_t MarlFunctionNotLoaded() {
   TRACE(TR_API, "Marl function not loaded\n");
   assert(false && "Marl function not loaded");
   return 1;
@@ -86,7 +86,7 @@ class ApiCall {
     TRACE(TR_API, "Enter %s\n", method_);
     DBaseApi::StartApiCall(status_);
   }
-  int16_t finish(int16_t rc) {
+  std::int16_t finish(std::int16_t rc) {
     api_->EndApiCall(status_);
     TRACE(TR_API, "Exit %s, rc = %d\n", method_, rc);
     return rc;
@@ -105,7 +105,7 @@ class ApiCall {
 }  // namespace
 
 #define VLT_CODE(op, args, ...)                                                                \
-  int16_t DVltApi::dvlt##op(DBaseApiStatus* status, __VA_ARGS__) {                             \
+  std::int16_t DVltApi::dvlt##op(DBaseApiStatus* status, __VA_ARGS__) {                        \
     ApiCall call(this, status, "DVltApi::dvlt" #op "()");                                      \
     return call.finish(m_fnvlt##op##P == nullptr ? FunctionNotLoaded() : m_fnvlt##op##P args); \
   }
@@ -122,8 +122,8 @@ class ApiCall {
 #define VLT_OWN(op, args, ...)
 #include "api/vltentries.def"
 
-int16_t DVltApi::dvltInitEx(DBaseApiStatus* status, uint32_t* handle, VltInitExIn* in,
-                            VltInitExOut* out) {
+std::int16_t DVltApi::dvltInitEx(DBaseApiStatus* status, std::uint32_t* handle, VltInitExIn* in,
+                                 VltInitExOut* out) {
   static constexpr char kMethod[] = "DVltApi::dvltInitEx()";
   static constexpr VltAppVersion kAppVersion = {1, api::kVersion, api::kRelease, api::kLevel,
                                                 api::kSubLevel};
@@ -137,7 +137,7 @@ int16_t DVltApi::dvltInitEx(DBaseApiStatus* status, uint32_t* handle, VltInitExI
                                                : m_fnvltInitExP(handle, in, out));
 }
 
-int16_t DVltApi::dvltTerminate(DBaseApiStatus* status, uint32_t handle) {
+std::int16_t DVltApi::dvltTerminate(DBaseApiStatus* status, std::uint32_t handle) {
   if (handle == 0) {  // no session: the library is not asked
     TRACE(TR_API, "Enter %s\n", "DVltApi::dvltTerminate()");
     TRACE(TR_API, "Exit %s, rc = %d\n", "DVltApi::dvltTerminate()", 0);
@@ -209,7 +209,7 @@ int DVltApi::Init(DBaseApiStatus* status, RC_TYPE* rcType) {
         "   argv[0]    : %s\n",
         record.vltiDir, record.vltiLog, record.vltiConfig,
         record.argv == nullptr || record.argv[0] == nullptr ? "NULL" : record.argv[0]);
-  const int16_t rc = dvltSetUp(status, VLT_MULTITHREAD, &record);
+  const std::int16_t rc = dvltSetUp(status, VLT_MULTITHREAD, &record);
   if (rc != 0) {
     *rcType = kRcTypeSetUp;
   } else {
@@ -225,7 +225,7 @@ int DVltApi::Term(DBaseApiStatus* status) {
     TRACE(TR_API, "vltSetup not done, vltCleanUp will not be done\n");
     return 0;
   }
-  const int16_t rc = dvltCleanUp(status, VLT_MULTITHREAD);
+  const std::int16_t rc = dvltCleanUp(status, VLT_MULTITHREAD);
   m_bvltSetUpDone = 0;
   TRACE(TR_API, "Exit %s, rc = %d\n", "DVltApi::Term()", rc);
   return rc;
@@ -233,11 +233,11 @@ int DVltApi::Term(DBaseApiStatus* status) {
 
 // ---- Texts of return codes, version -------------------------------------------------------------
 
-int16_t DVltApi::AgtVltRCMsg(DBaseApiStatus* status, uint32_t handle, int16_t rc, char* buf,
-                             unsigned bufLen, unsigned* outLen) {
+std::int16_t DVltApi::AgtVltRCMsg(DBaseApiStatus* status, std::uint32_t handle, std::int16_t rc,
+                                  char* buf, unsigned bufLen, unsigned* outLen) {
   TRACE(TR_API, "Enter %s\n", "DVltApi::AgtVltRCMsg()");
   char text[VLT_MAX_RC_TEXT + 1] = "";
-  const int16_t msgRc = dvltRCMsg(status, handle, rc, text);
+  const std::int16_t msgRc = dvltRCMsg(status, handle, rc, text);
   if (msgRc != 0) *text = '\0';
   ut::ignoreResult(ut::copyText(buf, bufLen, text), "outLen tells");
   if (outLen != nullptr) *outLen = static_cast<unsigned>(std::strlen(text));
@@ -245,19 +245,19 @@ int16_t DVltApi::AgtVltRCMsg(DBaseApiStatus* status, uint32_t handle, int16_t rc
   return msgRc;
 }
 
-int16_t DVltApi::GetApiError(DBaseApiStatus* status, uint32_t handle, int16_t rc, char* buf,
-                             int bufLen, unsigned* outLen) {
+std::int16_t DVltApi::GetApiError(DBaseApiStatus* status, std::uint32_t handle, std::int16_t rc,
+                                  char* buf, int bufLen, unsigned* outLen) {
   return AgtVltRCMsg(status, handle, rc, buf, bufLen > 0 ? static_cast<unsigned>(bufLen) : 0,
                      outLen);
 }
 
-void DVltApi::LogApiError(DBaseApiStatus* status, uint32_t handle, int16_t rc,
+void DVltApi::LogApiError(DBaseApiStatus* status, std::uint32_t handle, std::int16_t rc,
                           const char* apiName) {
   char text[256];
   char larger[VLT_MAX_RC_TEXT + 1];
   const char* found = text;
   unsigned length = 0;
-  int16_t textRc = GetApiError(status, handle, rc, text, sizeof text, &length);
+  std::int16_t textRc = GetApiError(status, handle, rc, text, sizeof text, &length);
   if (length >= sizeof text) {
     TRACE(TR_API, "message was truncated, trying again\n");
     textRc = GetApiError(status, handle, rc, larger, sizeof larger, &length);
@@ -266,7 +266,7 @@ void DVltApi::LogApiError(DBaseApiStatus* status, uint32_t handle, int16_t rc,
   ut::ignoreResult(textRc, "without a text the code alone is logged");
   char line[sizeof larger + 128];
   std::snprintf(line, sizeof line, "error %d returned from %s: %s", rc, apiName, found);
-  constexpr uint8_t kError = 3;
+  constexpr std::uint8_t kError = 3;
   ut::ignoreResult(dvltLogMessage(status, handle, kError, line), "there is no other place to log");
 }
 

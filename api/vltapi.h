@@ -54,13 +54,14 @@ class DVltApi : public DBaseApi {
 
   // The text of a return code, at most bufLen - 1 bytes of it; `*outLen` (may be null) receives its
   // full length. Without a text `buf` is empty. Returns the code of dvltRCMsg.
-  int16_t AgtVltRCMsg(DBaseApiStatus* status, uint32_t handle, int16_t rc, char* buf,
-                      unsigned bufLen, unsigned* outLen);
+  std::int16_t AgtVltRCMsg(DBaseApiStatus* status, std::uint32_t handle, std::int16_t rc, char* buf,
+                           unsigned bufLen, unsigned* outLen);
   // The same for the server's activity log: LogApiError writes the code, the function's name and
   // the text there.
-  int16_t GetApiError(DBaseApiStatus* status, uint32_t handle, int16_t rc, char* buf, int bufLen,
-                      unsigned* outLen);
-  void LogApiError(DBaseApiStatus* status, uint32_t handle, int16_t rc, const char* apiName);
+  std::int16_t GetApiError(DBaseApiStatus* status, std::uint32_t handle, std::int16_t rc, char* buf,
+                           int bufLen, unsigned* outLen);
+  void LogApiError(DBaseApiStatus* status, std::uint32_t handle, std::int16_t rc,
+                   const char* apiName);
 
   // 0 when the library is new enough, else 107. `version` (may be null) receives what it is.
   int checkCompatibility(DBaseApiStatus* status, VltApiVersionEx* version);
@@ -72,7 +73,7 @@ class DVltApi : public DBaseApi {
   const char* getZylOptFile() const { return optFile_; }
   static void ClearPointers();
 
-#define VLT_CODE(op, args, ...) int16_t dvlt##op(DBaseApiStatus* status, __VA_ARGS__);
+#define VLT_CODE(op, args, ...) std::int16_t dvlt##op(DBaseApiStatus* status, __VA_ARGS__);
 #define VLT_VOID(op, args, ...) void dvlt##op(DBaseApiStatus* status, __VA_ARGS__);
 #include "api/vltentries.def"
 
@@ -97,8 +98,8 @@ class DVltApi : public DBaseApi {
 
 // What a wrapper method answers when its entry point is not loaded: 419. The methods without a
 // result call the second, which answers 1.
-int16_t FunctionNotLoaded();
-int16_t MarlFunctionNotLoaded();
+std::int16_t FunctionNotLoaded();
+std::int16_t MarlFunctionNotLoaded();
 
 // The one API wrapper and the one status object of the process. The first is set by the entry
 // code, null before that.
@@ -108,7 +109,7 @@ extern DVltApiStatus* VltApiStatusObjP;
 namespace api {
 
 // The version that this program was built for; structVersion is the caller's to set.
-inline constexpr uint16_t kVersion = 8, kRelease = 1, kLevel = 13, kSubLevel = 0;
+inline constexpr std::uint16_t kVersion = 8, kRelease = 1, kLevel = 13, kSubLevel = 0;
 inline constexpr char kApplicationType[] = "VEX Oracle SUN";
 inline constexpr int kTooOld = 107;
 

@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-#include "common/ut/strutil.h"
+#include "common/ut/result.h"
 #include "common/ut/trace.h"
 
 void* DVltApiDL::m_hMarlDll = nullptr;

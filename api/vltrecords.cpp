@@ -2,7 +2,9 @@
 #include "api/vltrecords.h"
 
 #include <cstring>
+#include <string_view>
 
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 
 namespace {

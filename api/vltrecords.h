@@ -5,25 +5,27 @@
 #ifndef API_VLTRECORDS_H
 #define API_VLTRECORDS_H
 
+#include <cstdint>
+
 #include "api/vltlib.h"
 
 struct VEXS_vltObjName {
   char fileSpace[VLT_MAX_FILESPACE + 1];
   char highLevel[VLT_MAX_HIGHLEVEL + 1];
   char lowLevel[VLT_MAX_LOWLEVEL + 1];
-  uint8_t objType;
+  std::uint8_t objType;
 };
 
 struct VEXS_qryRespBackupData {
-  uint8_t objState;
+  std::uint8_t objState;
   VEXS_vltObjName objName;
   char owner[VLT_MAX_OWNER + 1];
   VltWord64 objId;
   VltDate insDate;
   VltWord64 sizeEstimate;
-  uint8_t compressType;
-  uint8_t encryptionType;
-  uint8_t clientDeduplicated;
+  std::uint8_t compressType;
+  std::uint8_t encryptionType;
+  std::uint8_t clientDeduplicated;
 };
 
 namespace api {

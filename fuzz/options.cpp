@@ -1,5 +1,6 @@
 // options.cpp: the options file. A value that was read, written as an options file of its own,
 // reads the same, also when it is looked up alone.
+#include "agent/optfile.h"
 #include "agent/parser2.h"
 #include "fuzz/fuzz.h"
 

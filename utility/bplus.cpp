@@ -3,7 +3,7 @@
 
 #include <new>
 
-#include "common/ut/strutil.h"
+#include "common/ut/result.h"
 #include "common/ut/trace.h"
 
 namespace {

@@ -5,6 +5,8 @@
 #include <cstring>
 
 #include "common/nls/nls.h"
+#include "common/ut/result.h"
+#include "common/ut/secret.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 

@@ -4,6 +4,7 @@
 #include "agent/errormsg.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 
 std::string utility::apiText(orcObj_t* orc, std::int16_t rc) {

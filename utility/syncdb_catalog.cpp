@@ -10,6 +10,8 @@
 #include "common/nls/nls.h"
 #include "common/ut/psfile.h"
 #include "common/ut/pssignal.h"
+#include "common/ut/result.h"
+#include "common/ut/secret.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 #include "utility/exchange.h"

@@ -14,7 +14,7 @@
 #include "common/nls/nls.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/progress.h"
-#include "common/ut/strutil.h"
+#include "common/ut/result.h"
 #include "common/ut/trace.h"
 #include "utility/dialogue.h"
 #include "utility/report.h"

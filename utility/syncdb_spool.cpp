@@ -30,10 +30,11 @@
 
 #include "agent/errormsg.h"
 #include "common/nls/nls.h"
+#include "common/ut/ascii.h"
 #include "common/ut/progress.h"
 #include "common/ut/psfile.h"
-#include "common/ut/strutil.h"
 #include "common/ut/trace.h"
+#include "common/ut/utf8.h"
 #include "utility/exchange.h"
 #include "utility/report.h"
 #include "utility/syncdb_names.h"
@@ -50,8 +51,6 @@ constexpr std::uint64_t kCountedFrom = 6;  // rows from which on sqlplus counts 
 
 // Every line of a listing of a million goes through this: plain comparisons, no search in a set.
 bool isSeparator(char c) { return c == ' ' || c == ',' || c == '\n' || c == '\t'; }
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 // The first word of a text, which is taken off with the separators around it.
 std::string_view takeWord(std::string_view* text) {
@@ -80,7 +79,7 @@ bool isError(std::string_view word) {
   for (const std::string_view source : kSources) {
     if (!word.starts_with(source)) continue;
     std::size_t end = source.size();
-    while (end < word.size() && isDigit(word[end])) ++end;
+    while (end < word.size() && ut::isDigit(word[end])) ++end;
     return end > source.size() && end < word.size() && word[end] == ':';
   }
   return false;
@@ -102,7 +101,7 @@ std::optional<std::uint64_t> rowCount(std::string_view line) {
 // How wide a line is on the screen, if it is UTF-8.
 std::size_t columns(std::string_view line) {
   std::size_t count = 0;
-  for (const char c : line) count += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+  for (const char c : line) count += !ut::isContinuation(c);
   return count;
 }
 bool fillsLine(std::string_view line) {

@@ -11,6 +11,8 @@
 #include "agent/utility2.h"
 #include "common/nls/nls.h"
 #include "common/ut/abbrev.h"
+#include "common/ut/ascii.h"
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 
 namespace {

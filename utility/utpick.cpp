@@ -10,10 +10,13 @@
 
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/ascii.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/psterm.h"
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
+#include "common/ut/utf8.h"
 #include "utility/dialogue.h"
 
 namespace {
@@ -183,7 +186,7 @@ class Fitted {
  public:
   Fitted(const char* text, int offset, int width) {
     FitStringToScreenSize(line_, text, offset, std::min(width, kWidestLine - 1));
-    while (offset > 0 && (*start_ & 0xC0) == 0x80) ++start_;
+    while (offset > 0 && ut::isContinuation(*start_)) ++start_;
     start_[ut::withoutTornEnd(start_).size()] = '\0';
   }
   Fitted(const Fitted&) = delete;

@@ -5,17 +5,20 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <string_view>
 #include <vector>
 
+#include "common/ut/ascii.h"
 #include "common/ut/nfdate.h"
+#include "common/ut/path.h"
 #include "common/ut/progress.h"
 #include "common/ut/psterm.h"
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
+#include "common/ut/utf8.h"
 
 namespace {
 
@@ -192,9 +195,7 @@ Shown compose(int number, std::span<const nls::Insert> inserts) {
 }
 
 bool openIn(const char* directory, const char* name, int cacheSize, nlsReturnInfo* info) {
-  std::string path = directory;
-  if (path.empty() || path.back() != '/') path += '/';
-  path += name;
+  const std::string path = ut::pathIn(directory, name);
   if (!catalog->open(path.c_str(), static_cast<std::size_t>(cacheSize > 0 ? cacheSize : 1))) {
     return false;
   }
@@ -255,8 +256,7 @@ void psNlsGetReposName(const char* language, char* out, std::size_t size) {
   std::size_t used = 0;
   for (; *language != '\0' && used + 1 < sizeof name; ++language) {
     const char c = *language;
-    const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-    if (letter || (c >= '0' && c <= '9') || c == '_') name[used++] = c;
+    if (ut::isLetter(c) || ut::isDigit(c) || c == '_') name[used++] = c;
   }
   name[used] = '\0';
   ut::upperCase(name);
@@ -265,8 +265,7 @@ void psNlsGetReposName(const char* language, char* out, std::size_t size) {
     std::snprintf(out, size, "%s", row.catalog);
     return;
   }
-  for (char* p = name; *p != '\0'; ++p)
-    *p = *p >= 'A' && *p <= 'Z' ? static_cast<char>(*p + 32) : *p;
+  ut::lowerCase(name);
   std::snprintf(out, size, used == 0 ? nls::kDefaultCatalog : "vexo_%s.cat", name);
 }
 

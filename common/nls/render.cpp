@@ -3,6 +3,7 @@
 
 #include <charconv>
 
+#include "common/ut/ascii.h"
 #include "common/ut/printable.h"
 
 namespace nls {
@@ -19,8 +20,6 @@ struct Conversion {
   std::size_t precision = std::string_view::npos;
   char letter = 0;
 };
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 // Reads one conversion after its "%", bounded by the end of the text.
 class Scanner {
@@ -51,7 +50,7 @@ class Scanner {
  private:
   bool takePosition(Conversion* result) {
     std::size_t digits = 0;
-    while (digits < rest_.size() && isDigit(rest_[digits])) ++digits;
+    while (digits < rest_.size() && ut::isDigit(rest_[digits])) ++digits;
     if (digits == 0 || digits == rest_.size() || rest_[digits] != '$') return true;
     if (!takeNumber(&result->position) || result->position == 0) return false;
     rest_.remove_prefix(1);
@@ -67,9 +66,9 @@ class Scanner {
 
   // No digits leave the value as it is.
   bool takeNumber(std::size_t* value) {
-    if (rest_.empty() || !isDigit(rest_.front())) return true;
+    if (rest_.empty() || !ut::isDigit(rest_.front())) return true;
     *value = 0;
-    for (; !rest_.empty() && isDigit(rest_.front()); rest_.remove_prefix(1)) {
+    for (; !rest_.empty() && ut::isDigit(rest_.front()); rest_.remove_prefix(1)) {
       *value = *value * 10 + static_cast<std::size_t>(rest_.front() - '0');
       if (*value > kMaxWidth) return false;
     }
@@ -119,9 +118,7 @@ void putNumber(const Insert& insert, const Conversion& how, std::string& out) {
   }
   char digits[24] = "";
   const auto end = std::to_chars(digits, digits + sizeof digits, number, hex ? 16 : 10).ptr;
-  if (how.letter == 'X') {
-    for (char* p = digits; p != end; ++p) *p = *p >= 'a' ? static_cast<char>(*p - 32) : *p;
-  }
+  if (how.letter == 'X') ut::upperCase(digits);
   pad(sign, std::string_view(digits, static_cast<std::size_t>(end - digits)), how, out);
 }
 

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "common/ut/ascii.h"
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <ctime>
 
+#include "common/ut/ascii.h"
+
 namespace {
 
 constexpr unsigned kLastYear = 9999;
@@ -35,13 +37,11 @@ ut::RunFormats current = {1, 1, 1};
 
 int inRange(int number, int count) { return number >= 0 && number < count ? number : 1; }
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 // Reads 1 to `width` digits and moves on past them.
 bool readField(const char*& text, int width, unsigned* value, int* digits) {
   *value = 0;
   *digits = 0;
-  for (; *digits < width && isDigit(*text); ++text, ++*digits) {
+  for (; *digits < width && ut::isDigit(*text); ++text, ++*digits) {
     *value = *value * 10 + static_cast<unsigned>(*text - '0');
   }
   return *digits > 0;
@@ -61,7 +61,7 @@ unsigned short parseDaysAhead(const char* text, nfDate* date) {
   while (*text == ' ' || *text == '\t') ++text;
   constexpr long kMostDays = 366L * static_cast<long>(kLastYear);
   long ahead = 0;
-  for (; isDigit(*text) && ahead <= kMostDays; ++text) ahead = ahead * 10 + (*text - '0');
+  for (; ut::isDigit(*text) && ahead <= kMostDays; ++text) ahead = ahead * 10 + (*text - '0');
   if (ahead > kMostDays) return ut::kInvalidDate;
   const nfDate today = ut::localNow();
   const sys_days start =

@@ -6,10 +6,12 @@
 
 #include <cstdio>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include "common/ut/nfdate.h"
-#include "common/ut/strutil.h"
+#include "common/ut/result.h"
+#include "common/ut/utf8.h"
 
 namespace {
 

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 
 int psGetEnvVariable(const char* name, char* value, std::size_t size) {

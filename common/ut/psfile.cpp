@@ -10,8 +10,10 @@
 #include <exception>
 #include <new>
 #include <random>
+#include <utility>
 
-#include "common/ut/strutil.h"
+#include "common/ut/path.h"
+#include "common/ut/result.h"
 
 namespace {
 
@@ -77,9 +79,7 @@ bool ut::closeFile(FilePtr file) {
 
 std::string ut::tempName(std::string_view prefix) {
   try {
-    std::string start = tempDirectory();
-    if (start.back() != '/') start += '/';
-    start += prefix.substr(0, kPrefixLength);
+    const std::string start = pathIn(tempDirectory(), prefix.substr(0, kPrefixLength));
     for (int i = 0; i < kNameTries; ++i) {
       std::string path = start + randomText();
       if (isFree(path)) return path;

@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 #include "common/ut/psmutex.h"
-#include "common/ut/strutil.h"
+#include "common/ut/result.h"
 #include "common/ut/trace.h"
 
 namespace {

@@ -2,7 +2,7 @@
 // lock or unlock in ways that the caller could mend, so the codes are dropped here.
 #include "common/ut/psmutex.h"
 
-#include "common/ut/strutil.h"
+#include "common/ut/result.h"
 
 void psMutexInit(psMutex_t* mutex) {
   ut::ignoreResult(pthread_mutex_init(&mutex->mutex, nullptr), "default attributes need no memory");

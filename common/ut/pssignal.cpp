@@ -1,7 +1,7 @@
 // pssignal.cpp: signal handlers, see pssignal.h.
 #include "common/ut/pssignal.h"
 
-#include "common/ut/strutil.h"
+#include "common/ut/result.h"
 
 int install_sig_handler(int sig, void (*handler)(int)) {
   struct sigaction action = {};

@@ -8,7 +8,7 @@
 #include <cstdlib>
 
 #include "common/ut/progress.h"
-#include "common/ut/strutil.h"
+#include "common/ut/result.h"
 
 namespace {
 
@@ -37,36 +37,6 @@ void psClearScrn() {
   ut::eraseProgress();
   ut::ignoreResult(std::fflush(stdout), "a failed write is seen when the program ends");
   ut::ignoreResult(std::system("tput clear"), "a screen that is not cleared is still readable");
-}
-
-std::string ut::wrapped(std::string_view text, std::size_t width) {
-  std::string result(text);
-  std::size_t column = 0, sinceBlank = 0, blank = std::string::npos;
-  bool leading = true;
-  for (std::size_t i = 0; i < result.size(); ++i) {
-    const char c = result[i];
-    if (c == '\n') {
-      column = 0;
-      blank = std::string::npos;
-      leading = true;
-      continue;
-    }
-    if ((c & 0xC0) == 0x80) continue;  // goes on with a character
-    ++column;
-    ++sinceBlank;
-    if (c != ' ') {
-      leading = false;
-    } else if (!leading) {
-      blank = i;
-      sinceBlank = 0;
-    }
-    if (column > width && blank != std::string::npos) {
-      result[blank] = '\n';
-      column = sinceBlank;
-      blank = std::string::npos;
-    }
-  }
-  return result;
 }
 
 ut::ReadResult ut::readLine(std::FILE* input, char* buffer, std::size_t size) {

@@ -4,8 +4,6 @@
 
 #include <cstddef>
 #include <cstdio>
-#include <string>
-#include <string_view>
 
 // Usable rows and columns of the terminal on standard output: the window size less 1 each, or 23
 // by 79 when it cannot be asked. A file or a pipe gives 23 by 1024. Does nothing if either pointer
@@ -28,10 +26,6 @@ enum class ReadResult {
 // kept, and the rest of a longer line is dropped, so that it cannot pass for the next answer. A NUL
 // byte becomes ASCII's SUB, so that it cannot hide what follows it.
 ReadResult readLine(std::FILE* input, char* buffer, std::size_t size);
-
-// A text of UTF-8 with line ends in place of blanks, so that no line has more than `width` columns.
-// Only a word that is longer has; blanks that a line begins with stay.
-std::string wrapped(std::string_view text, std::size_t width);
 
 }  // namespace ut
 

@@ -17,6 +17,7 @@
 #include "common/ut/printable.h"
 #include "common/ut/progress.h"
 #include "common/ut/psmutex.h"
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 
 #define TRACE_CLASS(name) unsigned char TR_##name = 0;

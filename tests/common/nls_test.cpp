@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "common/ut/nfdate.h"
-#include "common/ut/psterm.h"
+#include "common/ut/utf8.h"
 #include "tests/support/captured.h"
 #include "tests/support/tempdir.h"
 

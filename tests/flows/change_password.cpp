@@ -12,6 +12,7 @@
 #include "api/vltapid.h"
 #include "common/nls/nls.h"
 #include "common/ut/psmem.h"
+#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 #include "utility/unx/psutpswd.h"

@@ -14,6 +14,8 @@
 #include "agent/session2.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/result.h"
+#include "common/ut/secret.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 #include "utility/report.h"

@@ -12,7 +12,7 @@
 #include <utility>
 
 #include "common/nls/nls.h"
-#include "common/ut/strutil.h"
+#include "common/ut/result.h"
 #include "utility/exchange.h"
 
 namespace {

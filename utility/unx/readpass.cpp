@@ -15,7 +15,8 @@
 
 #include "common/ut/psfile.h"
 #include "common/ut/pssignal.h"
-#include "common/ut/strutil.h"
+#include "common/ut/result.h"
+#include "common/ut/secret.h"
 
 namespace {
 
