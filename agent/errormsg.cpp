@@ -27,7 +27,7 @@ namespace {
 
 constexpr std::size_t kTimeSize = 80;
 
-// The log in `directory` when that can be written, else in the current directory.
+// The log in `directory` if that can be written, else in the current directory.
 void logIn(const char* directory, char* path) {
   *path = '\0';
   if (::access(directory, W_OK) == 0) {
@@ -55,6 +55,8 @@ void vexoGetCurTime(char* out) {
   std::snprintf(out, kTimeSize, "%s %s", ut::formatDate(now).text, ut::formatTime(now).text);
 }
 
+// Reads the options file itself: a line may have to be logged before there is a context, or by a
+// caller that has none.
 unsigned short getErrorLog(char* path) {
   char directory[kOptionSize] = "";
   const ut::FilePtr options = agent::openOptionFileQuietly(nullptr);
@@ -67,14 +69,15 @@ unsigned short getErrorLog(char* path) {
 
 void psWriteError(const char* path, const char* line) {
   if (*path == '\0') return;
-  // Appended by the system, not behind a seek: a writer that takes no lock loses nothing to us.
+  // O_APPEND, because after a seek we could still overwrite the line of a writer that takes no
+  // lock.
   const int descriptor = ::open(path, O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600);
   if (descriptor < 0) return;
   if (::lockf(descriptor, F_LOCK, 0) == 0) {
     writeAll(descriptor, line);
     // The lock covers the file from its beginning; the position has moved since.
-    ut::ignoreResult(::lseek(descriptor, 0, SEEK_SET), "closing unlocks in any case");
-    ut::ignoreResult(::lockf(descriptor, F_ULOCK, 0), "closing unlocks in any case");
+    ut::ignoreResult(::lseek(descriptor, 0, SEEK_SET), "closing unlocks as well");
+    ut::ignoreResult(::lockf(descriptor, F_ULOCK, 0), "closing unlocks as well");
   }
   ut::ignoreResult(::close(descriptor), "a lost line stops nothing");
 }
@@ -83,8 +86,7 @@ namespace {
 
 enum class LineKind { kPlain, kMessage, kEarly };
 
-// Appends a text as one line: what comes from elsewhere must not begin a second one that looks like
-// ours.
+// Appends a text as one line: foreign text must not start a second one that looks like ours.
 void appendLine(const char* path, LineKind kind, const char* text) {
   char time[kTimeSize];
   vexoGetCurTime(time);
@@ -99,7 +101,8 @@ void appendLine(const char* path, LineKind kind, const char* text) {
       std::snprintf(line.data(), line.size(), "%s TID<%d> ==> %s\n", time, psvexoGetID(),
                     message.c_str());
     } else {
-      // Two blanks on each side of the arrow; tools that read the log know both forms.
+      // Two blanks on each side of the arrow, where other lines have one. Kept on purpose, pinned
+      // by ErrorLog.LinesCarryTimeAndProcess.
       std::snprintf(line.data(), line.size(), "%s TID<%d>  ==>  %s\n", time, psvexoGetID(),
                     message.c_str());
     }

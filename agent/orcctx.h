@@ -15,7 +15,7 @@ inline constexpr std::size_t kPasswordSize = 65;
 struct orcObj_t {
   std::uint32_t vltHandle;      // storage session, 0 while none is open
   std::uint16_t maxObjPerTxn;   // of the session; 0: no limit
-  std::int16_t apiSetUp;        // 1: the library was set up and wants to be cleaned up
+  std::int16_t apiSetUp;        // 1: the library was set up and must be cleaned up
   std::int32_t bUsePwGenerate;  // 1: the library keeps the node's password
   std::int32_t clientType;      // handed to the message system
 

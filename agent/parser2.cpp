@@ -25,7 +25,7 @@ struct OptionRow {
   bool raw;  // the value is kept exactly as written
 };
 
-// The keyword table. The order is that of the context's texts.
+// The keywords, in the order of the context's texts.
 constexpr OptionRow optLookup[] = {
     {"VLTI_DIR", &orcObj_t::VLTI_DIR, false},
     {"VLTI_LOG", &orcObj_t::VLTI_LOG, false},

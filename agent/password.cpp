@@ -35,8 +35,8 @@ constexpr std::size_t kHeaderLength = sizeof kHeader - 1;
 static_assert(kHeaderLength == 39);
 constexpr std::size_t kBlock = 8;
 
-// Appends what a chunk's digit promises of its deciphered block. Digits other than "1" to "8" are
-// taken as they are, within what the block and the password can hold.
+// Appends the bytes of a deciphered block that count: its chunk's digit says how many. A byte other
+// than "1" to "8" is read as a number all the same, within what block and password can hold.
 void appendChunk(int digit, const std::uint8_t* block, char* password, std::size_t* length) {
   const int wanted = digit - '0';
   std::size_t count = wanted < 0 ? 0 : static_cast<std::size_t>(wanted);
@@ -58,7 +58,7 @@ void renameToSave(const char* path) {
   agent::showAndLog(nlsprintf(msg::kPasswordFileNotRenamed, path, reason));
 }
 
-// Makes sure that the directory is there. Returns 0, 2521 or 167.
+// Makes sure that the directory exists. Returns 0, 2521 or 167.
 short openDirectory(const char* dir) {
   char name[agent::kPasswordPathSize];
   ut::ignoreResult(ut::copyText(name, dir), "directories are shorter");
@@ -157,7 +157,8 @@ short psvexoReadPswd(char* password, orcObj_t* orc, int renameAfterRead) {
 short psvexoWritePswdToFile(const char* dir, const char* path, const char* password,
                             unsigned int* key) {
   if (const short rc = openDirectory(dir); rc != 0) return rc;
-  // Beside the file and then into its place: a full disk must not cost the old password.
+  // Written beside the old file and then renamed over it: a full disk must not cost the old
+  // password.
   char made[agent::kPasswordPathSize];
   if (std::snprintf(made, sizeof made, "%s.XXXXXX", path) >= static_cast<int>(sizeof made)) {
     return kNotWritten;
@@ -170,7 +171,7 @@ short psvexoWritePswdToFile(const char* dir, const char* path, const char* passw
                        writeChunks(file.get(), password, key) && ut::closeFile(std::move(file)) &&
                        std::rename(made, path) == 0;
   if (written) return 0;
-  ut::ignoreResult(std::remove(made), "the old file stands");
+  ut::ignoreResult(std::remove(made), "the old file is untouched");
   return kNotWritten;
 }
 

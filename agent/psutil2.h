@@ -1,6 +1,7 @@
-// psutil2.h: the agent's fixed locations, and who runs the program where.
+// psutil2.h: the agent's fixed locations, the host and the user.
 //
-// Each fills `out` (of `size` bytes) and returns 0, or 1702 when the text does not fit.
+// Each fills `out` (of `size` bytes) and returns 0, or 1702 if the text does not fit; `out` is then
+// empty.
 #ifndef AGENT_PSUTIL2_H
 #define AGENT_PSUTIL2_H
 
@@ -19,10 +20,10 @@
 // the agent's directory.
 [[nodiscard]] unsigned short psvexoGetVltiConfig(char* out, std::size_t size);
 
-// The host's name, at most 64 characters; empty if it cannot be had.
+// The host's name, cut after 64 characters; empty if the system does not tell.
 [[nodiscard]] unsigned short psvexoGetNodeName(char* out, std::size_t size);
 
-// The name of the user that runs the program; empty for root.
+// The login name of the process's real user; empty for root, and for a user without a name.
 [[nodiscard]] unsigned short psvexoGetOwnerName(char* out, std::size_t size);
 
 // The process's number.

@@ -39,7 +39,7 @@ const char* reportFailure(orcObj_t* orc, std::int16_t rc) {
   return orc->lastErrorMsg;
 }
 
-// Sets the library up, with `config` in place of the context's client options when not null.
+// Sets the library up. `config`, if not null, replaces the context's client options file.
 std::int16_t setUpLibrary(orcObj_t* orc, [[maybe_unused]] const char* caller, const char* config) {
   VltEnvSetUp record = {};
   FillEnvSetUp(&record, orc);
@@ -68,8 +68,8 @@ void appendOption(orcObj_t* orc, const char* option, const char* value) {
   ut::ignoreResult(ut::appendText(orc->apiOptions, value), "the options' sizes leave room");
 }
 
-// The password for the logon, and the options that go with it. `password` stays empty where the
-// library keeps it.
+// Chooses the password for the logon and the options for it. `password` is left empty if the
+// library keeps the password itself.
 unsigned short preparePassword(orcObj_t* orc, char* password) {
   static constexpr char kFunction[] = "vexoSession()";
   if (orc->bUsePwGenerate == 1 && !TEST_LEGACYPWD) {
@@ -95,8 +95,8 @@ unsigned short preparePassword(orcObj_t* orc, char* password) {
 
 const char* nullIfEmpty(const char* text) { return *text == '\0' ? nullptr : text; }
 
-// Calls the library's logon until it answers, at most kLogonTries times. The password is wiped
-// whatever comes of it.
+// Calls the library's logon until the server answers, at most kLogonTries times. The password is
+// wiped right after the last call, whatever its result: nothing that follows needs it.
 std::int16_t initSession(orcObj_t* orc, char* password, std::uint32_t* handle) {
   VltInitExIn in = {};
   agent::fillLogon(&in, *orc, password, orc->apiOptions);
@@ -168,7 +168,8 @@ std::int16_t querySessionInfo(orcObj_t* orc) {
   return 0;
 }
 
-// The normal way: the library keeps the password, and takes over the one of the agent's own file.
+// The normal way: the library keeps the password, and takes over the one in the agent's own file.
+// The file is read after the set-up, because the library makes the key that deciphers it.
 std::int16_t setUpGenerated(orcObj_t* orc) {
   TRACE(TR_ORCLEVEL2, " %s: PASSWORDACCESS is always GENERATE\n", kSetUp);
   orc->bUsePwGenerate = 1;
@@ -218,7 +219,7 @@ std::int16_t setUpForOptions(orcObj_t* orc) {
   return setUpLibrary(orc, kSetUp, *orc->VLTI_ORC_CONFIG == '\0' ? temporary.path() : nullptr);
 }
 
-// With a generated password the library decides on node, owner and directory.
+// The library keeps the password, so it also decides on the node, the owner and the directory.
 void ignoreNodeAndOwner(orcObj_t* orc) {
   const bool any =
       *orc->VEXO_NODE != '\0' || *orc->VEXO_OWNER != '\0' || *orc->VEXO_PSWDPATH != '\0';
@@ -230,7 +231,9 @@ void ignoreNodeAndOwner(orcObj_t* orc) {
   *orc->VEXO_NODE = *orc->VEXO_OWNER = *orc->VEXO_PSWDPATH = '\0';
 }
 
-// The legacy way: the client options say who keeps the password.
+// The legacy way: the client options say who keeps the password. A library can be asked for them
+// only once it is set up; if the answer is that the agent keeps the password, that set-up is undone
+// and made anew without the empty options file that may have served to ask.
 std::int16_t setUpLegacy(orcObj_t* orc) {
   TRACE(TR_ORCLEVEL2, " %s: PASSWORDACCESS legacy method\n", kSetUp);
   orc->bUsePwGenerate = 1;
@@ -313,7 +316,7 @@ unsigned short vexoSession(orcObj_t* orc) {
   std::uint32_t handle = 0;
   std::int16_t rc = initSession(orc, password, &handle);
   if (rc != 0) {
-    orc->apiSetUp = 1;  // so that the end of the run cleans up
+    orc->apiSetUp = 1;  // the library is still to be cleaned up
     [[maybe_unused]] const char* text = reportFailure(orc, rc);
     TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text);
     TRACE(TR_ORCLEVEL0, " %s: Exit - vltInit() failed, vltHandle = %d rc       : %d\n\n", kFunction,

@@ -1,16 +1,16 @@
 // session2.h: preparing the storage client library, and logging on to the storage server.
 //
-// Every failure of the library is reported the same way: its text becomes the context's last error
-// message and a line of the error log, and its code is returned.
+// Every failure of the library is reported in the same way: its text becomes the context's last
+// error message and a line of the error log, and its code is returned.
 #ifndef AGENT_SESSION2_H
 #define AGENT_SESSION2_H
 
 #include "agent/orcctx.h"
 #include "api/vltlib.h"
 
-// Prepares the library for this process: checks its version, sets it up, and settles how the node's
-// password is handled. Normally the library keeps it, and the password of the agent's own, earlier
-// file is taken over if there is one. Under the test flag TEST_LEGACYPWD the client options decide.
+// Prepares the library for this process: checks its version, sets it up, and settles who keeps the
+// node's password. Normally the library does, and takes over the one in the agent's own legacy file
+// if there is such a file. Under the test flag TEST_LEGACYPWD the client options decide.
 // Returns 0, 2507, 2531, or the library's code.
 [[nodiscard]] unsigned short psDoVltSetUp(orcObj_t* orc);
 
@@ -26,7 +26,8 @@ void FillEnvSetUp(VltEnvSetUp* envSetUp, orcObj_t* orc);
 
 namespace agent {
 
-// Appends to the context's API options what makes the library keep the password, once.
+// Adds the options that make the library keep the password to the context's API options, unless
+// they are there.
 void addPasswordOptions(orcObj_t* orc);
 
 // Fills the record of a logon; it refers to `orc`, `password` and `options` (may be null).

@@ -21,8 +21,8 @@ psMutex_t initMutex;
 
 namespace {
 
-// A format number from the options. The bounds are tested unsigned, so that a negative number is
-// too large; 0 is kept as it is.
+// A format number from the options; 1 if it is too large or, compared as unsigned, negative. A text
+// that is no number gives 0, which the tables of formats treat as 1.
 int formatNumber(const char* text, unsigned largest) {
   const long number = std::strtol(text, nullptr, 10);
   return static_cast<unsigned long>(number) > largest ? 1 : static_cast<int>(number);
@@ -45,7 +45,7 @@ unsigned short callNlinit(orcObj_t* orc) {
   const int number = formatNumber(orc->VEXO_NUM_FORMAT, 6);
   char repository[96];
   psNlsGetReposName(orc->VEXO_LANGUAGE, repository, sizeof repository);
-  nlterm();
+  nlterm();  // closes the English catalog, which served the command line
   nlsReturnInfo info = {};
   const unsigned short rc = nlinit(repository, agent::kMessageCache, directory, orc->clientType,
                                    date, time, number, &info, nls::kDefaultCatalog);
@@ -56,7 +56,7 @@ unsigned short callNlinit(orcObj_t* orc) {
                   "in the VEX for Oracle installation directory. rc = %d\n",
                   repository, rc);
     vexoErrorMsg(text, 0);
-    // The screen was cleared since the parser said the same: an administrator must see it here.
+    // The parser reported the same, but the screen was cleared since: say it where it can be seen.
     std::fprintf(stderr, "%sDirectory: %s, error log: %s\n", text, ut::printable(directory).c_str(),
                  ut::printable(log).c_str());
     destroyNlsGlobalObject();
@@ -68,6 +68,8 @@ unsigned short callNlinit(orcObj_t* orc) {
   return 0;
 }
 
+// Test flags work without a trace. Trace flags are switched last, once there is a trace to write
+// to: a class that is on costs time even if its lines are not kept.
 void vexoInitTrace(orcObj_t* orc) {
   if (trcClass == nullptr) return;
   if (*orc->VEXO_TEST_FLAGS != '\0') trcClass->trTestEnable(orc->VEXO_TEST_FLAGS);

@@ -1,5 +1,5 @@
-// utility2.h: what stands between the options and the first command: message system, trace,
-// version of the storage client library.
+// utility2.h: what happens between the options file and the first command: the message system, the
+// trace, the version check of the storage client library.
 #ifndef AGENT_UTILITY2_H
 #define AGENT_UTILITY2_H
 
@@ -22,10 +22,12 @@ void vexoInitTrace(orcObj_t* orc);
 // Writes versions and options to the trace, while the trace prefix is switched on.
 void vexoTraceHeaderInfo(orcObj_t* orc);
 
-// 0 when the storage client library is new enough; else messages 2572 and 2573, and 2507.
+// 0 if the storage client library is new enough; else shows and logs messages 2572 and 2573, and
+// returns 2507.
 [[nodiscard]] unsigned short vexoCheck_API_Level();
 
-// Puts the filespace name into shape: the default when empty, one leading "/", none at its end.
+// Normalises the filespace name: the default if it is empty, a "/" in front if there is none, and
+// none at the end.
 void vexoCheckFS(orcObj_t* orc);
 
 // The library's text for a return code; `out` has room for kMessageSize bytes. With
@@ -37,10 +39,8 @@ void psgetMsgFileName(const char* language, char* out);
 
 namespace agent {
 
-inline constexpr char kDefaultFileSpace[] =
-    "/"
-    "marlorc";
-inline constexpr int kMessageCache = 10;  // fetched messages kept at hand
+inline constexpr char kDefaultFileSpace[] = "/marlorc";
+inline constexpr int kMessageCache = 10;  // fetched messages kept in memory
 inline constexpr int kClientType = 10;    // of this program, for the message system
 
 }  // namespace agent

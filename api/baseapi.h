@@ -1,5 +1,5 @@
-// baseapi.h: what stands in front of any client API: its name, its calls' timing, the return code
-// holder.
+// baseapi.h: the base of a client API's wrapper: its name, the timing of its calls, and a holder
+// for the first failure's code.
 #ifndef API_BASEAPI_H
 #define API_BASEAPI_H
 
@@ -17,8 +17,8 @@ class DBaseApiStatus : public DIfcTimeUtil {
   int insideApiCall = 0;  // 1 while a call runs
 };
 
-// The base of an API wrapper. Not to be deleted through this type: no class of the tree has a
-// virtual destructor.
+// The base of an API wrapper. No class of the hierarchy has a virtual destructor: never delete a
+// wrapper through a pointer to its base.
 class DBaseApi {
  public:
   DBaseApi();
@@ -33,15 +33,15 @@ class DBaseApi {
 
   const char* GetApiName() const;
 
-  // Every call of the API stands between these two.
+  // Every call of the API is made between these two.
   static void StartApiCall(DBaseApiStatus* status);
   // Adds the call's milliseconds to the total.
   void EndApiCall(DBaseApiStatus* status);
   // Adds the call's seconds to the total. Not used by the wrappers.
   static void EndApiCall(DBaseApiStatus* status, const char* apiName);
 
-  // Traces the total. The wrappers add milliseconds, so the figure printed as seconds is a number
-  // of milliseconds; readers of traces reckon with that, it stays.
+  // Traces the total. The line says seconds, but the wrappers add milliseconds. Kept on purpose,
+  // pinned by Wrapper.TracesMillisecondsAsSeconds.
   void LogApiStatus(DBaseApiStatus* status);
 
  protected:

@@ -1,16 +1,16 @@
 // clientdirs.h: where the storage client's files are, from the environment or as installed.
 //
-// Each returns 0, or 1702 when the text does not fit into `size` bytes; `out` is then empty.
+// Each returns 0, or 1702 if the text does not fit into `size` bytes; `out` is then empty.
 #ifndef API_CLIENTDIRS_H
 #define API_CLIENTDIRS_H
 
 #include <cstddef>
 
-// The library's directory, with a "/" at its end when it comes from the environment: VLTI_DIR,
-// else the installed one.
+// The library's directory: VLTI_DIR with a "/" at its end, else the installed one without.
 [[nodiscard]] unsigned short psGetMARLAPIDir(char* out, std::size_t size);
 
-// The directory of the library's error log: VLTI_LOG with a "/" at its end, else the agent's.
+// The directory of the library's error log: VLTI_LOG with a "/" at its end, else the agent's
+// directory without.
 [[nodiscard]] unsigned short psGetMARLAPILog(char* out, std::size_t size);
 
 // The client options file: VLTI_CONFIG, else vlt.opt in the agent's directory.

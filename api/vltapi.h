@@ -6,7 +6,7 @@
 //
 // The library's functions are reached through class-wide pointers, which are null until DVltApiDL
 // (vltapid.h) has loaded the library. A null pointer is never called: the method traces that,
-// fails an assertion where those are built in, and returns 419.
+// fails an assertion if those are compiled in, and returns 419.
 #ifndef API_VLTAPI_H
 #define API_VLTAPI_H
 
@@ -40,7 +40,7 @@ bool isAuthFailure(int rc);
 class DVltApi : public DBaseApi {
  public:
   DVltApi(const char* node, const char* asNode, const char* optFile, DVltPwCallback callback);
-  // The fourth text is accepted for callers that have one; nothing is done with it.
+  // The fourth text is ignored.
   DVltApi(const char* node, const char* asNode, const char* optFile, const char* unused,
           DVltPwCallback callback);
 
@@ -56,14 +56,14 @@ class DVltApi : public DBaseApi {
   // full length. Without a text `buf` is empty. Returns the code of dvltRCMsg.
   std::int16_t AgtVltRCMsg(DBaseApiStatus* status, std::uint32_t handle, std::int16_t rc, char* buf,
                            unsigned bufLen, unsigned* outLen);
-  // The same for the server's activity log: LogApiError writes the code, the function's name and
-  // the text there.
+  // GetApiError is AgtVltRCMsg for callers whose length is signed. LogApiError writes the code, the
+  // function's name and the text to the server's activity log.
   std::int16_t GetApiError(DBaseApiStatus* status, std::uint32_t handle, std::int16_t rc, char* buf,
                            int bufLen, unsigned* outLen);
   void LogApiError(DBaseApiStatus* status, std::uint32_t handle, std::int16_t rc,
                    const char* apiName);
 
-  // 0 when the library is new enough, else 107. `version` (may be null) receives what it is.
+  // 0 if the library is new enough, else 107. `version` (may be null) receives its version.
   int checkCompatibility(DBaseApiStatus* status, VltApiVersionEx* version);
 
   // `info` is used by Init and must live until then.
@@ -93,11 +93,11 @@ class DVltApi : public DBaseApi {
   char optFile_[api::kPathSize];
   char node_[VLT_MAX_NODE + 1];
   char asNode_[VLT_MAX_OWNER + 1];
-  char logDir_[1286];  // when not empty, used in place of the environment's
+  char logDir_[1286];  // if not empty, used instead of the environment's
 };
 
-// What a wrapper method answers when its entry point is not loaded: 419. The methods without a
-// result call the second, which answers 1.
+// What a wrapper method returns if its entry point is not loaded: 419. The methods without a result
+// call the second one, which returns 1.
 std::int16_t FunctionNotLoaded();
 std::int16_t MarlFunctionNotLoaded();
 
@@ -108,13 +108,14 @@ extern DVltApiStatus* VltApiStatusObjP;
 
 namespace api {
 
-// The version that this program was built for; structVersion is the caller's to set.
+// The version that this program was built for.
 inline constexpr std::uint16_t kVersion = 8, kRelease = 1, kLevel = 13, kSubLevel = 0;
 inline constexpr char kApplicationType[] = "VEX Oracle SUN";
 inline constexpr int kTooOld = 107;
 
-// A version as one number. The level counts 100 although it can exceed 9, so that 8.2.0 ranks
-// below 8.1.13; sites rely on which libraries are accepted, the weighting stays.
+// A version as one number. A release weighs as much as ten levels, but there can be more than ten:
+// 8.2.0 ranks below 8.1.13 and is refused. Kept on purpose, pinned by
+// Wrapper.AcceptsLibrariesByTheirWeight.
 constexpr int versionWeight(int version, int release, int level) {
   return version * 10000 + release * 1000 + level * 100;
 }

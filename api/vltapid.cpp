@@ -34,7 +34,7 @@ enum EntryRow {
 bool resolveAll(void* library, void* (&addresses)[NUM_API_FUNCS]) {
   TRACE(TR_API, "NUM_API_FUNCS = %d\n", NUM_API_FUNCS);
   for (int j = 0; j < NUM_API_FUNCS; ++j) {
-    // Not the linker's default scope: a null handle must find nothing.
+    // dlsym would search the program itself for a null handle.
     addresses[j] = library == nullptr ? nullptr : ::dlsym(library, kEntryNames[j]);
     TRACE(TR_API, "dlsym(m_hMarlDll, %s) returned %p, j = %d\n", kEntryNames[j], addresses[j], j);
     if (addresses[j] == nullptr) return false;
@@ -72,8 +72,11 @@ int DVltApiDL::Setup() {
   } else {
     TRACE(TR_API, "ZYL API loaded successfully\n");
   }
-  // A library that was not opened is resolved all the same: its first name is missing, and
-  // Cleanup runs. Readers of traces know this order, it stays.
+  // A library that was not opened is resolved all the same: the first name is missing, and Cleanup
+  // runs, each with its trace lines. Kept on purpose, pinned by Loading.TracesEveryStepOfAFailure.
+  //
+  // The pointers are set only when all names were found, so that no half of a library is ever
+  // called.
   void* addresses[NUM_API_FUNCS];
   if (!resolveAll(m_hMarlDll, addresses)) {
     rc = kNotLoaded;

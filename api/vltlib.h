@@ -1,14 +1,14 @@
 /* vltlib.h: the public interface of the storage client library, libApiDS64.so.
  *
  * Plain C, self-contained: it includes nothing of this project, so that both sides of the interface
- * (our wrapper, and any library that stands behind it) can be built from it alone.
+ * (our wrapper, and any library that implements it) can be built from it alone.
  *
  * Every record that has a version begins with `structVersion`. The caller sets it before the call,
  * for records that it passes in and for records that the library fills; the library refuses a
  * version that it does not know with VLT_RC_BAD_STRUCT_VERSION and touches nothing else.
  *
  * All texts are NUL-terminated. Records are owned by the caller; the library keeps no pointer into
- * them after the call, but for VltDataBlk::buffer, which it fills during vltGetNextQObj only.
+ * them after the call, except VltDataBlk::buffer, which it fills during vltGetNextQObj only.
  * Functions return 0 (VLT_RC_OK) or one of the codes below, unless they say otherwise.
  */
 #ifndef API_VLTLIB_H
@@ -195,8 +195,8 @@ typedef struct {
 
 /* ---- Queries -------------------------------------------------------------------------------- */
 
-/* In the high- and the low-level name "*" stands for any text and "?" for any one character; the
- * filespace is compared as it stands. */
+/* In the high- and the low-level name "*" matches any text and "?" any one character; the filespace
+ * is compared literally. */
 typedef struct {
   uint16_t structVersion; /* 2 */
   const VltObjName* objName;
@@ -410,7 +410,7 @@ int16_t vltSendData(uint32_t handle, const VltDataBlk* block);
 int16_t vltSendObj(uint32_t handle, const VltObjName* objName, const VltObjAttr* attributes,
                    const VltDataBlk* block);
 
-/* Prepares the library for this process; once, before any other call but the version's. */
+/* Prepares the library for this process; once, before any other call except the version's. */
 int16_t vltSetUp(uint8_t multithread, const VltEnvSetUp* envSetUp);
 
 /* Ends a session; an open transaction is aborted. */

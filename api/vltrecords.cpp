@@ -1,4 +1,4 @@
-// vltrecords.cpp: copies between the library's object records and the system's own.
+// vltrecords.cpp: copies between the library's object records and ours, see vltrecords.h.
 #include "api/vltrecords.h"
 
 #include <cstring>

@@ -1,7 +1,7 @@
-// vltrecords.h: the system's own copies of the library's object records.
+// vltrecords.h: the library's object records as records of our own, and copies both ways.
 //
-// The agent keeps objects in records of its own, so that a new version of the library's records
-// touches this file only. Texts are copied as they stand.
+// For code that keeps an object beyond the call that returned it: a new version of the library's
+// records then changes this file alone. Texts are copied byte for byte, and always terminated.
 #ifndef API_VLTRECORDS_H
 #define API_VLTRECORDS_H
 
@@ -33,7 +33,7 @@ namespace api {
 void copyObjName(const VltObjName& from, VEXS_vltObjName* to);
 void copyObjName(const VEXS_vltObjName& from, VltObjName* to);
 void copyResponse(const VltQryRespBackup& from, VEXS_qryRespBackupData* to);
-// Leaves the library record's structVersion as it is.
+// Leaves the library record's structVersion alone.
 void copyResponse(const VEXS_qryRespBackupData& from, VltQryRespBackup* to);
 
 }  // namespace api

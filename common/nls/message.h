@@ -1,9 +1,9 @@
 // message.h: the type of a message's name, which makes the compiler check the inserts of each call.
 //
-// The build makes a constant for each message of the first catalog (catalog/vexo.msg) in the header
-// common/nls/messages.h: its name in the code, with its number and the kinds of its inserts. A call
-// with other inserts does not compile. Catalogs that are edited or translated afterwards are still
-// checked at run time, see render.h.
+// The build makes a constant for each message of the English catalog (catalog/vexo.msg) in the
+// header common/nls/messages.h: its name in the code, with its number and the kinds of its inserts.
+// A call with other inserts does not compile. A catalog that was edited or translated is checked
+// again at run time, see render.h.
 //
 //   nlprintf(msg::kAboutToDelete, count, size, oldest, newest, known);
 //   static constexpr nls::Message<> kPages[] = {msg::kHelpCommands, msg::kHelpOptions};
@@ -32,7 +32,7 @@ class Message {
 
   // The number in the catalog and in the message's identifier.
   constexpr int number() const { return number_; }
-  // The same as a return code: many failures end the program with the number of their message.
+  // The number as a return code: many failures end the program with the number of their message.
   constexpr unsigned short code() const { return static_cast<unsigned short>(number_); }
 
   template <typename... Values>

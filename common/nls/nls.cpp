@@ -28,7 +28,7 @@ constexpr std::size_t kPrefixLength = 3;
 constexpr std::size_t kIdentifierLength = kPrefixLength + 4;
 constexpr const char* kYesNo = "YN";  // for a catalog that lists no letters
 
-// The languages that have a catalog, by what their names begin with, in capital letters.
+// The languages that have a catalog, by the first letters of their names, in capitals.
 struct Language {
   const char* catalog;
   const char* prefixes[2];
@@ -82,6 +82,8 @@ class Catalog {
     cache_.clear();
   }
 
+  // The entry of a number. The cache is a ring: a new entry replaces the oldest, so the reference
+  // is good until the next call.
   const Entry& fetch(int number) {
     if (cache_.empty()) cache_.resize(1);
     for (const Entry& entry : cache_) {
@@ -102,7 +104,7 @@ class Catalog {
  private:
   const char* raw(int set, int number) const {
     if (descriptor_ == kNoCatalog) return nullptr;
-    static const char kNone[] = "";
+    static const char kNone[] = "";  // told by its address from an entry that is empty
     const char* text = ::catgets(descriptor_, set, number, kNone);
     return text == kNone ? nullptr : text;
   }
@@ -139,8 +141,8 @@ class Catalog {
 // The one message object. Written by newNlsGlobalObject and destroyNlsGlobalObject only.
 Catalog* catalog = nullptr;
 
-// The message in the code's own words: what is wrong with the entry, and all that the caller had
-// to say.
+// The text of a message whose entry cannot be used: what is wrong with the entry, then every
+// insert, so that nothing the caller had to say is lost.
 std::string substitute(int number, const char* wrong, std::span<const nls::Insert> inserts) {
   char start[64];
   std::snprintf(start, sizeof start, "QRB%04dE Message %s", number, wrong);
@@ -157,7 +159,7 @@ std::string substitute(int number, const char* wrong, std::span<const nls::Inser
   return result;
 }
 
-// The messages that everything else is shown through work without any catalog.
+// The messages that only carry other texts need no catalog.
 bool builtIn(int number, std::span<const nls::Insert> inserts, std::string* out) {
   static constexpr struct {
     int number;
@@ -172,7 +174,7 @@ bool builtIn(int number, std::span<const nls::Insert> inserts, std::string* out)
 
 struct Shown {
   std::string text;
-  bool ownLine;  // begins with an identifier, so it is a line of its own
+  bool ownLine;  // it begins with an identifier, so it is a line of its own
 };
 
 Shown compose(int number, std::span<const nls::Insert> inserts) {
@@ -205,7 +207,7 @@ bool openIn(const char* directory, const char* name, int cacheSize, nlsReturnInf
   return true;
 }
 
-// Sentences end their lines between words on a terminal. Files and pipes get them as they are.
+// On a terminal, lines break between words. Files and pipes get the text unchanged.
 std::string fittedToTerminal(const std::string& text) {
   if (::isatty(STDOUT_FILENO) == 0) return text;
   int rows = 0, cols = 0;

@@ -1,7 +1,7 @@
 // nls.h: the message system: numbered messages from a catalog, with inserts and responses.
 //
-// Messages live in a catalog file read through catopen/catgets. In set 1 each message stands under
-// its number:
+// Messages live in a catalog file that is read through catopen and catgets. Set 1 holds the
+// messages by number:
 //
 //   QRB 2522 S Not enough memory ...
 //   |   |    |  the text, with conversions for its inserts (see render.h)
@@ -10,13 +10,13 @@
 //   |   the number, four digits
 //   the prefix, three letters
 //
-// without the blanks between the four. Shown are the identifier, a blank and the text
-// ("QRB2522S Not enough memory ..."), but for Z the text alone. In set 2 a question stands under
-// its number with the letters of its answers; the first letter means yes.
+// without the blanks between the four. A message is shown as its identifier, a blank and the text
+// ("QRB2522S Not enough memory ..."), one with Z as the text alone. Set 2 holds the letters of the
+// answers to each question, under the question's number; the first letter means yes.
 //
-// A message that the catalog lacks, or one whose entry is damaged, is still shown: with a text that
-// is held in the code, the number, and the inserts. Whether a call fits the first catalog is
-// checked when it is compiled, see message.h.
+// A message that is missing from the catalog, or damaged there, is still shown: by a text in the
+// code, the number, and all inserts. The compiler checks each call against the English catalog, see
+// message.h.
 #ifndef COMMON_NLS_NLS_H
 #define COMMON_NLS_NLS_H
 
@@ -31,7 +31,7 @@
 // What nlinit opened.
 struct nlsReturnInfo {
   char catalogPath[1280];
-  int usedDefault;  // 1: the wanted catalog is missing, the default one was opened in its place
+  int usedDefault;  // 1: the wanted catalog could not be opened, the default one was
 };
 
 // Creates the one message object of the process. Returns 0, or 102 without memory.
@@ -41,22 +41,22 @@ void destroyNlsGlobalObject();
 // The three letters that message identifiers begin with.
 void nlsSetPrefix(const char* prefix);
 
-// Opens the catalog `repository` in `directory`, or `defaultCatalog` there when that one cannot be
-// opened, and sets the run's date, time and number formats (nfdate.h). `cacheSize` is how many
-// fetched messages are kept at hand; `clientType` tells the programs of the product apart.
-// Returns 0, or 610 when neither catalog can be opened. `info` may be null.
+// Sets the run's date, time and number formats (nfdate.h), then opens the catalog `repository` in
+// `directory`, or `defaultCatalog` there if that one cannot be opened. The formats are set even if
+// neither can. `cacheSize` is how many fetched messages are kept in memory; `clientType` tells the
+// product's programs apart. Returns 0, or 610 without a catalog. `info` may be null.
 [[nodiscard]] unsigned short nlinit(const char* repository, int cacheSize, const char* directory,
                                     int clientType, int dateFormat, int timeFormat,
                                     int numberFormat, nlsReturnInfo* info,
                                     const char* defaultCatalog);
 
-// Closes the catalog. Messages can still be printed, with the texts held in the code.
+// Closes the catalog. Messages can still be printed, by the texts in the code.
 void nlterm();
 
-// The catalog's file name for a language: that of a language that we have a catalog for, by the
-// first letters ("de_DE.UTF-8" and "GERMAN" give "vexo_de.cat"), "vexo.cat" when it is empty, else
-// "vexo_", the language in small letters, ".cat". Only letters, digits and "_" of a language are
-// used, so that it can name no path. `out` has room for `size` bytes.
+// The file name of a language's catalog. A language that has one is known by its first letters
+// ("de_DE.UTF-8" and "GERMAN" give "vexo_de.cat"); an empty language gives "vexo.cat"; any other
+// gives "vexo_", the language in small letters, and ".cat". Only its letters, digits and "_" are
+// used, so that it cannot name a path. `out` has room for `size` bytes.
 void psNlsGetReposName(const char* language, char* out, std::size_t size);
 
 namespace nls {
@@ -69,15 +69,16 @@ inline constexpr unsigned short kCatalogNotOpened = 610;
 // The message as it is shown, without a line end of its own. Empty only without memory.
 std::string format(int number, std::span<const Insert> inserts);
 
-// Prints the message to standard output; one with an identifier gets a line end.
+// Prints the message to standard output, and a line end if the message has an identifier.
 void print(int number, std::span<const Insert> inserts);
 
 // The bare text of an entry, without inserts; empty when the catalog has no such message.
 std::string plainText(Message<> message);
 
-// Asks message `question` until standard input gives one of its letters, in any case, and returns
-// that letter's place in the catalog's list, from 0. An answer that is none of them is met with
-// message `mismatch`, which gets the letters as its insert. -1 at end of input.
+// Asks `question` until standard input answers with one of the question's letters, and returns that
+// letter's index in the catalog's list. Only the first character after blanks counts, and its case
+// does not. Any other answer is met with `mismatch`, whose insert is the letters. Returns -1 at the
+// end of input.
 int ask(Message<> question, Message<'s'> mismatch);
 
 }  // namespace nls

@@ -9,7 +9,7 @@
 namespace nls {
 namespace {
 
-constexpr std::size_t kMaxWidth = 1024;  // a field wider than that is no text of ours
+constexpr std::size_t kMaxWidth = 1024;  // no message of ours has a wider field
 
 struct Conversion {
   std::size_t position = 0;  // of the insert, from 1; 0: the next one
@@ -21,7 +21,11 @@ struct Conversion {
   char letter = 0;
 };
 
-// Reads one conversion after its "%", bounded by the end of the text.
+// Reads one conversion after its "%", bounded by the end of the text:
+//
+//   [POSITION$] [FLAGS] [WIDTH] [.PRECISION] [LENGTH LETTERS] LETTER
+//
+// Digits are a position only if "$" follows; otherwise they are flags and a width.
 class Scanner {
  public:
   explicit Scanner(std::string_view text) : rest_(text) {}
@@ -64,7 +68,7 @@ class Scanner {
     return c == '-' || c == '0' || c == '#';
   }
 
-  // No digits leave the value as it is.
+  // Without digits the value is left alone.
   bool takeNumber(std::size_t* value) {
     if (rest_.empty() || !ut::isDigit(rest_.front())) return true;
     *value = 0;

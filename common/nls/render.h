@@ -10,7 +10,7 @@
 // does not use are allowed: a translation may leave one out.
 //
 // Inserts are foreign text: what a terminal would obey is shown as "?" (see printable.h). The
-// message's own text is taken as it stands, with its line ends.
+// message's own text is copied unchanged, line ends included.
 #ifndef COMMON_NLS_RENDER_H
 #define COMMON_NLS_RENDER_H
 

@@ -1,4 +1,4 @@
-// abbrev.h: the abbreviation test of keywords.
+// abbrev.h: whether a word abbreviates a keyword.
 #ifndef COMMON_UT_ABBREV_H
 #define COMMON_UT_ABBREV_H
 
@@ -14,8 +14,8 @@ bool isAbbreviation(std::basic_string_view<Char> input, std::basic_string_view<C
 
 }  // namespace ut
 
-// True when `input` is at least one character and at least `minimum` characters long and the
-// keyword begins with it. The comparison is exact: callers upper-case both sides first.
+// True if the keyword begins with `input`, and `input` is not empty and has `minimum` characters or
+// more. Case matters: pass both in capitals.
 inline bool Abbrev(const char* input, const char* keyword, std::size_t minimum) {
   return ut::isAbbreviation<char>(input, keyword, minimum);
 }

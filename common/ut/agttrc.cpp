@@ -51,8 +51,8 @@ auto findRow(const Rows& rows, std::string_view name) {
   return static_cast<decltype(&rows[0])>(nullptr);
 }
 
-// Calls act(word, on) for each word of a list; the word is upper-cased, "-" turns `on` round. A
-// word longer than any name is handed on cut: it names nothing either way.
+// Calls act(word, on) for each word of a list. The word is passed in capitals, and "-" reverses
+// `on`. A word longer than any name is passed on cut: it names nothing either way.
 template <typename Action>
 void forEachWord(const char* list, bool on, Action act) {
   static constexpr char kSeparators[] = " ,\t";
@@ -75,6 +75,9 @@ bool switchClass(std::string_view name, bool on) {
   return row != nullptr;
 }
 
+// An aggregate is expanded in its place in the list, so a later word overrides an earlier one:
+// "ALL -NLS". Switching an aggregate off reverses each of its own words as well, so "-SERVICE"
+// switches NLS on. Kept on purpose, pinned by Trace.WordsSwitchClassesAndAggregates.
 void switchWords(const char* list, bool on) {
   forEachWord(list, on, [](std::string_view word, bool wordOn) {
     switchClass(word, wordOn);

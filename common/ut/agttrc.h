@@ -1,12 +1,13 @@
-// agttrc.h: the agent's trace layer: the run's trace object, and the statement behind each line.
+// agttrc.h: the agent's trace layer: the run's trace object, and the statement that writes a line.
 //
-// It knows the agent's tables of classes, aggregates and test flags (trcclass.def).
+// trace.h below it knows files and prefixes; this layer knows the words that switch classes and
+// test flags (trcclass.def).
 #ifndef COMMON_UT_AGTTRC_H
 #define COMMON_UT_AGTTRC_H
 
 #include <cstdint>
 
-// Owns tracing for the run: created once, early, by the entry code; its destructor ends tracing.
+// Owns tracing for the run. The entry code creates it once, early; its destructor ends tracing.
 class VEXCTrace {
  public:
   VEXCTrace();
@@ -14,14 +15,14 @@ class VEXCTrace {
   VEXCTrace(const VEXCTrace&) = delete;
   VEXCTrace& operator=(const VEXCTrace&) = delete;
 
-  // Switches the process and thread numbers on and opens the trace target (see ut::openTrace).
-  // With `banner` not 0 the start banner follows. Returns 0, 419 when those classes do not exist,
-  // the result of creating the trace object when that failed, or the code of the opening.
+  // Switches the process and thread numbers on, opens the trace target (see ut::openTrace) and,
+  // unless `banner` is 0, writes the start banner. Returns 0; 419 if those two classes do not
+  // exist; the result of creating the trace object if that failed; or the code of the opening.
   [[nodiscard]] std::uint32_t trBegin(const char* fileName, int banner);
 
-  // Switches the classes that `flags` names: words separated by blanks, commas or tabs, in any
-  // case; a leading "-" turns a word round. A word that names a class and an aggregate does both.
-  // Returns the result of creating the trace object.
+  // Switches the classes that `flags` names on or off. Its words are case-insensitive and separated
+  // by blanks, commas or tabs; a leading "-" reverses a word. A word that is both a class and an
+  // aggregate switches both. Returns the result of creating the trace object.
   std::uint32_t trEnable(const char* flags, bool on);
 
   // Sets the test flags that `flags` names, by the same rules.
@@ -41,7 +42,7 @@ class VEXCTraceStatement {
   void initStatement(const char* file, int line);
 
   // Writes the line, with the source's name and line in front while TR_PREFIX is on. A line longer
-  // than ut::kMaxTraceLine is cut. errno stays as it was.
+  // than ut::kMaxTraceLine is cut. errno is preserved.
   void write(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
  private:

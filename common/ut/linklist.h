@@ -1,12 +1,11 @@
 // linklist.h: CLinkedList, the doubly linked list that owns copies of its records.
 //
-// The list allocates every element and frees it in remove, freeAll and the destructor; callers
-// never free one and keep no data pointer past those calls. It hands out pointers to an element's
-// data; the data stands first in its element, so a data pointer is the element's address as well.
+// Elements belong to the list alone. A data pointer that it hands out is valid until remove,
+// freeAll or the destructor takes that element out. The data is the first member of its element, so
+// a data pointer is the element's address as well: getNext and remove need no search.
 //
-// elementAt finds an element by its position at once. For that the list keeps a table of its
-// elements, made by the first call and dropped by every change of the list; without memory for the
-// table it walks.
+// elementAt does not walk the list either. Its first call makes a table of all elements, which
+// every change of the list drops; only without memory for the table does it walk.
 #ifndef COMMON_UT_LINKLIST_H
 #define COMMON_UT_LINKLIST_H
 
@@ -21,7 +20,10 @@ namespace ut {
 
 inline constexpr unsigned short kListNoMemory = 102;
 
-// Trace lines of the list carry its own source name, whoever includes this header.
+// The list's trace lines name "linklist" as their source, whichever file includes this header.
+//
+// "Insufficent" is misspelt in two of them. Kept on purpose, pinned by
+// LinkedList.TracesThatMemoryRanOut.
 #define LIST_TRACE(...) TRACE_AS(TR_LINKEDLIST, "linklist", __VA_ARGS__)
 
 }  // namespace ut
@@ -66,12 +68,11 @@ class CLinkedList {
 
   // Appends a copy of `data`. With `useCopyRoutine` 1 the copy routine, if one is set, makes it
   // from the caller's record. Returns 0, 102 without memory (the list is unchanged), or the copy
-  // routine's code (the element is in the list all the same).
+  // routine's code (the element is in the list even then).
   [[nodiscard]] unsigned short addTail(const T& data, int useCopyRoutine) {
     LIST_TRACE("Enter %s\n", "CLinkedList::addTail()");
     auto* element = static_cast<Element*>(::operator new(sizeof(Element), std::nothrow));
     if (element == nullptr) {
-      // The misspelt word is the trace's own; tools that read traces look for it.
       LIST_TRACE("Insufficent memory, NEW() failed.\n");
       return ut::kListNoMemory;
     }
@@ -122,7 +123,8 @@ class CLinkedList {
     return 0;
   }
 
-  // The data at a position counted from 1; 0 is taken as 1. Null past the end.
+  // The data at a position counted from 1; null past the end. 0 counts as 1. Kept on purpose,
+  // pinned by LinkedList.AgreesWithAVectorUnderRandomOperations.
   T* elementAt(std::size_t position) const {
     if (position == 0) position = 1;
     if (position > static_cast<std::size_t>(m_nCount)) return nullptr;
@@ -134,7 +136,8 @@ class CLinkedList {
 
   int count() const { return m_nCount; }
 
-  // Routines for records that own something themselves; null at first, which means plain copies.
+  // Routines for records that own memory of their own. Null, the default: records are copied as
+  // plain memory, and nothing but the element is freed.
   void setRoutines(DataFreeRoutine freeRoutine, DataCopyRoutine copyRoutine) {
     m_lpDataFreeRtn = freeRoutine;
     m_lpDataCopyRtn = copyRoutine;

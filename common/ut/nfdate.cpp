@@ -14,6 +14,8 @@ namespace {
 
 constexpr unsigned kLastYear = 9999;
 
+// The formats by their numbers. Number 0 repeats number 1: an option text that is no number reads
+// as 0.
 constexpr const char* kDateFormats[] = {"%m/%d/%Y", "%m/%d/%Y", "%d-%m-%Y",
                                         "%Y-%m-%d", "%d.%m.%Y", "%Y.%m.%d"};
 constexpr int kDateFormatCount = 6;
@@ -55,7 +57,8 @@ bool isCalendarDay(unsigned year, unsigned month, unsigned day) {
              .ok();
 }
 
-// "+N": today plus N days.
+// "+N": today plus N days. Reading stops at a count that leaves the calendar from any day, before
+// the sum can overflow.
 unsigned short parseDaysAhead(const char* text, nfDate* date) {
   using namespace std::chrono;
   while (*text == ' ' || *text == '\t') ++text;
@@ -73,7 +76,7 @@ unsigned short parseDaysAhead(const char* text, nfDate* date) {
   return 0;
 }
 
-// The digits of a number with a separator in front of every group of three but the first.
+// The digits of a number, with a separator between groups of three.
 void groupDigits(std::uint64_t number, char group, char* out, std::size_t size) {
   char digits[24];
   const int length =
@@ -93,6 +96,7 @@ int dateCmp(const nfDate& a, const nfDate& b) {
   return std::memcmp(&a, &b, sizeof(nfDate));
 }
 
+// Walks the answer and the format side by side.
 unsigned short dateParse(const char* text, nfDate* date, [[maybe_unused]] int flags) {
   if (*text == '+') return parseDaysAhead(text + 1, date);
   unsigned year = 0, month = 0, day = 0;

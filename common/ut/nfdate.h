@@ -1,21 +1,21 @@
 // nfdate.h: dates, and the run's formats of dates, times, numbers and sizes.
 //
-// The formats belong to the run as a whole: the message system sets them when it starts
-// (setRunFormats), everything that prints a date, the trace writer included, uses them. Formatting
-// never allocates, because the trace writer must not.
+// A run has one set of formats. The message system sets it when it starts (setRunFormats), and
+// everything that prints a date uses it, the trace writer included. Formatting never allocates,
+// because the trace writer must not.
 #ifndef COMMON_UT_NFDATE_H
 #define COMMON_UT_NFDATE_H
 
 #include <cstdint>
 
-// A date as the system stores it: seven bytes.
+// A date in seven bytes, laid out so that comparing the bytes compares the dates.
 //
 //   0..1  year, big-endian
 //   2     month, 1 to 12
 //   3     day, 1 to 31
 //   4..6  hour, minute, second
 //
-// All bytes 0 stand for minus infinity; year 65535 with the rest 0 for plus infinity.
+// All bytes 0 mean minus infinity; year 65535 with the rest 0 means plus infinity.
 struct nfDate {
   unsigned char year[2];
   unsigned char month, day, hour, minute, second;
@@ -25,19 +25,22 @@ struct nfDate {
 // compared field by field from the year down.
 [[nodiscard]] int dateCmp(const nfDate& a, const nfDate& b);
 
-// Reads a date answer into `date`, with the time 0:00:00. "+N" is today's local date plus N days
-// (no number: 0 days). Anything else must follow the run's date format to the letter: every field
-// a number no wider than in the format, a year of four digits, a day that exists in its month and
-// nothing left over. `flags` is reserved and 0. Returns 0, or ut::kInvalidDate with `date`
+// Reads a date answer into `date`, with the time 0:00:00. "+N" is today's local date plus N days;
+// no number means 0 days. Anything else must follow the run's date format to the letter: every
+// field a number no wider than in the format, a year of four digits, a day that exists in its month
+// and nothing left over. `flags` is reserved and 0. Returns 0, or ut::kInvalidDate with `date`
 // unchanged.
+//
+// What follows N is ignored: "+3x" is "+3". Kept on purpose, pinned by
+// Dates.CountDaysAheadUpToTheEndOfTheCalendar.
 [[nodiscard]] unsigned short dateParse(const char* text, nfDate* date, int flags);
 
 namespace ut {
 
 inline constexpr unsigned short kInvalidDate = 2525;
 
-// What the run prints and reads dates, times and numbers with. Numbers of formats as in the
-// options file; a number outside its range is taken as 1.
+// The run's formats of dates, times and numbers, by their numbers in the options file. A number out
+// of range counts as 1.
 struct RunFormats {
   int date;    // 0 to 5
   int time;    // 0 to 4
@@ -47,7 +50,7 @@ struct RunFormats {
 void setRunFormats(const RunFormats& formats);
 const RunFormats& runFormats();
 
-// The run's date format in strftime's notation; three conversions out of %Y, %m and %d.
+// The run's date format in strftime's notation: %Y, %m and %d, once each.
 const char* date_fmt_str();
 
 // A formatted date, time, number or size. The longest is a number of 20 digits with separators.

@@ -12,8 +12,8 @@ struct Range {
 
 // Well-formed characters that must not reach a terminal.
 constexpr Range kRefused[] = {
-    {0x0000, 0x001F}, {0x007F, 0x009F},  // control characters, those of eight bits too
-    {0x061C, 0x061C}, {0x200B, 0x200F},  // marks of direction, characters without a width
+    {0x0000, 0x001F}, {0x007F, 0x009F},  // control characters, the 8-bit ones included
+    {0x061C, 0x061C}, {0x200B, 0x200F},  // direction marks, characters of no width
     {0x2028, 0x202E}, {0x2060, 0x206F},  // line ends, embedding, override and isolation
     {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB},  // byte order mark, annotations
 };
@@ -44,7 +44,7 @@ const Lead* leadOf(unsigned char byte) {
   return nullptr;
 }
 
-// The next character of a text, or how many bytes of it are none.
+// The length of a text's next character, or of the invalid bytes that it begins with.
 struct Decoded {
   std::size_t length;
   bool shown;

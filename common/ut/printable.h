@@ -11,7 +11,7 @@
 
 namespace ut {
 
-// Appends `text` to `out` with one "?" in place of each control character (line ends and tabs
+// Appends `text` to `out` with one "?" instead of each control character (line ends and tabs
 // included), each invalid sequence of UTF-8, and each character that reorders or hides its
 // neighbours. Throws std::bad_alloc.
 void appendPrintable(std::string_view text, std::string& out);

@@ -1,4 +1,4 @@
-// progress.cpp: the line that says how far a long stage is, see progress.h.
+// progress.cpp: the line that shows how far a long stage has got, see progress.h.
 #include "common/ut/progress.h"
 
 #include <sys/ioctl.h>
@@ -20,11 +20,11 @@ using namespace std::chrono_literals;
 constexpr auto kPatience = 1s;
 constexpr auto kInterval = 100ms;
 
-// What an ANSI terminal obeys.
+// Control sequences of an ANSI terminal.
 constexpr char kUp[] = "\x1b[A";
-constexpr char kClearToEnd[] = "\x1b[J";  // from the cursor on
+constexpr char kClearToEnd[] = "\x1b[J";  // from the cursor
 
-std::size_t shownLength = 0;  // of the line that stands on the terminal; 0: none
+std::size_t shownLength = 0;  // of the line on the terminal; 0: none
 ut::Progress::Place shownPlace = ut::Progress::Place::kHere;
 
 void toTerminal(const std::string& text) {
@@ -67,7 +67,7 @@ void ut::Progress::draw(Clock::time_point now) {
   const std::string whole = describe_(formatNumber(count_).text, formatNumber(rate).text);
   const std::string_view text = withoutTornEnd(std::string_view(whole).substr(0, terminalWidth()));
   const std::size_t rest = shownLength > text.size() ? shownLength - text.size() : 0;
-  std::fflush(stdout);  // what was printed before stands above the line
+  std::fflush(stdout);  // what was printed before must come above the line
   if (place_ == Place::kHere) {
     toTerminal("\r" + std::string(text) + std::string(rest, ' ') + "\r");
   } else {

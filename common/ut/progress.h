@@ -1,14 +1,14 @@
-// progress.h: one line on the terminal that says how far a long stage is.
+// progress.h: one line on the terminal that shows how far a long stage has got.
 //
-// It stands on standard error, only if that is a terminal, from a second after the stage's begin
-// on, and is rewritten in place ten times a second at most. Whatever writes to the terminal calls
-// eraseProgress first. Standard output is never touched.
+// The line is written to standard error, only if that is a terminal. It appears when the stage has
+// lasted a second and is redrawn in place at most ten times a second. Whatever else writes to the
+// terminal calls eraseProgress first. Standard output is never touched.
 //
-// While another program has the terminal (sqlplus), which does not know of the line, it stands one
-// line further down, and the cursor waits where that program left it.
+// While another program has the terminal (sqlplus), which does not know about the line, it is drawn
+// one line further down and the cursor is put back where that program left it.
 //
-// One at a time. Not for several threads at once: a thread that reports for another one, which
-// waits for it, is the only one that may.
+// One object at a time. Not thread-safe: a second thread may report only while the first does
+// nothing but wait for it.
 #ifndef COMMON_UT_PROGRESS_H
 #define COMMON_UT_PROGRESS_H
 
@@ -21,7 +21,7 @@ namespace ut {
 
 class Progress {
  public:
-  // The line's text for what was done until now, and how much of it in a second.
+  // Makes the line's text from the count so far and the count per second.
   using Describe = std::function<std::string(const char* count, const char* rate)>;
 
   enum class Place { kHere, kBelow };  // kBelow: another program has the terminal
@@ -32,12 +32,12 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  // One more is done. Next to nothing when nothing can be shown.
+  // Counts one more. Costs one branch if there is no terminal.
   void advance() {
     ++count_;
     if (active_) update();
   }
-  // So many are done.
+  // Sets the count.
   void reach(std::uint64_t count) {
     count_ = count;
     if (active_) update();
@@ -59,7 +59,7 @@ class Progress {
   Clock::time_point begin_, next_;
 };
 
-// Takes the line off the terminal, if there is one.
+// Erases the line, if one is shown.
 void eraseProgress();
 
 }  // namespace ut

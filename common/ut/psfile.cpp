@@ -91,7 +91,7 @@ std::string ut::tempName(std::string_view prefix) {
 }
 
 ut::FilePtr ut::openPrivateFile(const char* path) {
-  // Without O_TRUNC: what is there is emptied only after it turned out to be ours.
+  // Without O_TRUNC: a file is emptied only after it has turned out to be ours.
   struct stat entry;
   const int descriptor = openOurs(path, O_RDWR | O_CREAT, &entry);
   if (descriptor < 0) return nullptr;

@@ -1,8 +1,8 @@
 // psfile.h: files that hold what nobody else may read, in directories where anybody may write.
 //
 // The SQL script (it holds a password), the spool file and the diagnostic list live in the
-// system's temporary directory. Somebody else may plant a link or a file of his own under a name
-// that he guessed; such an entry is refused, never followed and never truncated.
+// system's temporary directory. Another user may plant a link or a file there under a name that he
+// guessed; such an entry is refused, never followed and never truncated.
 #ifndef COMMON_UT_PSFILE_H
 #define COMMON_UT_PSFILE_H
 
@@ -26,12 +26,12 @@ struct FileCloser {
 // disk is noticed; this closes it on every other way out.
 using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
 
-// Closes a stream and says whether everything that was written to it arrived.
+// Closes a stream. True if everything that was written to it reached the file.
 [[nodiscard]] bool closeFile(FilePtr file);
 
-// A new name in the directory of the environment variable TMPDIR, or in /tmp when that is not set
-// or is no directory: `prefix` (at most 5 characters of it) and six random characters. Nothing
-// exists under the name at that moment; nothing is created. Empty: no such name could be made.
+// A new name in the directory that the environment variable TMPDIR names, or in /tmp if it names
+// none: `prefix` (at most 5 characters of it) and six random characters. Nothing exists under the
+// name at that moment, and nothing is created. Empty if no such name could be made.
 std::string tempName(std::string_view prefix);
 
 // Opens `path` for reading and writing, empty, as a plain file that only this user can read (mode
@@ -41,11 +41,11 @@ FilePtr openPrivateFile(const char* path);
 
 // Opens `path` for reading if it is a plain file of this user under this one name. Null with errno
 // otherwise (EEXIST when the entry is not acceptable, a link included). `entry`, if not null,
-// receives what the system says of the file.
+// receives the file's status.
 FilePtr openOwnFile(const char* path, struct stat* entry);
 
-// Whether the directory of `path` takes another block at this moment: disk and quota are not full.
-// Tried with a private file beside it, which is removed again.
+// Whether one more block can be written beside `path` at this moment: neither disk nor quota is
+// full. Tries it with a private file, which is removed again.
 [[nodiscard]] bool hasRoomBeside(const std::string& path);
 
 }  // namespace ut

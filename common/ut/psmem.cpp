@@ -1,4 +1,4 @@
-// psmem.cpp: tracked memory allocation, see psmem.h. Each block carries a header in front of it.
+// psmem.cpp: tracked memory allocation, see psmem.h. A header precedes each block.
 #include "common/ut/psmem.h"
 
 #include <sys/resource.h>
@@ -11,6 +11,7 @@
 
 namespace {
 
+// As strictly aligned as anything can be, so that the block after it is, too.
 struct alignas(std::max_align_t) Header {
   Header* next;
   Header* previous;

@@ -1,9 +1,8 @@
 // psmem.h: tracked memory allocation.
 //
-// Every block knows the source file and line that asked for it and hangs in one list until it is
-// freed, so that a debugger or the memory trace shows what a long run still holds. A block that
-// is never freed on purpose stays reachable through that list.
-// Safe to call from several threads.
+// Every block records the source file and line that asked for it, and is on one list until it is
+// freed, so that a debugger or the memory trace shows what a long run still holds. A block that is
+// leaked on purpose is still reachable through that list. Thread-safe.
 #ifndef COMMON_UT_PSMEM_H
 #define COMMON_UT_PSMEM_H
 
@@ -26,12 +25,12 @@ struct MemoryUse {
 // What is allocated through psMalloc at this moment, and what pooledMemory adds.
 MemoryUse trackedMemory();
 
-// For an allocator that cuts blocks of psMalloc into parts: what its parts take more than the
-// blocks that were cut (the numbers may be below 0, and wrap). Null while there is none.
+// Set by an allocator that cuts psMalloc's blocks into parts: by how much its parts exceed those
+// blocks. The numbers may be negative, and then wrap. Null while there is no such allocator.
 inline MemoryUse (*pooledMemory)() = nullptr;
 
-// From now on no core file of this process, and of what it starts, is written: it would hold the
-// passwords that are in memory.
+// Forbids core files of this process and of the programs that it starts: a core file would hold
+// the passwords that are in memory.
 void forbidCoreFiles();
 
 }  // namespace ut

@@ -1,5 +1,5 @@
-// psmutex.cpp: process mutexes over pthreads. A default mutex that was initialised cannot fail to
-// lock or unlock in ways that the caller could mend, so the codes are dropped here.
+// psmutex.cpp: process mutexes over pthreads. Locking or unlocking an initialised default mutex
+// fails in no way that a caller could handle, so the codes are dropped here.
 #include "common/ut/psmutex.h"
 
 #include "common/ut/result.h"

@@ -8,7 +8,7 @@ struct psMutex_t {
   pthread_mutex_t mutex;
 };
 
-// Initialises with default attributes. To be called once, before any other use.
+// Initialises with default attributes. Call it once, before any other use.
 void psMutexInit(psMutex_t* mutex);
 void psMutexLock(psMutex_t* mutex);
 void psMutexUnlock(psMutex_t* mutex);

@@ -5,13 +5,13 @@
 #include <cstddef>
 #include <cstdio>
 
-// Usable rows and columns of the terminal on standard output: the window size less 1 each, or 23
-// by 79 when it cannot be asked. A file or a pipe gives 23 by 1024. Does nothing if either pointer
-// is null.
+// Usable rows and columns of the terminal on standard output: one less than the window has, or 23
+// by 79 if its size is unknown. A file or a pipe has 23 by 1024. Does nothing if either pointer is
+// null.
 void psGetScreenSize(int* rows, int* cols);
 
-// Clears the terminal with the external command "tput clear". What stands in standard output's
-// buffer is written first, so that it does not come after the clearing.
+// Clears the terminal with the external command "tput clear". Standard output is flushed first:
+// what is in its buffer would otherwise appear on the cleared screen.
 void psClearScrn();
 
 namespace ut {

@@ -1,8 +1,7 @@
-// strutil.h: the few text helpers that every floor needs.
+// strutil.h: texts in arrays of fixed size.
 //
-// Texts live in fixed-size arrays. copyText is the one way to fill such an array: it never writes
-// past the end and always terminates, and it tells when something had to be cut, so that a caller
-// whose text must not be cut can refuse it.
+// copyText is the one way to fill such an array: it never writes past the end, always terminates,
+// and tells whether the text was cut, so that a caller whose text must not be cut can refuse it.
 #ifndef COMMON_UT_STRUTIL_H
 #define COMMON_UT_STRUTIL_H
 
@@ -34,7 +33,7 @@ bool appendText(char (&to)[N], std::string_view from) {
   return copyText(to + length, N - length, from);
 }
 
-// Terminates a text that somebody else filled: one that uses its whole array has no end of its own.
+// Terminates an array that foreign code filled: a text as long as its array has no terminator.
 template <std::size_t N>
 void terminate(char (&text)[N]) {
   text[N - 1] = '\0';

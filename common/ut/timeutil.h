@@ -4,8 +4,8 @@
 
 #include <chrono>
 
-// Measures the time between startTimer and endTimer on the steady clock. Before the first start
-// and until the end both readings are those of the last finished measurement, 0 at first.
+// Measures the time between startTimer and endTimer on the steady clock. Both readings are of the
+// last finished measurement, and 0 before the first.
 class DIfcTimeUtil {
  public:
   void startTimer();

@@ -34,6 +34,10 @@ constexpr std::size_t kPositionLength = sizeof kNeverWrapped - 1;
 constexpr std::size_t kHeaderRoom = 256;
 constexpr std::size_t kPrefixRoom = 96;
 
+// The target of the trace. A plain file is written at position_, so that a limited one can wrap;
+// without a limit it is opened to append, and Linux then ignores the position. A terminal, a pipe
+// or a device (seekable_ is false) is written in order. Any failure to write closes the trace for
+// good.
 class TraceFile {
  public:
   TraceFile(int clientType, unsigned (*threadName)())
@@ -83,15 +87,15 @@ class TraceFile {
     } else if (::strcasecmp(name, "STDOUT") == 0) {
       descriptor_ = STDOUT_FILENO;
     } else {
-      // Without a limit several runs may share the file: each line goes to its end, wherever that
-      // is by then.
+      // Without a limit several runs may share the file: each line is appended where the file ends
+      // by then.
       const int toTheEnd = megabytes_ == 0 ? O_APPEND : 0;
       descriptor_ = ::open(name, O_RDWR | O_CREAT | O_CLOEXEC | O_NOCTTY | toTheEnd, 0600);
     }
     return descriptor_ >= 0;
   }
 
-  // Finds out where lines go: behind a new header, or behind what an earlier run has written.
+  // Finds the place of the next line: after a new header, or after what an earlier run wrote.
   bool takeUp() {
     struct stat entry;
     if (::fstat(descriptor_, &entry) != 0) return false;
@@ -104,7 +108,7 @@ class TraceFile {
     const ssize_t got = ::pread(descriptor_, header, sizeof header, 0);
     if (got < static_cast<ssize_t>(kMarkLength + kPositionLength) ||
         std::memcmp(header, kFileMark, kMarkLength) != 0) {
-      return false;  // somebody's file, named by mistake
+      return false;  // not a trace: a file named by mistake
     }
     const void* lineEnd = std::memchr(header, '\n', static_cast<std::size_t>(got));
     if (lineEnd == nullptr) return false;
@@ -168,6 +172,8 @@ class TraceFile {
     return static_cast<std::size_t>(used);
   }
 
+  // The line first, then the wrap position: a run that is killed in between loses its last line,
+  // while the other order would pass off the remains of an old line as the newest.
   void append(const char* text, std::size_t length) {
     if (!isOpen()) return;
     if (descriptor_ == STDOUT_FILENO) std::fflush(stdout);  // keep the order on the screen
@@ -248,8 +254,8 @@ unsigned trTIDProc() {
 }
 
 std::uint32_t ut::createTrace(int clientType, unsigned (*threadName)()) {
-  // The first look at the local time reads the time zone, which allocates; no line must do that.
-  ignoreResult(localNow(), "only to have it done");
+  // The first use of the local time loads the time zone, which allocates; a line must not do that.
+  ignoreResult(localNow(), "called for the time zone alone");
   if (traceFile == nullptr) traceFile = new (std::nothrow) TraceFile(clientType, threadName);
   return traceFile == nullptr ? kTraceNoMemory : 0;
 }

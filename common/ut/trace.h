@@ -2,19 +2,19 @@
 //
 // Tracing is off until a trace file is open. A line is written only when its class flag is on; the
 // TRACE statement tests that flag before it evaluates anything, so that a line that is off costs
-// one predictable branch, and it leaves errno as it was. Writing never allocates. Whoever writes
-// goes through VEXCTraceStatement (agttrc.h), which this header's TRACE statement uses.
+// one predictable branch, and it preserves errno. Writing never allocates. Every line passes
+// through VEXCTraceStatement (agttrc.h), which the TRACE statement uses.
 //
 // Trace file, when it is a plain file:
 //
 //   offset 0   "ZYL Trace   "            12 characters
-//          12  wrap position             12 digits: where the next line goes, once the file has
+//          12  wrap position             12 digits: the offset of the next line, once the file has
 //                                        wrapped; "123456789012" before that
 //          24  version banner, build date, line end
 //          ..  lines
 //
-// A file that is as large as it may get goes on right behind its first line, over the oldest
-// lines; the wrap position tells a reader where the newest end and the oldest begin.
+// A file that has reached its largest size continues right after its first line, over the oldest
+// lines; the wrap position tells a reader where the newest lines end and the oldest begin.
 #ifndef COMMON_UT_TRACE_H
 #define COMMON_UT_TRACE_H
 
@@ -27,7 +27,7 @@
 #define TEST_FLAG(name) extern unsigned char TEST_##name;
 #include "common/ut/trcclass.def"
 
-// On when the word "ALL" was given: the lines that are too many for every other use.
+// On while the word "ALL" is on: for lines too numerous for any other class.
 extern unsigned char TR_ALL;
 
 // TRACE(flag, format, arguments...): one line in the class of `flag`, printf's format.
@@ -46,7 +46,7 @@ extern unsigned char TR_ALL;
 // Closes the trace file, if one is open. Tracing is off afterwards.
 void trClose();
 
-// The largest size of the trace file in MB; 0: no limit. To be called before the file is opened.
+// Sets the largest size of the trace file in MB; 0: no limit. Call it before the file is opened.
 void trSetMaxTraceSize(unsigned long megabytes);
 
 // The number of the calling thread: 1 for the first that asks, 2 for the next, and so on.
@@ -59,17 +59,17 @@ inline constexpr std::uint32_t kTraceNotOpened = 406;
 inline constexpr std::uint32_t kTraceClassUnknown = 419;
 inline constexpr std::size_t kMaxTraceLine = 5182;
 
-// Makes the process's one trace object. `clientType` tells the programs of the product apart,
-// `threadName` numbers the calling thread. Returns 0 or kTraceNoMemory.
+// Makes the one trace object of the process. `clientType` tells the product's programs apart, and
+// `threadName` returns the number of the calling thread. Returns 0 or kTraceNoMemory.
 std::uint32_t createTrace(int clientType, unsigned (*threadName)());
 
 // Closes tracing and frees the trace object.
 void destroyTrace();
 
 // Opens the trace target: "CONSOLE" or "STDERR" is standard error, "STDOUT" standard output, any
-// other name a file, created with mode 0600. An existing trace is continued; a plain file that is
-// not empty and no trace of ours is left alone and refused. Returns 0 or kTraceNotOpened, after a
-// line on standard output.
+// other name a file, created with mode 0600. An existing trace is continued; any other plain file
+// that is not empty is refused and left alone. Returns 0, or kTraceNotOpened after a line on
+// standard output.
 std::uint32_t openTrace(const char* name);
 
 // True while lines can be written.

@@ -15,8 +15,10 @@ std::string_view ut::withoutTornEnd(std::string_view text) {
 
 std::string ut::wrapped(std::string_view text, std::size_t width) {
   std::string result(text);
-  std::size_t column = 0, sinceBlank = 0, blank = std::string::npos;
-  bool leading = true;
+  std::size_t column = 0;
+  std::size_t blank = std::string::npos;  // where the line can still be ended
+  std::size_t sinceBlank = 0;             // columns after it
+  bool leading = true;                    // only blanks so far
   for (std::size_t i = 0; i < result.size(); ++i) {
     const char c = result[i];
     if (c == '\n') {

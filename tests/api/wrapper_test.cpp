@@ -5,8 +5,10 @@
 #include <string>
 
 #include "api/vltapi.h"
+#include "api/vltapid.h"
 #include "tests/support/scripted_api.h"
 #include "tests/support/tempdir.h"
+#include "tests/support/traced.h"
 
 namespace {
 
@@ -37,6 +39,16 @@ TEST(Wrapper, PassesArgumentsAndCodesUnchanged) {
   EXPECT_GE(VltApiStatusObjP->totalTime, 20) << "milliseconds";
   DVltApi::ClearPointers();  // stopped by the assertion where that is built in, else the code
   EXPECT_DEBUG_DEATH(EXPECT_EQ(api.dvltBeginTxn(VltApiStatusObjP, 7), 419), "not loaded");
+}
+
+TEST(Wrapper, TracesMillisecondsAsSeconds) {
+  ScriptedApi api({Step("vltEndTxn").fill<uint16_t>([](uint16_t&) { ::usleep(20000); })});
+  DVltApiStatus status;
+  uint16_t reason = 0;
+  EXPECT_EQ(0, api.dvltEndTxn(&status, 7, VLT_VOTE_COMMIT, &reason));
+  const std::string line = support::traced("PERFORMANCE", [&] { api.LogApiStatus(&status); });
+  EXPECT_EQ("Performance stats: # seconds spent in ZYL API calls\n", support::masked(line));
+  EXPECT_GE(std::stoi(line.substr(line.find(':') + 1)), 20);
 }
 
 TEST(Wrapper, TellsItsVersionToLibrariesThatHaveTheField) {
@@ -89,6 +101,18 @@ TEST(CodeText, IsCutToTheBufferButCountedWhole) {
     api.add({Step("vltLogMessage", "7 3 'error 51 returned from vltInit: " + text + "'")});
     api.LogApiError(VltApiStatusObjP, 7, 51, "vltInit");
   }
+}
+
+TEST(Loading, TracesEveryStepOfAFailure) {
+  DVltApiDL library;
+  const std::string text =
+      support::traced("API", [&] { EXPECT_EQ(104, library.Setup()) << "there is none"; });
+  EXPECT_EQ(0u, text.find("Enter DVltApiDL::Setup()\nCalling dlopen()\nERROR: could not load"));
+  EXPECT_EQ(
+      "NUM_API_FUNCS = 45\ndlsym(m_hMarlDll, vltBeginGetData) returned (nil), j = 0\n"
+      "Enter DVltApiDL::Cleanup()\nZYL API is not loaded\n"
+      "Exit DVltApiDL::Cleanup(), rc = 0\nExit DVltApiDL::Setup(), rc = 104\n",
+      text.substr(text.find("NUM_API_FUNCS")));
 }
 
 TEST(SetUp, IsDoneOnceUndoneOnceAndSaysWhichStepFailed) {

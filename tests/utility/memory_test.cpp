@@ -10,10 +10,13 @@
 #include <cstring>
 #include <new>
 #include <set>
+#include <string>
 
 #include "api/vltapi.h"
+#include "common/ut/linklist.h"
 #include "common/ut/trace.h"
 #include "tests/support/captured.h"
+#include "tests/support/traced.h"
 #include "tests/utility/messages.h"
 #include "utility/syncdb.h"
 
@@ -123,6 +126,23 @@ class PlainLibrary : public DVltApi {
     return VLT_RC_MORE_DATA;
   }
 };
+
+TEST(LinkedList, TracesThatMemoryRanOut) {
+  const std::string text = support::traced("LINKEDLIST", [] {
+    CLinkedList<int> list;
+    list.setRoutines(nullptr, [](int*, const int*) -> unsigned short { return ut::kListNoMemory; });
+    EXPECT_EQ(ut::kListNoMemory, list.addTail(1, 1)) << "the routine's memory";
+    onlyOne = true;
+    countdown = 1;
+    EXPECT_EQ(ut::kListNoMemory, list.addTail(1, 1)) << "the list's own";
+    countdown = -1;
+    EXPECT_EQ(1, list.count());
+  });
+  for (const char* line : {"\nInsufficent memory,  m_lpDataCopyRtn() failed.\n",
+                           "\nInsufficent memory, NEW() failed.\n"}) {
+    EXPECT_NE(std::string::npos, text.find(line)) << text;
+  }
+}
 
 TEST_F(WithErrorLog, EveryFailedAllocationEndsOrIsEndured) {
   PlainLibrary library;

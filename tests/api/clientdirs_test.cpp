@@ -1,12 +1,12 @@
-// records_test.cpp: the library's records and files, the first failure.
+// clientdirs_test.cpp: where the client library's files are.
+#include "api/clientdirs.h"
+
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstring>
 #include <string>
+#include <tuple>
+#include <utility>
 
-#include "api/vltapi.h"
-#include "api/vltrecords.h"
 #include "common/ut/installdirs.h"
 #include "tests/support/tempdir.h"
 
