@@ -7,14 +7,17 @@
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")"
 
-plain=(format layers circles messages shell manuals links)
+plain=(format layers circles messages types expectations braces shell manuals links)
 built=(headers safety static)
 
 # Where these rules hold so far; a folder is added as soon as it obeys.
 untied=(common/nls api)
+typed=(tests fuzz bench)
+braced=(tests fuzz bench)
 
 tracked() { git ls-files -co --exclude-standard -- "$@"; }
 sources() { tracked '*.cpp' '*.h' ':!api/vltlib.h'; }
+sources_in() { sources | grep -E "^($(IFS='|'; echo "$*"))/"; }
 
 # nothing REASON COMMAND ...: fails if the command prints anything.
 nothing() {
@@ -60,6 +63,40 @@ check_messages() {
   nothing "a message is called by its number" \
     git grep -nE '(nlprintf|nlsprintf|plainText|nls::ask)\([0-9]' -- '*.cpp' '*.h'
 }
+
+unqualified_types() {
+  sources_in "${typed[@]}" |
+    xargs grep -nP '(?<!std::)\b(size_t|ptrdiff_t|u?int(8|16|32|64)_t)\b'
+}
+check_types() { nothing "a standard type without std::" unqualified_types; }
+
+# For Perl expressions: (...) with as many closing brackets as opening ones, as (?&round), and a
+# text or a character, as (?&quoted).
+readonly syntax='(?(DEFINE)(?<quoted>"(?:\\.|[^"\\])*"|'\''(?:\\.|[^'\''\\])*'\'')'\
+'(?<round>\((?:[^()"'\'']|(?&quoted)|(?&round))*\)))'
+
+# Prints what an expression matches in the files of some folders, over several lines too.
+matches() {
+  local expression=$1 files
+  mapfile -t files < <(sources_in "${@:2}")
+  grep -PzoH -- "$syntax$expression" "${files[@]}" | tr '\0' '\n'
+}
+
+# EXPECT_EQ(expected, actual): a bare number or text is what is expected.
+reversed_expectations() {
+  local value='(?:-?[0-9][\w.]*|(?:(?&quoted)\s*)+)'
+  local argument='(?:[^(){}"'\'',;]|(?&quoted)|(?&round)|\{[^{};]*\})+'
+  matches "\b(?:EXPECT|ASSERT)_(?:EQ|NE|STREQ|STRNE)\((?!\s*$value\s*,)$argument,\s*$value\s*\)" tests
+}
+check_expectations() { nothing "the expected value comes first" reversed_expectations; }
+
+# A body without braces is on the line of its condition, and ends there. clang-tidy has the same
+# rule, but does not read the tests.
+bare_bodies() {
+  matches '(?m)^\s*(?:\} )?(?:(?:else )?(?:if|for|while)(?: constexpr)? (?&round)|(?:else|do)\b)'\
+'(?! if\b)(?! \{(?:  //.*)?$)(?!.*[;}](?: *\\|  //.*)?$).*\n.*' "$@"
+}
+check_braces() { nothing "a body on a line of its own needs braces" bare_bodies "${braced[@]}"; }
 
 check_shell() {
   tracked dev .ci/run '*.sh' packaging/completion | xargs shellcheck -x
