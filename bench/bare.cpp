@@ -77,7 +77,7 @@ class Session {
     static VltQryRespBackup response;
     response.structVersion = 8;
     VltDataBlk block = {3, sizeof response, 0, &response};
-    int16_t rc = vltGetNextQObj(handle_, &block);
+    std::int16_t rc = vltGetNextQObj(handle_, &block);
     for (; rc == VLT_RC_MORE_DATA; rc = vltGetNextQObj(handle_, &block)) take(response);
     check(rc, VLT_RC_FINISHED, "vltGetNextQObj");
     check(vltEndQuery(handle_), VLT_RC_OK, "vltEndQuery");

@@ -156,11 +156,12 @@ class Picks {
   double drawPage(unsigned top) {
     constexpr int kTimes = 20;
     const utility::Picked picked;
-    return timed([&] {
-             for (int i = 0; i < kTimes; ++i)
-               DisplayList(&list_, top, kRows, kCols, 0, size(), &picked);
-           }) /
-           kTimes;
+    const double spent = timed([&] {
+      for (int i = 0; i < kTimes; ++i) {
+        DisplayList(&list_, top, kRows, kCols, 0, size(), &picked);
+      }
+    });
+    return spent / kTimes;
   }
   // Both pages are full, or they would not have the same work.
   void drawEnds(bool firstFirst) {

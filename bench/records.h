@@ -3,6 +3,7 @@
 #define BENCH_RECORDS_H
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

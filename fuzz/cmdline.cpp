@@ -1,24 +1,67 @@
-// cmdline.cpp: the command line; arguments end with a zero byte or a line feed.
+// cmdline.cpp: the command line. A zero byte or a line feed in the input ends an argument.
 #include "common/nls/nls.h"
 #include "fuzz/fuzz.h"
 #include "utility/utparser.h"
 
+namespace {
+
+using fuzz::hold;
+
+// Where the arguments of `line` begin in `text`, which holds the same bytes. The last byte is zero.
+std::vector<char*> argumentsIn(const std::string& line, char* text) {
+  std::vector<char*> arguments;
+  for (std::size_t at = 0; at < line.size(); at = line.find('\0', at) + 1) {
+    arguments.push_back(text + at);
+  }
+  return arguments;
+}
+
+void checkResult(unsigned short rc) {
+  constexpr unsigned short kResults[] = {kParseOk,        kParseUnknownCommand, kParseBadOption,
+                                         kParseNoCommand, kParseNoValue,        kParseBadNumber};
+  hold(std::ranges::count(kResults, rc) == 1, "a line has one of the results");
+}
+
+void checkName(const std::string& line, const std::string& name) {
+  if (name.empty()) return;
+  hold(line.find("=" + name + '\0') != line.npos, "a file name is kept whole");
+}
+
+void checkCommand(const char* word, const vexoCommandsInfo_t& commands) {
+  const std::uint32_t flags[] = {commands.showEnvironment, commands.showCliOptions,
+                                 commands.showSessOptions, commands.showSessInfo,
+                                 commands.showVersions,    commands.password,
+                                 commands.syncdb,          commands.help,
+                                 commands.deleteObj,       commands.query};
+  hold(std::ranges::count(flags, 1u) == 1, "there is exactly one command");
+  const bool isDelete = std::strcmp(word, "DELETE") == 0;
+  hold(commands.deleteObj == (isDelete ? 1u : 0u), "only DELETE is a deletion");
+  if (commands.syncdb == 1) {
+    hold(std::string("SYNCDB").starts_with(word), "SYNCDB is named by the beginning of its name");
+  }
+}
+
+}  // namespace
+
 void fuzz::check(const std::string& input, char* text) {
-  static const unsigned short ready = newNlsGlobalObject();
+  static const unsigned short created = newNlsGlobalObject();
+  hold(created == 0, "messages can be shown");
   std::replace(text, text + input.size(), '\n', '\0');
   const std::string line(text, input.size() + 1);
-  std::vector<char*> argv;
-  for (std::size_t i = 0; i < line.size(); i = line.find('\0', i) + 1) argv.push_back(text + i);
+  std::vector<char*> arguments = argumentsIn(line, text);
   vexoCommandsInfo_t commands = {};
   vexoOptionsInfo_t options = {};
-  const auto rc = vexoParseCmdLine(int(argv.size()), argv.data(), &commands, &options);
-  hold(ready == 0 && std::strchr("\1\4\14\15\16", rc), "a line has one of the results");
-  vexoPrintError(rc, argv.size() > 1 ? argv[1] : nullptr);
-  for (const std::string file : {options.optFile, options.outFile})
-    hold(line.find("=" + file + '\0') != line.npos || file.empty(), "a name is kept whole");
-  if (rc != 0) return hold(commands.help == 1, "a wrong line asks for help");
-  hold(std::count(&commands.showEnvironment, &commands.query + 1, 1u) == 1, "there is one command");
-  hold(commands.deleteObj == (std::strcmp(argv[1], "DELETE") == 0), "nothing else is a deletion");
-  hold(!commands.syncdb || std::string("SYNCDB").starts_with(argv[1]), "SYNCDB is called so");
-  hold(options.numCatalogs < 1 || options.noCatalog == 0, "there are catalogs or there is none");
+  const unsigned short rc =
+      vexoParseCmdLine(static_cast<int>(arguments.size()), arguments.data(), &commands, &options);
+  checkResult(rc);
+  vexoPrintError(rc, arguments.size() > 1 ? arguments[1] : nullptr);
+  checkName(line, options.optFile);
+  checkName(line, options.outFile);
+  if (rc != kParseOk) {
+    hold(commands.help == 1, "an invalid line asks for help");
+    return;
+  }
+  checkCommand(arguments[1], commands);
+  hold(options.numCatalogs < 1 || options.noCatalog == 0,
+       "catalogs and no catalog exclude each other");
 }

@@ -1,19 +1,45 @@
-// date.cpp: date answers in every format of the run, judged by the C library's calendar. The first
-// byte chooses the format.
+// date.cpp: dates as a user types them, in every format of the run; the C library's calendar is the
+// judge. The first byte of the input chooses the format.
+#include <ctime>
+
 #include "common/ut/nfdate.h"
 #include "fuzz/fuzz.h"
+
+namespace {
+
+using fuzz::hold;
+
+bool same(const nfDate& a, const nfDate& b) { return dateCmp(a, b) == 0; }
+
+void checkReadsBack(const nfDate& date) {
+  nfDate again = {};
+  hold(dateParse(ut::formatDate(date).text, &again, 0) == 0, "a date can be read as it is shown");
+  hold(same(date, again), "a date that is shown and read is the same date");
+}
+
+void checkAgainstTheCalendar(const char* text, const nfDate& date) {
+  struct tm read = {};
+  const char* end = ::strptime(text, ut::date_fmt_str(), &read);
+  hold(end != nullptr && *end == '\0', "an accepted date has the run's format");
+  ::timegm(&read);  // moves a day that its month lacks into the next month
+  const nfDate expected =
+      ut::makeDate(static_cast<unsigned>(read.tm_year + 1900),
+                   static_cast<unsigned>(read.tm_mon + 1), static_cast<unsigned>(read.tm_mday));
+  hold(same(date, expected), "an accepted date exists");
+}
+
+}  // namespace
 
 void fuzz::check(const std::string&, char* text) {
   ut::setRunFormats({(*text & 255) % 6, 1, 1});
   if (*text != '\0') ++text;
-  nfDate before = ut::makeDate(1, 2, 3, 4, 5, 6), date = before, again = before;
+  const nfDate untouched = ut::makeDate(1, 2, 3, 4, 5, 6);
+  nfDate date = untouched;
   const unsigned short rc = dateParse(text, &date, 0);
-  if (rc != 0) return hold(rc == 2525 && dateCmp(date, before) == 0, "a refusal changes nothing");
-  hold(!dateParse(ut::formatDate(date).text, &again, 0) && !dateCmp(date, again), "it reads back");
-  struct tm read = {};
-  const char* end = ::strptime(text, ut::date_fmt_str(), &read);
-  ::timegm(&read);  // a day that its month lacks becomes one of the next month
-  const auto field = [](int value) { return static_cast<unsigned>(value); };
-  again = ut::makeDate(field(read.tm_year + 1900), field(read.tm_mon + 1), field(read.tm_mday));
-  hold(*text == '+' || (end && !*end && dateCmp(date, again) == 0), "an accepted date exists");
+  if (rc != 0) {
+    hold(rc == 2525 && same(date, untouched), "a refusal changes nothing");
+    return;
+  }
+  checkReadsBack(date);
+  if (*text != '+') checkAgainstTheCalendar(text, date);
 }

@@ -1,25 +1,51 @@
-// message.cpp: message texts with inserts of all kinds; the C library's printf judges a text that
-// is one conversion.
+// message.cpp: message texts with inserts of every kind. A text that is a single conversion is
+// judged by the C library's printf.
+#include <array>
+#include <cstdint>
+
 #include "common/nls/render.h"
 #include "fuzz/fuzz.h"
 
-static void compare(std::string text, const char* length, auto value) {
-  std::string out;
-  if (!nls::render(text, std::array{nls::Insert(value)}, out)) return;
+namespace {
+
+using fuzz::hold;
+
+// Renders one conversion and compares it with what printf makes of it; `length` is the modifier
+// that printf needs for a value of this type.
+template <typename Value>
+void compare(const std::string& conversion, const char* length, Value value) {
+  std::string rendered;
+  if (!nls::render(conversion, std::array{nls::Insert(value)}, rendered)) return;
+  std::string format = conversion;
+  format.insert(format.size() - 1, length);
   char expected[2048];
-  std::snprintf(expected, sizeof expected, text.insert(text.size() - 1, length).c_str(), value);
-  fuzz::hold(out == expected, "a conversion gives what printf gives");
+  std::snprintf(expected, sizeof expected, format.c_str(), value);
+  hold(rendered == expected, "a conversion gives what printf gives");
 }
 
+bool isSingleConversion(const std::string& text) {
+  return text[0] == '%' && text.find_first_not_of("-0#123456789.", 1) + 1 == text.size();
+}
+
+void compareWithPrintf(const std::string& conversion) {
+  const char kind = conversion.back();
+  if (kind == 's') compare(conversion, "", "a text");
+  if (conversion.find('.') != conversion.npos) return;  // only texts take a precision
+  if (kind == 'c') compare(conversion, "", 'x');
+  if (kind == 'd' || kind == 'i') compare(conversion, "ll", -4711LL);
+  if (kind == 'u' || kind == 'x' || kind == 'X') compare(conversion, "ll", 0xbeefULL);
+}
+
+}  // namespace
+
 void fuzz::check(const std::string& input, char*) {
-  const nls::Insert all[] = {"%s%n", 'c', -42, UINT64_MAX, std::string_view(), INT64_MIN, 255u};
-  std::string out = "before ";
-  hold(nls::render(input, all, out) || out == "before ", "a refused text leaves no trace");
-  hold(input.find('%') != input.npos || out == "before " + input, "a text is itself");
-  if (input.find_first_not_of("-0#123456789.", 1) + 1 != input.size() || input[0] != '%') return;
-  if (input.back() == 's') compare(input, "", "a text");
-  if (input.find('.') != input.npos) return;  // a precision is for texts
-  if (input.back() == 'c') compare(input, "", 'x');
-  if (std::strchr("di", input.back())) compare(input, "ll", -4711LL);
-  if (std::strchr("uxX", input.back())) compare(input, "ll", 0xbeefULL);
+  const nls::Insert inserts[] = {"%s%n", 'c', -42, UINT64_MAX, std::string_view(), INT64_MIN, 255u};
+  const std::string before = "before ";
+  std::string out = before;
+  const bool rendered = nls::render(input, inserts, out);
+  hold(rendered || out == before, "a refused text leaves no trace");
+  if (input.find('%') == input.npos) {
+    hold(out == before + input, "a text without conversions is itself");
+  }
+  if (isSingleConversion(input)) compareWithPrintf(input);
 }

@@ -1,31 +1,76 @@
-// options.cpp: the options file. A value that was read, written as an options file of its own,
-// reads the same, also when it is looked up alone.
+// options.cpp: the options file. A value that was read must read the same when it is written as an
+// options file of its own, and when its keyword is looked up alone.
 #include "agent/optfile.h"
 #include "agent/parser2.h"
 #include "fuzz/fuzz.h"
 
-// In the order of the context's texts.
-static constexpr char kKeywords[] =
-    "VLTI_DIR VLTI_LOG VLTI_ORC_DIR VLTI_ORC_CONFIG VEXO_AVG_SIZE VEXO_FS VEXO_NODE VEXO_OWNER "
-    "VEXO_PSWDPATH VEXO_TRACE_MAX VEXO_TRACE_FILE VEXO_TRACE_FLAGS VEXO_MGMT_CLASS_2 "
-    "VEXO_MGMT_CLASS_3 VEXO_MGMT_CLASS_4 VEXO_NUM_BUFFERS VEXO_DATE_FMT VEXO_TIME_FMT VEXO_NUM_FMT "
-    "VEXO_LANGUAGE VEXO_TEST_FLAGS VEXO_ENABLESCRIPTINPUT";
+namespace {
+
+using fuzz::hold;
+
+struct Option {
+  const char* keyword;
+  char (orcObj_t::*value)[kOptionSize];
+};
+
+constexpr Option kOptions[] = {
+    {"VLTI_DIR", &orcObj_t::VLTI_DIR},
+    {"VLTI_LOG", &orcObj_t::VLTI_LOG},
+    {"VLTI_ORC_DIR", &orcObj_t::VLTI_ORC_DIR},
+    {"VLTI_ORC_CONFIG", &orcObj_t::VLTI_ORC_CONFIG},
+    {"VEXO_AVG_SIZE", &orcObj_t::VEXO_AVG_SIZE},
+    {"VEXO_FS", &orcObj_t::VEXO_FS},
+    {"VEXO_NODE", &orcObj_t::VEXO_NODE},
+    {"VEXO_OWNER", &orcObj_t::VEXO_OWNER},
+    {"VEXO_PSWDPATH", &orcObj_t::VEXO_PSWDPATH},
+    {"VEXO_TRACE_MAX", &orcObj_t::VEXO_TRACE_MAX},
+    {"VEXO_TRACE_FILE", &orcObj_t::VEXO_TRACE_FILE},
+    {"VEXO_TRACE_FLAGS", &orcObj_t::VEXO_TRACE_FLAGS},
+    {"VEXO_MGMT_CLASS_2", &orcObj_t::VEXO_MGMT_CLASS_2},
+    {"VEXO_MGMT_CLASS_3", &orcObj_t::VEXO_MGMT_CLASS_3},
+    {"VEXO_MGMT_CLASS_4", &orcObj_t::VEXO_MGMT_CLASS_4},
+    {"VEXO_NUM_BUFFERS", &orcObj_t::VEXO_NUM_BUFFERS},
+    {"VEXO_DATE_FMT", &orcObj_t::VEXO_DATE_FORMAT},
+    {"VEXO_TIME_FMT", &orcObj_t::VEXO_TIME_FORMAT},
+    {"VEXO_NUM_FMT", &orcObj_t::VEXO_NUM_FORMAT},
+    {"VEXO_LANGUAGE", &orcObj_t::VEXO_LANGUAGE},
+    {"VEXO_TEST_FLAGS", &orcObj_t::VEXO_TEST_FLAGS},
+    {"VEXO_ENABLESCRIPTINPUT", &orcObj_t::VEXO_ENABLESCRIPTINPUT},
+};
+
+ut::FilePtr opened(std::string& bytes) {
+  return ut::FilePtr(::fmemopen(bytes.data(), bytes.size(), "r"));
+}
+
+// An options file with just this line, which reads as `value`.
+std::string fileWith(const Option& option, const std::string& value, bool raw) {
+  // A value that begins with white space was in quotes; a raw one is taken as it is.
+  const bool quoted = !raw && std::strchr(" \t\v\f\r", value[0]) != nullptr;
+  return std::string(option.keyword) + (quoted ? " \"" : " ") + value + "\n";
+}
+
+void checkValue(const Option& option, const std::string& value) {
+  const bool raw = option.value == &orcObj_t::VEXO_TEST_FLAGS;
+  std::string file = fileWith(option, value, raw);
+  orcObj_t again = {};
+  hold(vexoParseOptionFile(&again, opened(file).get(), "fuzz") == 0, "what was read is readable");
+  hold(again.*option.value == value, "a value reads as itself");
+  if (raw) return;
+  hold(value.find('"') == value.npos, "a value has no quotes");
+  char found[kOptionSize] = "";
+  hold(vexoGetOption(opened(file).get(), option.keyword, found) == 0, "a keyword is found");
+  hold(found == value, "a keyword has its value");
+}
+
+}  // namespace
 
 void fuzz::check(const std::string& input, char*) {
-  orcObj_t orc[2] = {};  // as read from the input, and again
-  std::string bytes = input, keyword;
-  const auto open = [&] { return ut::FilePtr(::fmemopen(bytes.data(), bytes.size(), "r")); };
-  [[maybe_unused]] const auto rc = vexoParseOptionFile(orc, open().get(), "fuzz");
-  std::istringstream keywords(kKeywords);
-  for (const char* text = orc[0].VLTI_DIR; keywords >> keyword; text += kOptionSize) {
-    if (*text == '\0') continue;
-    const bool raw = keyword == "VEXO_TEST_FLAGS", quotes = std::strchr(text, '"') != nullptr;
-    // Only a quote can have kept white space in front of a value.
-    bytes = keyword + (!raw && std::strchr(" \t\v\f\r", *text) ? " \"" : " ") + text + "\n";
-    hold(vexoParseOptionFile(orc + 1, open().get(), "fuzz") == 0, "what was read is readable");
-    hold(!std::strcmp(text + sizeof orc[0], text), "a value reads as itself");
-    char value[kOptionSize] = "";
-    const bool found = vexoGetOption(open().get(), keyword.c_str(), value) == 0;
-    hold(raw || (found && !quotes && !std::strcmp(value, text)), "a value is clean and found");
+  orcObj_t orc = {};
+  std::string bytes = input;
+  // What comes before a line in error has been read; it is checked whatever the result is.
+  [[maybe_unused]] const unsigned short rc = vexoParseOptionFile(&orc, opened(bytes).get(), "fuzz");
+  for (const Option& option : kOptions) {
+    const std::string value = orc.*option.value;
+    if (!value.empty()) checkValue(option, value);
   }
 }

@@ -1,29 +1,48 @@
-// password.cpp: the password file, under a cipher that anybody can undo.
+// password.cpp: the password file, with a cipher that can be computed here as well.
 #include "agent/password.h"
+
+#include <cstdint>
 
 #include "api/vltapid.h"
 #include "fuzz/fuzz.h"
 
-static void turn(const uint32_t* key, const uint8_t* in, uint8_t* out) {
-  for (int i = 0; i < 8; ++i) out[i] = static_cast<uint8_t>(in[i] ^ (key[i / 4] >> i % 4 * 8));
+namespace {
+
+constexpr std::size_t kHeaderSize = 39, kBlockSize = 8, kChunkSize = 1 + kBlockSize;
+
+// Adds the key to a block, byte by byte, without a carry; doing it twice gives the block again.
+void applyKey(const std::uint32_t* key, const std::uint8_t* in, std::uint8_t* out) {
+  for (std::size_t i = 0; i < kBlockSize; ++i) {
+    out[i] = static_cast<std::uint8_t>(in[i] ^ (key[i / 4] >> i % 4 * 8));
+  }
 }
 
-struct Api : DVltApiDL {
-  Api() { m_fnvltDecryptExP = turn; }
+struct Library : DVltApiDL {
+  Library() { m_fnvltDecryptExP = applyKey; }
 };
 
-void fuzz::check(const std::string& input, char*) {
-  static Api api;
-  gVltApiObjP = &api;
-  unsigned key[] = {0x01020304, 0x50607080};
-  std::string expected;
-  for (std::size_t at = 39; at + 9 <= input.size(); at += 9) {
-    uint8_t block[8];
-    turn(key, reinterpret_cast<const uint8_t*>(&input[at + 1]), block);
-    expected.append(block, block + std::clamp((input[at] & 255) - '0', 0, 8));
+// The bytes that the whole chunks of a file hold, up to the longest password.
+std::string passwordIn(const std::string& file, const std::uint32_t* key) {
+  std::string password;
+  for (std::size_t at = kHeaderSize; at + kChunkSize <= file.size(); at += kChunkSize) {
+    std::uint8_t block[kBlockSize];
+    applyKey(key, reinterpret_cast<const std::uint8_t*>(&file[at + 1]), block);
+    const int length = std::clamp((file[at] & 255) - '0', 0, static_cast<int>(kBlockSize));
+    password.append(block, block + length);
   }
-  expected.resize(std::min(expected.size(), kPasswordSize - 1));
-  std::vector<char> password(kPasswordSize);
+  password.resize(std::min(password.size(), kPasswordSize - 1));
+  return password;
+}
+
+}  // namespace
+
+void fuzz::check(const std::string& input, char*) {
+  static Library library;
+  gVltApiObjP = &library;
+  unsigned key[] = {0x01020304, 0x50607080};
+  const std::string expected = passwordIn(input, key);
+  std::vector<char> password(kPasswordSize);  // on the heap, where its bounds are watched
   hold(psvexoReadPswdFromFile(plainFile(input), password.data(), key) == 0, "a file is read");
-  hold(!std::memcmp(password.data(), expected.c_str(), expected.size() + 1), "all chunks are read");
+  const bool same = std::memcmp(password.data(), expected.c_str(), expected.size() + 1) == 0;
+  hold(same, "all chunks are read");
 }

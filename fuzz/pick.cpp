@@ -1,33 +1,86 @@
-// pick.cpp: answers to the pick list, judged by a line of marks; and the cut to the screen's width.
+// pick.cpp: answers to the pick list, judged by a line of marks with a sign for each entry, "+" if
+// it is picked; and the part of a line that fits on the screen.
 #include "fuzz/fuzz.h"
 #include "utility/utpick.h"
 
-void fuzz::check(const std::string&, char* text) {
-  constexpr std::size_t kObjects = 20, kCount = 17;  // the last three are out of the answer's reach
-  ObjectList list;
-  std::string marks, wanted;
+namespace {
+
+using fuzz::hold;
+
+// The answer is told of 17 entries; the three after them must stay out of its reach.
+constexpr std::size_t kObjects = 20, kCount = 17;
+
+char markOf(bool picked) { return picked ? '+' : '-'; }
+
+// Fills the list, every third object picked. Returns its marks.
+std::string fill(ObjectList& list) {
+  std::string marks;
   for (std::size_t i = 0; i < kObjects; ++i) {
     utZylObj_s object = {};
-    wanted += "-+"[object.selected = i % 3 == 0];
+    object.selected = i % 3 == 0 ? 1 : 0;
+    marks += markOf(i % 3 == 0);
     hold(list.addTail(object, 0) == 0, "there is memory");
   }
-  ProcessAnswer(&list, text, kCount);
-  for (utZylObj_s* o = list.getFirst(); o; o = list.getNext(o)) marks += "-+"[o->selected];
-  const std::size_t reach = std::strpbrk(text, "0123456789") ? kCount : 1;
-  hold(marks.substr(reach) == wanted.substr(reach), "no answer reaches further than it can mean");
+  return marks;
+}
 
-  // Two kinds of answers are judged entry by entry: one number, and one signed range.
-  char from[5] = "", to[5] = "", sign[2], past;
-  const int parts = std::sscanf(text, "%4[0-9]:%4[0-9]%1[+-]%c", from, to, sign, &past);
-  const std::size_t first = std::strtoul(from, nullptr, 10), last = std::strtoul(to, nullptr, 10);
-  for (auto i = first; parts == 3 && i <= std::min(last, kCount); ++i) wanted[i - (i > 0)] = *sign;
-  if (std::strcmp(from, text) == 0 && first >= 1 && first <= kCount) wanted[first - 1] ^= '+' ^ '-';
-  hold((parts != 3 && std::strcmp(from, text) != 0) || marks == wanted,
-       "an answer marks what it says");
+std::string marksOf(const ObjectList& list) {
+  std::string marks;
+  for (const utZylObj_s* object = list.getFirst(); object != nullptr;
+       object = list.getNext(object)) {
+    marks += markOf(object->selected == 1);
+  }
+  return marks;
+}
 
+// An answer without a number can change the first entry only.
+void checkReach(const std::string& answer, const std::string& before, const std::string& after) {
+  const bool hasNumber = answer.find_first_of("0123456789") != answer.npos;
+  const std::size_t reach = hasNumber ? kCount : 1;
+  hold(after.substr(reach) == before.substr(reach), "no answer reaches further than it can mean");
+}
+
+// An answer of up to four digits toggles its entry; an empty one, or one without such an entry,
+// changes nothing.
+void checkSingleNumber(const std::string& answer, std::string marks, const std::string& after) {
+  if (answer.size() > 4 || answer.find_first_not_of("0123456789") != answer.npos) return;
+  const std::size_t number = std::strtoul(answer.c_str(), nullptr, 10);
+  if (number >= 1 && number <= kCount) marks[number - 1] = markOf(marks[number - 1] == '-');
+  hold(after == marks, "a number toggles its entry");
+}
+
+// An answer that is one range with a sign gives that sign to its entries; entry 0 is the first one.
+void checkSignedRange(const std::string& answer, std::string marks, const std::string& after) {
+  char from[5], to[5], sign[2], rest;
+  const int parts = std::sscanf(answer.c_str(), "%4[0-9]:%4[0-9]%1[+-]%c", from, to, sign, &rest);
+  if (parts != 3) return;
+  const std::size_t last = std::min(std::strtoul(to, nullptr, 10), kCount);
+  for (std::size_t number = std::strtoul(from, nullptr, 10); number <= last; ++number) {
+    marks[std::max<std::size_t>(number, 1) - 1] = sign[0];
+  }
+  hold(after == marks, "a signed range marks its entries");
+}
+
+// The first byte of the text is the offset of the window, its length gives the width.
+void checkWindow(const char* text) {
   const std::size_t length = std::strlen(text), width = length % 99 + 1;
+  const int offset = *text;
   std::vector<char> shown(width + 1);
-  FitStringToScreenSize(shown.data(), text, *text, static_cast<int>(width));
-  wanted = *text < 0 || static_cast<std::size_t>(*text) > length ? " " : text + *text;
-  hold(shown.data() == wanted.substr(0, width), "a window shows its part");
+  FitStringToScreenSize(shown.data(), text, offset, static_cast<int>(width));
+  const bool outside = offset < 0 || static_cast<std::size_t>(offset) > length;
+  const std::string expected = outside ? " " : text + offset;
+  hold(shown.data() == expected.substr(0, width), "a window shows its part of the line");
+}
+
+}  // namespace
+
+void fuzz::check(const std::string&, char* text) {
+  ObjectList list;
+  const std::string before = fill(list), answer = text;
+  ProcessAnswer(&list, text, kCount);
+  const std::string after = marksOf(list);
+  checkReach(answer, before, after);
+  checkSingleNumber(answer, before, after);
+  checkSignedRange(answer, before, after);
+  checkWindow(text);
 }

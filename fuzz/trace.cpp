@@ -4,26 +4,52 @@
 
 #include "fuzz/fuzz.h"
 
-static const std::pair<const char*, unsigned char*> kFlags[] = {
+namespace {
+
+using fuzz::hold;
+
+struct Flag {
+  const char* name;
+  unsigned char* value;
+};
+
+constexpr Flag kFlags[] = {
 #define TRACE_CLASS(name) {#name, &TR_##name},
 #define TEST_FLAG(name) {#name, &TEST_##name},
 #include "common/ut/trcclass.def"
     {"ALL", &TR_ALL}};
 
+// The flags as a line of signs; they are off afterwards.
+std::string takeFlags() {
+  std::string signs;
+  for (const Flag& flag : kFlags) {
+    signs += *flag.value == 0 ? '-' : '+';
+    *flag.value = 0;
+  }
+  return signs;
+}
+
+void switchOne(VEXCTrace& trace, char* word) {
+  const bool on = *word != '-';
+  trace.trTestEnable(word);
+  if (!on) ++word;
+  // Of two minus signs only the first reverses the word; what is left must not be reversed again.
+  if (on || *word != '-') trace.trEnable(word, on);
+  for (const Flag& flag : kFlags) {
+    hold(::strcasecmp(flag.name, word) != 0 || *flag.value == on, "a word switches its flag");
+  }
+}
+
+}  // namespace
+
 void fuzz::check(const std::string&, char* text) {
   static VEXCTrace trace;
-  std::string atOnce, oneByOne;
   trace.trEnable(text, true);
   trace.trTestEnable(text);
-  for (const auto& row : kFlags) atOnce += "-+"[std::exchange(*row.second, 0)];
-  for (char* word = std::strtok(text, " ,\t"); word; word = std::strtok(nullptr, " ,\t")) {
-    const bool on = *word != '-';
-    trace.trTestEnable(word);
-    // Of two minus signs only the first is one; what is left must not be turned round again.
-    if (word[0] != '-' || word[1] != '-') trace.trEnable(on ? word : ++word, on);
-    for (const auto& [name, flag] : kFlags)
-      hold(::strcasecmp(name, word) != 0 || *flag == on, "a word switches its flag");
+  const std::string atOnce = takeFlags();
+  for (char* word = std::strtok(text, " ,\t"); word != nullptr;
+       word = std::strtok(nullptr, " ,\t")) {
+    switchOne(trace, word);
   }
-  for (const auto& row : kFlags) oneByOne += "-+"[std::exchange(*row.second, 0)];
-  hold(atOnce == oneByOne, "a list does what its words do");
+  hold(atOnce == takeFlags(), "a list does what its words do");
 }

@@ -23,7 +23,7 @@ class Agent : public testing::Test {
     std::filesystem::create_directories("installed/agent");
     psMutexInit(&orcMutex);
     psMutexInit(&initMutex);
-    EXPECT_EQ(newNlsGlobalObject(), 0);
+    EXPECT_EQ(0, newNlsGlobalObject());
     nlsSetPrefix("QRB");
   }
   ~Agent() override {
@@ -41,6 +41,6 @@ class Agent : public testing::Test {
   orcObj_t orc = {};
 };
 
-#define EXPECT_HOLDS(text, part) EXPECT_NE((text).find(part), std::string::npos) << (text)
+#define EXPECT_HOLDS(text, part) EXPECT_NE(std::string::npos, (text).find(part)) << (text)
 
 #endif  // TESTS_AGENT_AGENT_FIXTURE_H

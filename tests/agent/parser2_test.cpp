@@ -27,10 +27,10 @@ TEST_F(OptionsFile, TakesValuesAsPeopleWriteThem) {
                {"VEXO_ENABLESCRIPTINPUT YES\n", &orcObj_t::VEXO_ENABLESCRIPTINPUT, "YES"}};
   for (const auto& row : kRows) {
     dir.write(kInstalled, row.lines);
-    EXPECT_EQ(vexoSetOptions(&orc), 0) << row.lines;
-    EXPECT_EQ(orc.*row.field, row.value) << row.lines;
+    EXPECT_EQ(0, vexoSetOptions(&orc)) << row.lines;
+    EXPECT_EQ(row.value, orc.*row.field) << row.lines;
     const bool named = *orc.VEXO_NODE != '\0' || *orc.VEXO_OWNER != '\0';
-    EXPECT_EQ(orc.noNodeNoOwner, named ? 0 : 1) << row.lines;
+    EXPECT_EQ(named ? 0 : 1, orc.noNodeNoOwner) << row.lines;
   }
 }
 
@@ -47,29 +47,29 @@ TEST_F(OptionsFile, StopsAtTheFirstLineInError) {
   for (const auto& row : kRows) {
     dir.write(kInstalled, "VEXO_FS kept\n" + row.line + "\nVEXO_LANGUAGE later\n");
     support::Captured shown(STDERR_FILENO);
-    EXPECT_EQ(vexoSetOptions(&orc), 2534) << row.line;
+    EXPECT_EQ(2534, vexoSetOptions(&orc)) << row.line;
     const std::string text = shown.take();
     const std::size_t bar = row.message.find('|');
     EXPECT_HOLDS(text, row.message.substr(0, bar));
     EXPECT_HOLDS(text, row.message.substr(bar + 1));
     EXPECT_HOLDS(text, kInstalled);
     EXPECT_HOLDS(log(), text) << "the log has the same";
-    EXPECT_STREQ(orc.VEXO_FS, "kept");
-    EXPECT_STREQ(orc.VEXO_LANGUAGE, "");
+    EXPECT_STREQ("kept", orc.VEXO_FS);
+    EXPECT_STREQ("", orc.VEXO_LANGUAGE);
   }
 }
 
 TEST_F(OptionsFile, LeavesDefaultsWhereItSaysNothing) {
   dir.write(kInstalled, "");
   set(orc.VEXO_NODE, "from the last run");
-  EXPECT_EQ(vexoSetOptions(&orc), 0);
+  EXPECT_EQ(0, vexoSetOptions(&orc));
   const std::string all = std::string(orc.VEXO_AVG_SIZE) + "," + orc.VEXO_NUM_BUFFERS + "," +
                           orc.VLTI_DIR + "," + orc.VLTI_LOG + "," + orc.VLTI_ORC_DIR + "," +
                           orc.VLTI_ORC_CONFIG + "," + orc.VEXO_NODE;
-  EXPECT_EQ(all, "50,1,installed/api,installed/agent,installed/agent,installed/agent/vlt.opt,");
-  EXPECT_STREQ(orc.VEXO_FS, agent::kDefaultFileSpace);
+  EXPECT_EQ("50,1,installed/api,installed/agent,installed/agent,installed/agent/vlt.opt,", all);
+  EXPECT_STREQ(agent::kDefaultFileSpace, orc.VEXO_FS);
   config.set(std::string(600, 'x').c_str());
-  EXPECT_EQ(vexoSetOptions(&orc), 1702) << "a path that does not fit is not cut";
+  EXPECT_EQ(1702, vexoSetOptions(&orc)) << "a path that does not fit is not cut";
 }
 
 TEST_F(OptionsFile, IsFoundThroughTheEnvironment) {
@@ -85,8 +85,8 @@ TEST_F(OptionsFile, IsFoundThroughTheEnvironment) {
                                        {"''", ""},
                                        {"installed", ""}}) {  // the last one is a directory
     optionFile.set(variable.c_str());
-    EXPECT_EQ(vexoSetOptions(&orc), *node == '\0' ? 2534 : 0) << variable;
-    EXPECT_STREQ(orc.VEXO_NODE, node) << variable;
+    EXPECT_EQ(*node == '\0' ? 2534 : 0, vexoSetOptions(&orc)) << variable;
+    EXPECT_STREQ(node, orc.VEXO_NODE) << variable;
   }
   const std::string text = shown.take();
   EXPECT_HOLDS(text, "QRB2615E");
@@ -103,7 +103,7 @@ TEST_F(OptionsFile, FileSpaceGetsItsShape) {
                                       {"//a", "//a"}}) {
     set(orc.VEXO_FS, given);
     vexoCheckFS(&orc);
-    EXPECT_STREQ(orc.VEXO_FS, shaped) << given;
+    EXPECT_STREQ(shaped, orc.VEXO_FS) << given;
   }
 }
 

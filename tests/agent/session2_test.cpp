@@ -1,6 +1,7 @@
 // session2_test.cpp: set-up, logon and the password file, against a scripted library.
 #include "agent/session2.h"
 
+#include <cstdint>
 #include <random>
 #include <string>
 #include <vector>
@@ -16,10 +17,12 @@ using support::textSteps;
 using Session = Agent;
 using PasswordFile = Agent;
 
-// A library whose cipher turns every bit round.
+// The library's cipher, played by one that inverts every bit.
 Step cipher(const char* function) {
-  return Step(function).fill<uint8_t>([](uint8_t& block) {
-    for (uint8_t* byte = &block; byte != &block + 8; ++byte) *byte = static_cast<uint8_t>(~*byte);
+  return Step(function).fill<std::uint8_t>([](std::uint8_t& block) {
+    for (std::uint8_t* byte = &block; byte != &block + 8; ++byte) {
+      *byte = static_cast<std::uint8_t>(~*byte);
+    }
   });
 }
 std::string chunk(char digit, std::string text) {
@@ -29,13 +32,13 @@ std::string chunk(char digit, std::string text) {
 }
 const std::string kHeader = "Agent for Oracle Backup - Password file";
 
-Step version(uint16_t level) {
+Step version(std::uint16_t level) {
   return Step("vltQueryApiVersionEx").fill<VltApiVersionEx>([level](VltApiVersionEx& version) {
     version = {2, 8, 1, level, 0};
   });
 }
-Step logon(const std::string& arguments, int16_t rc) {
-  return Step("vltInitEx", arguments, rc).fill<uint32_t>([rc](uint32_t& handle) {
+Step logon(const std::string& arguments, std::int16_t rc) {
+  return Step("vltInitEx", arguments, rc).fill<std::uint32_t>([rc](std::uint32_t& handle) {
     handle = rc == 0 ? 7 : 0;
   });
 }
@@ -47,23 +50,23 @@ TEST_F(PasswordFile, IsWrittenInChunksThatReadBack) {
         std::string("0123456789abcdef", length % 17) + std::string(length - length % 17, 'x');
     const std::size_t chunks = (length + 7) / 8;
     ScriptedApi api(std::vector<Step>(chunks, cipher("vltEncryptEx")));
-    ASSERT_EQ(psvexoWritePswdToFile("pw///", "pw///VEXO.N", password.c_str(), key), 0);
+    ASSERT_EQ(0, psvexoWritePswdToFile("pw///", "pw///VEXO.N", password.c_str(), key));
     std::string expected = kHeader;
     for (std::size_t at = 0; at < length; at += 8) {
       const std::string part = password.substr(at, 8);
       expected += chunk(static_cast<char>('0' + part.size()), part);
     }
-    EXPECT_EQ(dir.read("pw/VEXO.N"), expected);
+    EXPECT_EQ(expected, dir.read("pw/VEXO.N"));
     char back[kPasswordSize];
     api.add(std::vector<Step>(chunks, cipher("vltDecryptEx")));
-    EXPECT_EQ(psvexoReadPswdFromFile("pw/VEXO.N", back, key), 0);
-    EXPECT_EQ(back, password);
+    EXPECT_EQ(0, psvexoReadPswdFromFile("pw/VEXO.N", back, key));
+    EXPECT_EQ(password, back);
   }
   const auto mode = [&](const char* name) {
     return static_cast<unsigned>(std::filesystem::status(dir.path(name)).permissions());
   };
-  EXPECT_EQ(mode("pw"), 0700u);
-  EXPECT_EQ(mode("pw/VEXO.N"), 0644u);
+  EXPECT_EQ(0700u, mode("pw"));
+  EXPECT_EQ(0644u, mode("pw/VEXO.N"));
 }
 
 TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
@@ -73,43 +76,43 @@ TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
   set(orc.VLTI_ORC_CONFIG, "/c.opt");
   const auto setUp = [] {
     return Step("vltSetUp", "1").look<VltEnvSetUp>([](const VltEnvSetUp& record) {
-      EXPECT_EQ(record.structVersion * 10 + record.incExlCaseSensitive, 40);
-      EXPECT_EQ(std::string(record.vltiDir) + record.vltiLog + record.vltiConfig + record.logName,
-                "/api/log/c.optvexoerror.log");
+      EXPECT_EQ(40, record.structVersion * 10 + record.incExlCaseSensitive);
+      EXPECT_EQ("/api/log/c.optvexoerror.log",
+                std::string(record.vltiDir) + record.vltiLog + record.vltiConfig + record.logName);
     });
   };
   const auto key = Step("vltCreateDesKeyEx", "'N'");
   dir.write("installed/agent/VEXO.N", kHeader + chunk('6', "secret"));
   ScriptedApi api({version(13), setUp(), key, cipher("vltDecryptEx"), version(13), setUp(), key,
                    version(13), setUp(), key, cipher("vltDecryptEx")});
-  EXPECT_EQ(psDoVltSetUp(&orc), 0);
-  EXPECT_STREQ(orc.legacyPassword, "secret");
-  EXPECT_EQ(orc.apiSetUp * 10 + orc.bUsePwGenerate, 11);
+  EXPECT_EQ(0, psDoVltSetUp(&orc));
+  EXPECT_STREQ("secret", orc.legacyPassword);
+  EXPECT_EQ(11, orc.apiSetUp * 10 + orc.bUsePwGenerate);
   EXPECT_FALSE(dir.has("installed/agent/VEXO.N"));
   EXPECT_TRUE(dir.has("installed/agent/VEXO.N.save"));
-  EXPECT_EQ(psDoVltSetUp(&orc), 0) << "no such file is no error";
-  EXPECT_STREQ(orc.legacyPassword, "");
+  EXPECT_EQ(0, psDoVltSetUp(&orc)) << "no such file is no error";
+  EXPECT_STREQ("", orc.legacyPassword);
   std::filesystem::remove("installed/agent/VEXO.N.save");
   dir.write("installed/agent/VEXO.N.save/full", "");  // a name that nothing can be renamed to
   dir.write("installed/agent/VEXO.N", kHeader + chunk('6', "secret"));
   support::Captured shown;
-  EXPECT_EQ(psDoVltSetUp(&orc), 0);
+  EXPECT_EQ(0, psDoVltSetUp(&orc));
   EXPECT_HOLDS(shown.take(), "QRB2629E");
   EXPECT_HOLDS(log(), "QRB2629E");
-  EXPECT_STREQ(orc.legacyPassword, "secret") << "it is used all the same";
+  EXPECT_STREQ("secret", orc.legacyPassword) << "it is used all the same";
 }
 
 TEST_F(Session, SetUpReportsWhyItFailed) {
   const support::Captured quiet;
   ScriptedApi api({version(12), version(13), Step("vltSetUp", "1", 2409)});
   api.add(textSteps("0", 2409, "ZYL2409E why"));
-  EXPECT_EQ(psDoVltSetUp(&orc), 2507) << "too old: it never sees a record of ours";
+  EXPECT_EQ(2507, psDoVltSetUp(&orc)) << "too old: it never sees a record of ours";
   EXPECT_HOLDS(log(), "QRB2572E");
   EXPECT_HOLDS(log(), "QRB2573E");
-  EXPECT_EQ(psDoVltSetUp(&orc), 2409);
-  EXPECT_STREQ(orc.lastErrorMsg, "ZYL2409E why");
+  EXPECT_EQ(2409, psDoVltSetUp(&orc));
+  EXPECT_STREQ("ZYL2409E why", orc.lastErrorMsg);
   EXPECT_HOLDS(log(), "==> ZYL2409E why\n");
-  EXPECT_EQ(orc.apiSetUp, 0);
+  EXPECT_EQ(0, orc.apiSetUp);
 }
 
 TEST_F(Session, LogonFillsTheContext) {
@@ -121,17 +124,17 @@ TEST_F(Session, LogonFillsTheContext) {
   for (int again = 0; again < 2; ++again) {
     ScriptedApi api({logon("node=null owner='O' password='secret'", 0)
                          .look<VltInitExIn>([](const VltInitExIn& in) {
-                           EXPECT_STREQ(in.options, " -PASSWORDACCESS=GENERATE -PASSWORDDIR=/p w");
-                           EXPECT_STREQ(in.configFile, "/c.opt");
-                           EXPECT_EQ(in.structVersion * 10 + in.clientKind, 53);
+                           EXPECT_STREQ(" -PASSWORDACCESS=GENERATE -PASSWORDDIR=/p w", in.options);
+                           EXPECT_STREQ("/c.opt", in.configFile);
+                           EXPECT_EQ(53, in.structVersion * 10 + in.clientKind);
                          }),
                      Step("vltQuerySessOptions", "7"),
                      Step("vltQuerySessInfo", "7").fill<VltSessInfo>([](VltSessInfo& info) {
                        info.maxObjPerTxn = 100;
                      })});
-    EXPECT_EQ(vexoSession(&orc), 0) << "the options are appended once, however often";
-    EXPECT_EQ(orc.vltHandle, 7u);
-    EXPECT_EQ(orc.maxObjPerTxn, 100);
+    EXPECT_EQ(0, vexoSession(&orc)) << "the options are appended once, however often";
+    EXPECT_EQ(7u, orc.vltHandle);
+    EXPECT_EQ(100, orc.maxObjPerTxn);
   }
 }
 
@@ -147,9 +150,9 @@ TEST_F(Session, LogonWipesThePasswordRightAfterTheLastCall) {
                      left.assign(buffer, kPasswordSize);
                    }),
                    Step("vltRCMsg").text("")});
-  EXPECT_EQ(vexoSession(&orc), 51);
-  EXPECT_EQ(given, "secret");
-  EXPECT_EQ(left, std::string(kPasswordSize, '\0'));
+  EXPECT_EQ(51, vexoSession(&orc));
+  EXPECT_EQ("secret", given);
+  EXPECT_EQ(std::string(kPasswordSize, '\0'), left);
 }
 
 }  // namespace

@@ -22,14 +22,14 @@ TEST_F(ErrorLog, LinesCarryTimeAndProcess) {
   vexoErrorMsg("two", 1);
   support::Captured shown(STDERR_FILENO);
   psNonNlsErrorMsg("three");
-  EXPECT_EQ(shown.take(), "three\n");
+  EXPECT_EQ("three\n", shown.take());
   EXPECT_EQ(
-      support::masked(log()),
-      "#/#/# #:#:# TID<#> ==> one %s?fake?[#J\n#/#/# #:#:# two\n#/#/# #:#:# TID<#>  ==>  three\n");
+      "#/#/# #:#:# TID<#> ==> one %s?fake?[#J\n#/#/# #:#:# two\n#/#/# #:#:# TID<#>  ==>  three\n",
+      support::masked(log()));
   EXPECT_HOLDS(log(), " TID<" + std::to_string(::getpid()) + "> ==> one");
   struct stat entry = {};
-  ASSERT_EQ(::stat("installed/agent/vexoerror.log", &entry), 0);
-  EXPECT_EQ(entry.st_mode & 0777, 0600u);
+  ASSERT_EQ(0, ::stat("installed/agent/vexoerror.log", &entry));
+  EXPECT_EQ(0600u, entry.st_mode & 0777);
 }
 
 TEST_F(ErrorLog, KeepsLinesWholeAcrossProcesses) {
@@ -50,9 +50,9 @@ TEST_F(ErrorLog, KeepsLinesWholeAcrossProcesses) {
   std::istringstream text(log());
   std::map<std::string, int> counts;
   for (std::string line; std::getline(text, line);) ++counts[line.substr(line.rfind(' ') + 1)];
-  EXPECT_EQ(counts.size(), static_cast<std::size_t>(kProcesses));
+  EXPECT_EQ(static_cast<std::size_t>(kProcesses), counts.size());
   for (const auto& [line, count] : counts) {
-    EXPECT_EQ(count, kLines) << line.front();
+    EXPECT_EQ(kLines, count) << line.front();
     EXPECT_TRUE(line == textOf(line.front())) << line.front() << ", " << line.size() << " bytes";
   }
   psWriteError("", "nowhere\n");
@@ -72,12 +72,12 @@ TEST_F(ErrorLog, IsWhereItCanBeWritten) {
   for (const auto& row : kRows) {
     std::filesystem::remove("installed/agent/vexo.opt");
     if (row.options != nullptr) dir.write("installed/agent/vexo.opt", row.options);
-    EXPECT_EQ(getErrorLog(path), 0);
-    EXPECT_STREQ(path, row.path);
+    EXPECT_EQ(0, getErrorLog(path));
+    EXPECT_STREQ(row.path, path);
   }
   std::filesystem::remove_all("installed");
-  EXPECT_EQ(getErrorLog(path), 0);
-  EXPECT_STREQ(path, "vexoerror.log") << "the current directory is the last resort";
+  EXPECT_EQ(0, getErrorLog(path));
+  EXPECT_STREQ("vexoerror.log", path) << "the current directory is the last resort";
 }
 
 TEST_F(Start, ReadsFormatNumbersAndReportsAMissingCatalog) {
@@ -92,22 +92,22 @@ TEST_F(Start, ReadsFormatNumbersAndReportsAMissingCatalog) {
     set(orc.VEXO_DATE_FORMAT, text);
     set(orc.VEXO_TIME_FORMAT, text);
     set(orc.VEXO_NUM_FORMAT, text);
-    EXPECT_EQ(newNlsGlobalObject(), 0);
+    EXPECT_EQ(0, newNlsGlobalObject());
     const support::Captured quiet(STDERR_FILENO);
-    EXPECT_EQ(callNlinit(&orc), nls::kCatalogNotOpened);
+    EXPECT_EQ(nls::kCatalogNotOpened, callNlinit(&orc));
     const ut::RunFormats& formats = ut::runFormats();
-    EXPECT_EQ(std::tuple(formats.date, formats.time, formats.number),
-              std::tuple(date, time, number))
+    EXPECT_EQ(std::tuple(date, time, number),
+              std::tuple(formats.date, formats.time, formats.number))
         << text;
   }
   EXPECT_HOLDS(log(),
                "==> Error: Could not initialize NLS object. Check that the message file, vexo.cat, "
                "exists in the VEX for Oracle installation directory. rc = 610\n");
   dir.write("source.msg", "$quote \"\n$set 1\n2641 \"QRB2641WNo %s for %s\"\n");
-  ASSERT_EQ(std::system(GENCAT " installed/agent/vexo.cat source.msg"), 0);
+  ASSERT_EQ(0, std::system(GENCAT " installed/agent/vexo.cat source.msg"));
   set(orc.VEXO_LANGUAGE, "FRA");
-  EXPECT_EQ(newNlsGlobalObject(), 0);
-  EXPECT_EQ(callNlinit(&orc), 0);
+  EXPECT_EQ(0, newNlsGlobalObject());
+  EXPECT_EQ(0, callNlinit(&orc));
   EXPECT_HOLDS(log(), "==> QRB2641W No vexo_fra.cat for FRA\n");
 }
 

@@ -26,8 +26,8 @@ TEST(ClientFiles, AreWhereTheEnvironmentSaysOrAsInstalled) {
                                         {tooLong, none}}) {
       const support::ScopedEnv variable(name, value.c_str());
       char path[api::kPathSize] = "?";
-      EXPECT_EQ(routine(path, sizeof path), value == tooLong ? api::kPathTooLong : 0);
-      EXPECT_EQ(path, wanted) << name;
+      EXPECT_EQ(value == tooLong ? api::kPathTooLong : 0, routine(path, sizeof path));
+      EXPECT_EQ(wanted, path) << name;
     }
   }
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <string>
 
 #include "api/vltapi.h"
@@ -22,23 +23,23 @@ TEST(Wrapper, PassesArgumentsAndCodesUnchanged) {
   const VltDelInfo info = {1, {1, 5}};
   ScriptedApi api({Step("vltBeginQuery", "4294967295 1 '/fs' '/high' '/low' owner='own'", -32768),
                    Step("vltDeleteObj", "7 2 id=4294967301", 32767),
-                   Step("vltEndTxn", "7 2").fill<uint16_t>([](uint16_t& reason) {
-                     EXPECT_EQ(VltApiStatusObjP->insideApiCall, 1);
+                   Step("vltEndTxn", "7 2").fill<std::uint16_t>([](std::uint16_t& reason) {
+                     EXPECT_EQ(1, VltApiStatusObjP->insideApiCall);
                      ::usleep(20000);
                      reason = 9;
                    }),
                    Step("vltTerminate", "7", 2402)});
-  EXPECT_EQ(api.dvltBeginQuery(VltApiStatusObjP, 0xFFFFFFFF, 1, &query), -32768);
-  EXPECT_EQ(api.dvltDeleteObj(VltApiStatusObjP, 7, VLT_DELETE_BACKUP_ID, &info), 32767);
-  uint16_t reason = 0;
-  EXPECT_EQ(api.dvltEndTxn(VltApiStatusObjP, 7, VLT_VOTE_ABORT, &reason), 0);
-  EXPECT_EQ(reason, 9);
-  EXPECT_EQ(api.dvltTerminate(VltApiStatusObjP, 0), 0) << "no session: the library is not asked";
-  EXPECT_EQ(api.dvltTerminate(VltApiStatusObjP, 7), 2402);
-  EXPECT_EQ(VltApiStatusObjP->insideApiCall, 0);
+  EXPECT_EQ(-32768, api.dvltBeginQuery(VltApiStatusObjP, 0xFFFFFFFF, 1, &query));
+  EXPECT_EQ(32767, api.dvltDeleteObj(VltApiStatusObjP, 7, VLT_DELETE_BACKUP_ID, &info));
+  std::uint16_t reason = 0;
+  EXPECT_EQ(0, api.dvltEndTxn(VltApiStatusObjP, 7, VLT_VOTE_ABORT, &reason));
+  EXPECT_EQ(9, reason);
+  EXPECT_EQ(0, api.dvltTerminate(VltApiStatusObjP, 0)) << "no session: the library is not asked";
+  EXPECT_EQ(2402, api.dvltTerminate(VltApiStatusObjP, 7));
+  EXPECT_EQ(0, VltApiStatusObjP->insideApiCall);
   EXPECT_GE(VltApiStatusObjP->totalTime, 20) << "milliseconds";
   DVltApi::ClearPointers();  // stopped by the assertion where that is built in, else the code
-  EXPECT_DEBUG_DEATH(EXPECT_EQ(api.dvltBeginTxn(VltApiStatusObjP, 7), 419), "not loaded");
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(419, api.dvltBeginTxn(VltApiStatusObjP, 7)), "not loaded");
 }
 
 TEST(Wrapper, TracesMillisecondsAsSeconds) {
@@ -52,17 +53,17 @@ TEST(Wrapper, TracesMillisecondsAsSeconds) {
 }
 
 TEST(Wrapper, TellsItsVersionToLibrariesThatHaveTheField) {
-  for (const uint16_t structVersion : {uint16_t{4}, uint16_t{5}}) {
+  for (const std::uint16_t structVersion : {std::uint16_t{4}, std::uint16_t{5}}) {
     ScriptedApi api({Step("vltInitEx").look<VltInitExIn>([&](const VltInitExIn& in) {
-      ASSERT_EQ(in.appVersion != nullptr, structVersion > 4);
+      ASSERT_EQ(structVersion > 4, in.appVersion != nullptr);
       if (in.appVersion == nullptr) return;
       const VltAppVersion& app = *in.appVersion;
-      EXPECT_EQ(api::versionWeight(app.version, app.release, app.level), api::kRequiredWeight);
+      EXPECT_EQ(api::kRequiredWeight, api::versionWeight(app.version, app.release, app.level));
     })});
     VltInitExIn in = {};
     in.structVersion = structVersion;
-    uint32_t handle = 0;
-    EXPECT_EQ(api.dvltInitEx(VltApiStatusObjP, &handle, &in, nullptr), 0);
+    std::uint32_t handle = 0;
+    EXPECT_EQ(0, api.dvltInitEx(VltApiStatusObjP, &handle, &in, nullptr));
   }
 }
 
@@ -76,7 +77,7 @@ TEST(Wrapper, AcceptsLibrariesByTheirWeight) {
     ScriptedApi api(
         {Step("vltQueryApiVersionEx")
              .fill<VltApiVersionEx>([version = found](VltApiVersionEx& out) { out = version; })});
-    EXPECT_EQ(api.checkCompatibility(VltApiStatusObjP, nullptr), rc) << found.level;
+    EXPECT_EQ(rc, api.checkCompatibility(VltApiStatusObjP, nullptr)) << found.level;
   }
 }
 
@@ -86,13 +87,13 @@ TEST(CodeText, IsCutToTheBufferButCountedWhole) {
                                                 {8u, 0, "ZYL2302", 8u},
                                                 {9u, 0, "ZYL2302E", 8u},
                                                 {9u, 2405, "", 0u}}) {
-    ScriptedApi api({Step("vltRCMsg", "7 2", static_cast<int16_t>(rc)).text("ZYL2302E")});
+    ScriptedApi api({Step("vltRCMsg", "7 2", static_cast<std::int16_t>(rc)).text("ZYL2302E")});
     char text[] = "??????????";
     unsigned length = 99;
-    EXPECT_EQ(api.AgtVltRCMsg(VltApiStatusObjP, 7, 2, text, size, &length), rc);
-    EXPECT_EQ(length, whole);
-    EXPECT_STREQ(text, wanted);
-    EXPECT_EQ(text[size], '?') << "nothing behind the buffer";
+    EXPECT_EQ(rc, api.AgtVltRCMsg(VltApiStatusObjP, 7, 2, text, size, &length));
+    EXPECT_EQ(whole, length);
+    EXPECT_STREQ(wanted, text);
+    EXPECT_EQ('?', text[size]) << "nothing behind the buffer";
   }
   for (const int length : {255, 256, VLT_MAX_RC_TEXT}) {  // the report asks again for a cut text
     const std::string text(static_cast<std::size_t>(length), 't');
@@ -118,22 +119,22 @@ TEST(Loading, TracesEveryStepOfAFailure) {
 TEST(SetUp, IsDoneOnceUndoneOnceAndSaysWhichStepFailed) {
   const support::ScopedEnv dir("VLTI_DIR", "/dir/"), config("VLTI_CONFIG", "/c.opt");
   support::ScopedEnv log("VLTI_LOG", std::string(1280, 'x').c_str());
-  const auto setUp = [](int16_t rc) {
+  const auto setUp = [](std::int16_t rc) {
     return Step("vltSetUp", "1", rc).look<VltEnvSetUp>([](const VltEnvSetUp& record) {
-      EXPECT_EQ(std::string(record.vltiDir) + record.vltiLog + record.vltiConfig, "/dir/log/c.opt");
+      EXPECT_EQ("/dir/log/c.opt", std::string(record.vltiDir) + record.vltiLog + record.vltiConfig);
     });
   };
   ScriptedApi api({setUp(2409), setUp(0), Step("vltCleanUp", "1", 2401)});
   RC_TYPE type = 0;
-  EXPECT_EQ(api.Init(VltApiStatusObjP, &type), 1702);
-  EXPECT_EQ(type, kRcTypeDirectory);
+  EXPECT_EQ(1702, api.Init(VltApiStatusObjP, &type));
+  EXPECT_EQ(kRcTypeDirectory, type);
   log.set("/log");
-  EXPECT_EQ(api.Init(VltApiStatusObjP, &type), 2409);
-  EXPECT_EQ(type, kRcTypeSetUp);
-  EXPECT_EQ(api.Term(VltApiStatusObjP), 0) << "not set up: nothing is undone";
-  for (int again = 0; again < 2; ++again) EXPECT_EQ(api.Init(VltApiStatusObjP, nullptr), 0);
-  EXPECT_EQ(api.Term(VltApiStatusObjP), 2401);
-  EXPECT_EQ(api.Term(VltApiStatusObjP), 0);
+  EXPECT_EQ(2409, api.Init(VltApiStatusObjP, &type));
+  EXPECT_EQ(kRcTypeSetUp, type);
+  EXPECT_EQ(0, api.Term(VltApiStatusObjP)) << "not set up: nothing is undone";
+  for (int again = 0; again < 2; ++again) EXPECT_EQ(0, api.Init(VltApiStatusObjP, nullptr));
+  EXPECT_EQ(2401, api.Term(VltApiStatusObjP));
+  EXPECT_EQ(0, api.Term(VltApiStatusObjP));
 }
 
 }  // namespace

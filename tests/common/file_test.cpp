@@ -21,14 +21,14 @@ TEST(PrivateFile, IsOursAloneWhateverTheMask) {
     const mode_t before = ::umask(0);
     ut::FilePtr file = ut::openPrivateFile(path.c_str());
     ::umask(before);
-    ASSERT_NE(file, nullptr);
+    ASSERT_NE(nullptr, file);
     struct stat entry = {};
-    ASSERT_EQ(::stat(path.c_str(), &entry), 0);
-    EXPECT_EQ(entry.st_mode & 07777, 0600u) << "a looser mode is mended";
-    EXPECT_EQ(entry.st_size, 0) << "what was there is gone";
+    ASSERT_EQ(0, ::stat(path.c_str(), &entry));
+    EXPECT_EQ(0600u, entry.st_mode & 07777) << "a looser mode is mended";
+    EXPECT_EQ(0, entry.st_size) << "what was there is gone";
     std::fputs("secret", file.get());
     EXPECT_TRUE(ut::closeFile(std::move(file)));
-    ASSERT_EQ(::chmod(path.c_str(), 0666), 0);
+    ASSERT_EQ(0, ::chmod(path.c_str(), 0666));
   }
 }
 
@@ -37,14 +37,13 @@ TEST(PrivateFile, RefusesWhatSomebodyElseMayHavePlanted) {
   dir.enter();
   dir.write("victim", "precious");
   dir.write("twice", "precious");
-  ASSERT_EQ(::symlink("victim", "symlink") + ::symlink("made", "dangling") +
-                ::link("twice", "hardlink") + ::mkfifo("pipe", 0600),
-            0);
+  ASSERT_EQ(0, ::symlink("victim", "symlink") + ::symlink("made", "dangling") +
+                   ::link("twice", "hardlink") + ::mkfifo("pipe", 0600));
   for (const char* name :
        {"symlink", "dangling", "hardlink", "twice", "pipe", ".", "", "no/file"}) {
-    EXPECT_EQ(ut::openPrivateFile(name), nullptr) << name;
+    EXPECT_EQ(nullptr, ut::openPrivateFile(name)) << name;
   }
-  EXPECT_EQ(dir.read("victim") + dir.read("twice"), "preciousprecious");
+  EXPECT_EQ("preciousprecious", dir.read("victim") + dir.read("twice"));
   EXPECT_FALSE(dir.has("made"));
 }
 
@@ -53,12 +52,12 @@ TEST(TempName, IsNewAndInTheDirectoryThatIsWanted) {
   const std::string file = dir.write("file", "");
   ScopedEnv wanted("TMPDIR", dir.path().c_str());
   const std::string name = ut::tempName("longprefix");
-  EXPECT_EQ(name.substr(0, name.size() - 6), dir.path("longp"));
-  EXPECT_NE(name, ut::tempName("longprefix"));
+  EXPECT_EQ(dir.path("longp"), name.substr(0, name.size() - 6));
+  EXPECT_NE(ut::tempName("longprefix"), name);
   EXPECT_FALSE(std::filesystem::exists(name)) << "nothing is created";
   for (const char* unusable : {static_cast<const char*>(nullptr), "", "/no/such", file.c_str()}) {
     wanted.set(unusable);
-    EXPECT_EQ(ut::tempName("a").substr(0, 6), "/tmp/a");
+    EXPECT_EQ("/tmp/a", ut::tempName("a").substr(0, 6));
   }
 }
 
@@ -78,8 +77,8 @@ TEST(InputLine, IsCutWithoutItsRestBecomingTheNextAnswer) {
                                        {"", kEnd},
                                        {"", kEnd}}) {
     char line[5] = "????";
-    EXPECT_EQ(ut::readLine(input.get(), line, sizeof line), result) << wanted;
-    EXPECT_STREQ(line, wanted);
+    EXPECT_EQ(result, ut::readLine(input.get(), line, sizeof line)) << wanted;
+    EXPECT_STREQ(wanted, line);
   }
 }
 

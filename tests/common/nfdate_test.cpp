@@ -23,11 +23,11 @@ TEST_F(Dates, FollowTheirFormatToTheLetter) {
   const nfDate untouched = ut::makeDate(1, 2, 3, 4, 5, 6), leapDay = ut::makeDate(2024, 2, 29);
   for (int format = 0; format < 6; ++format) {
     ut::setRunFormats({format, 1, 1});
-    EXPECT_EQ(ut::formatDate(leapDay).text, kLeapDay[format]);
+    EXPECT_EQ(kLeapDay[format], ut::formatDate(leapDay).text);
     for (const std::string& answer : kLeapDay) {
       nfDate date = untouched;
-      EXPECT_EQ(parses(answer, &date), answer == kLeapDay[format]) << answer << " in " << format;
-      EXPECT_EQ(dateCmp(date, answer == kLeapDay[format] ? leapDay : untouched), 0);
+      EXPECT_EQ(answer == kLeapDay[format], parses(answer, &date)) << answer << " in " << format;
+      EXPECT_EQ(0, dateCmp(date, answer == kLeapDay[format] ? leapDay : untouched));
     }
   }
   nfDate date;
@@ -55,7 +55,7 @@ TEST_F(Dates, CountDaysAheadUpToTheEndOfTheCalendar) {
     return sys_days(year(static_cast<int>(ut::yearOf(date))) / date.month / date.day);
   };
   for (const int days : {0, 1, 31, 366, 36525, 2000000}) {
-    EXPECT_EQ((ahead("+" + std::to_string(days)) - ahead("+0")).count(), days);
+    EXPECT_EQ(days, (ahead("+" + std::to_string(days)) - ahead("+0")).count());
   }
   EXPECT_TRUE(ahead("+") == ahead("+0") && ahead("+x") == ahead("+0"));
   nfDate date;
@@ -76,14 +76,13 @@ TEST_F(Dates, TimesAndNumbersAreShownInTheRunsFormat) {
     ut::setRunFormats({1, format, format});
     const std::string night = ut::formatTime(ut::makeDate(1, 1, 1, 0, 0, 7)).text;
     const std::string evening = ut::formatTime(ut::makeDate(1, 1, 1, 23, 0, 7)).text;
-    EXPECT_EQ(night + " " + evening + " " + ut::formatNumber(1234).text + " " +
-                  ut::formatSize(1234567).text,
-              kShown[format]);
+    EXPECT_EQ(kShown[format], night + " " + evening + " " + ut::formatNumber(1234).text + " " +
+                                  ut::formatSize(1234567).text);
   }
   const std::string limits = std::string(ut::formatSize(1023).text) + "|" +
                              ut::formatSize(1048575).text + "|" + ut::formatSize(~0ull).text + "|" +
                              ut::formatNumber(~0ull).text;
-  EXPECT_EQ(limits, "1,023 B|1,023.99 KB|15.99 EB|18,446,744,073,709,551,615");
+  EXPECT_EQ("1,023 B|1,023.99 KB|15.99 EB|18,446,744,073,709,551,615", limits);
 }
 
 }  // namespace

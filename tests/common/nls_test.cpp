@@ -31,7 +31,7 @@ TEST(MessageText, TakesItsInsertsOrIsCorrupted) {
                                        {"%5$d", "-9223372036854775808"}}) {
     std::string out = "kept ";
     EXPECT_TRUE(nls::render(text, inserts, out)) << text;
-    EXPECT_EQ(out, std::string("kept ") + expected);
+    EXPECT_EQ(std::string("kept ") + expected, out);
   }
   for (const char* text : {"%d",     "%1$c",
                            "%2$s",   "%2$d",
@@ -47,14 +47,14 @@ TEST(MessageText, TakesItsInsertsOrIsCorrupted) {
                            "%1$$s",  "% s"}) {
     std::string out = "kept";
     EXPECT_FALSE(nls::render(text, inserts, out)) << text;
-    EXPECT_EQ(out, "kept") << text;
+    EXPECT_EQ("kept", out) << text;
   }
 }
 
 class Messages : public testing::Test {
  protected:
   Messages() {
-    EXPECT_EQ(newNlsGlobalObject(), 0);
+    EXPECT_EQ(0, newNlsGlobalObject());
     nlsSetPrefix("QRB");
   }
   ~Messages() override {
@@ -65,7 +65,7 @@ class Messages : public testing::Test {
   void compile(const char* name, const std::string& text) {
     std::filesystem::remove(dir.path(name));
     const std::string source = dir.write("source.msg", "$quote \"\n" + text);
-    ASSERT_EQ(std::system((GENCAT " " + dir.path(name) + " " + source).c_str()), 0);
+    ASSERT_EQ(0, std::system((GENCAT " " + dir.path(name) + " " + source).c_str()));
   }
   unsigned short open(const char* name) {
     return nlinit(name, 2, dir.path().c_str(), 0, 3, 2, 5, &info, "vexo.cat");
@@ -79,7 +79,7 @@ TEST_F(Messages, AreShownByTheirLetterAndReportedWhenDamaged) {
           "$set 1\n10 \"QRB0010EAn error, %s\"\n11 \"QRB0011SSevere\"\n12 \"QRB0012Z  alone\"\n"
           "13 \"QRB0013MOther\"\n14 \"QRB0014DLow\"\n15 \"QRB0015[High\"\n16 \"QRB0016eSmall\"\n"
           "17 \"QRB0017\"\n18 \"\"\n19 \"QRB0019Etakes %d\"\n");
-  ASSERT_EQ(open("vexo.cat"), 0);
+  ASSERT_EQ(0, open("vexo.cat"));
   const std::string kShown[] = {"QRB0010E An error, x", "QRB0011S Severe", "  alone",
                                 "QRB0013M Other"};
   for (int again = 0; again < 2; ++again) {  // more messages than the cache holds
@@ -87,38 +87,38 @@ TEST_F(Messages, AreShownByTheirLetterAndReportedWhenDamaged) {
       const std::string text = nlsprintf(nls::Message<'s'>(number), "x");
       Captured out;
       nlprintf(nls::Message<'s'>(number), "x");
-      EXPECT_EQ(out.take(), text + (number == 12 ? "" : "\n"));
+      EXPECT_EQ(text + (number == 12 ? "" : "\n"), out.take());
       if (number < 14) {
-        EXPECT_EQ(text, kShown[number - 10]);
+        EXPECT_EQ(kShown[number - 10], text);
         continue;
       }
-      EXPECT_EQ(text.substr(0, 9), "QRB00" + std::to_string(number) + "E ");
-      EXPECT_NE(text.find(number == 20 ? "not found" : "corrupted"), text.npos) << text;
-      EXPECT_EQ(text.back(), 'x') << "what was to be said is said";
+      EXPECT_EQ("QRB00" + std::to_string(number) + "E ", text.substr(0, 9));
+      EXPECT_NE(text.npos, text.find(number == 20 ? "not found" : "corrupted")) << text;
+      EXPECT_EQ('x', text.back()) << "what was to be said is said";
     }
   }
 }
 
 TEST_F(Messages, ComeFromTheDefaultCatalogWhenTheWantedOneIsMissing) {
   dir.write("vexo_fra.cat", "this is no catalog");
-  EXPECT_EQ(open("vexo_fra.cat"), nls::kCatalogNotOpened);
-  EXPECT_NE(nlsprintf(nls::Message<>(10)).find("not found"), std::string::npos);
-  EXPECT_EQ(nlsprintf(msg::kText, "a") + nlsprintf(msg::kLine, "b") + nlsprintf(msg::kBlankLine),
-            "ab\n\n")
+  EXPECT_EQ(nls::kCatalogNotOpened, open("vexo_fra.cat"));
+  EXPECT_NE(std::string::npos, nlsprintf(nls::Message<>(10)).find("not found"));
+  EXPECT_EQ("ab\n\n",
+            nlsprintf(msg::kText, "a") + nlsprintf(msg::kLine, "b") + nlsprintf(msg::kBlankLine))
       << "need no catalog";
   compile("vexo.cat", "$set 1\n10 \"QRB0010IEnglish\"\n");
-  EXPECT_EQ(open("vexo_fra.cat"), 0);
-  EXPECT_EQ(info.usedDefault, 1);
-  EXPECT_EQ(info.catalogPath, dir.path("vexo.cat"));
-  EXPECT_EQ(nlsprintf(nls::Message<>(10)), "QRB0010I English");
-  EXPECT_STREQ(ut::date_fmt_str(), "%Y-%m-%d") << "the run's formats are set";
+  EXPECT_EQ(0, open("vexo_fra.cat"));
+  EXPECT_EQ(1, info.usedDefault);
+  EXPECT_EQ(dir.path("vexo.cat"), info.catalogPath);
+  EXPECT_EQ("QRB0010I English", nlsprintf(nls::Message<>(10)));
+  EXPECT_STREQ("%Y-%m-%d", ut::date_fmt_str()) << "the run's formats are set";
   compile("vexo_fra.cat", "$set 1\n10 \"QRB0010IFrench\"\n");
-  EXPECT_EQ(open("vexo_fra.cat"), 0);
-  EXPECT_EQ(info.usedDefault, 0);
-  EXPECT_EQ(nlsprintf(nls::Message<>(10)), "QRB0010I French")
+  EXPECT_EQ(0, open("vexo_fra.cat"));
+  EXPECT_EQ(0, info.usedDefault);
+  EXPECT_EQ("QRB0010I French", nlsprintf(nls::Message<>(10)))
       << "nothing of the last catalog is cached";
   nlterm();
-  EXPECT_NE(nlsprintf(nls::Message<>(10)).find("not found"), std::string::npos);
+  EXPECT_NE(std::string::npos, nlsprintf(nls::Message<>(10)).find("not found"));
 }
 
 TEST(Wrapped, EndsLinesBetweenWordsAndKeepsWhatStandsInColumns) {
@@ -133,7 +133,7 @@ TEST(Wrapped, EndsLinesBetweenWordsAndKeepsWhatStandsInColumns) {
                                        {"\xc3\xa4\xc3\xb6\xc3\xbc \xc3\xa4\xc3\xb6 x y",
                                         "\xc3\xa4\xc3\xb6\xc3\xbc \xc3\xa4\xc3\xb6 x\ny"},
                                        {"one\ntwo three four", "one\ntwo\nthree\nfour"}}) {
-    EXPECT_EQ(ut::wrapped(text, 8), expected);
+    EXPECT_EQ(expected, ut::wrapped(text, 8));
   }
 }
 
@@ -151,7 +151,7 @@ TEST(Language, ChoosesACatalogByTheBeginningOfItsName) {
                                            {"../Fra", "vexo_fra.cat"}}) {
     char name[32];
     psNlsGetReposName(language, name, sizeof name);
-    EXPECT_STREQ(name, expected) << language;
+    EXPECT_STREQ(expected, name) << language;
   }
 }
 
@@ -159,7 +159,7 @@ TEST_F(Messages, AskUntilOneOfTheCatalogsLettersIsGiven) {
   compile("vexo.cat",
           "$set 1\n1 \"QRB0001Z? \"\n2 \"QRB0002Z? \"\n3 \"QRB0003EOf %s\"\n"
           "$set 2\n1 \"oN\"\n");
-  ASSERT_EQ(open("vexo.cat"), 0);
+  ASSERT_EQ(0, open("vexo.cat"));
   const std::string again = "QRB0003E Of ON\n? ", yesNo = "QRB0003E Of YN\n? ";
   for (const auto& [question, input, place, shown] :
        {std::tuple(1, std::string("o\n"), 0, std::string("? ")),
@@ -171,8 +171,8 @@ TEST_F(Messages, AskUntilOneOfTheCatalogsLettersIsGiven) {
         {1, std::string(70, 'y') + "o\n", -1, "? " + again}}) {
     const support::FedInput fed(input);
     Captured out;
-    EXPECT_EQ(nls::ask(nls::Message<>(question), nls::Message<'s'>(3)), place) << input;
-    EXPECT_EQ(out.take(), shown) << input;
+    EXPECT_EQ(place, nls::ask(nls::Message<>(question), nls::Message<'s'>(3))) << input;
+    EXPECT_EQ(shown, out.take()) << input;
   }
 }
 

@@ -32,9 +32,9 @@ TEST(Printable, ShowsWhatATerminalWouldObeyAsQuestionMarks) {
        "?A?"},
   };
   for (const auto& [text, shown] : rows) {
-    EXPECT_EQ(ut::printable(text), shown);
-    EXPECT_EQ(ut::printable(shown), shown) << "once is enough";
-    EXPECT_EQ(nlsprintf(msg::kLine, text), std::string(shown) + "\n")
+    EXPECT_EQ(shown, ut::printable(text));
+    EXPECT_EQ(shown, ut::printable(shown)) << "once is enough";
+    EXPECT_EQ(std::string(shown) + "\n", nlsprintf(msg::kLine, text))
         << "as an insert of a message";
   }
 }

@@ -30,8 +30,8 @@ class Trace : public testing::Test {
     allOff();
     trace = std::make_unique<VEXCTrace>();
     trSetMaxTraceSize(megabytes);
-    EXPECT_EQ(trace->trBegin(path.c_str(), 0), 0u);
-    EXPECT_EQ(trace->trEnable(flags, true), 0u);
+    EXPECT_EQ(0u, trace->trBegin(path.c_str(), 0));
+    EXPECT_EQ(0u, trace->trEnable(flags, true));
   }
   // What was written behind the lines that every start writes.
   std::string lines() const {
@@ -49,12 +49,12 @@ TEST_F(Trace, LinesCarryThePrefixesThatAreOn) {
                                     {"API,timestamp\t-tid", "#/#/# #:#:#.# [#] : hello #\n"}}) {
     start(flags);
     TRACE(TR_API, "hello %d\n", 5);
-    EXPECT_EQ(support::masked(lines()), line);
+    EXPECT_EQ(line, support::masked(lines()));
   }
   start("API -TID -PID PREFIX");
   TRACE(TR_API, "hello\n");
-  EXPECT_EQ(lines().find("trace_test.cpp      ("), 0u);
-  EXPECT_EQ(lines().find("): hello\n"), 25u) << "20 columns for the name, 4 for the line";
+  EXPECT_EQ(0u, lines().find("trace_test.cpp      ("));
+  EXPECT_EQ(25u, lines().find("): hello\n")) << "20 columns for the name, 4 for the line";
 }
 
 TEST_F(Trace, WordsSwitchClassesAndAggregates) {
@@ -75,10 +75,10 @@ TEST_F(Trace, WordsSwitchClassesAndAggregates) {
         {"ALL -SERVICE", "NLS THREAD LINKEDLIST MEM", "ALL ERROR ORCLEVEL1"},
         {"ORCLEVEL ORCLEVEL11 --API - PARSECMD", "", "ORCLEVEL1 API PARSE CMD ALL"}}) {
     allOff();
-    EXPECT_EQ(switches.trEnable(flags, true), 0u);
+    EXPECT_EQ(0u, switches.trEnable(flags, true));
     std::istringstream onWords(on), offWords(off);
-    for (std::string word; onWords >> word;) EXPECT_EQ(isOn(word), 1) << flags << ": " << word;
-    for (std::string word; offWords >> word;) EXPECT_EQ(isOn(word), 0) << flags << ": " << word;
+    for (std::string word; onWords >> word;) EXPECT_EQ(1, isOn(word)) << flags << ": " << word;
+    for (std::string word; offWords >> word;) EXPECT_EQ(0, isOn(word)) << flags << ": " << word;
   }
   switches.trTestEnable("legacypwd,SYNCDBNORMAN nosuch TEST -test");
   EXPECT_TRUE(TEST_LEGACYPWD && TEST_SYNCDBNORMAN && !TEST_TEST && !TEST_ORACLEDATA);
@@ -88,14 +88,14 @@ TEST_F(Trace, KeepsErrnoCutsLongLinesAndEvaluatesNothingWhileOff) {
   start("API -PID -TID");
   int evaluated = 0;
   TRACE(TR_NLS, "%d\n", ++evaluated);
-  EXPECT_EQ(evaluated, 0);
+  EXPECT_EQ(0, evaluated);
   errno = ENOTTY;
   TRACE(TR_API, "%s", std::string(6000, 'x').c_str());
-  EXPECT_EQ(errno, ENOTTY);
+  EXPECT_EQ(ENOTTY, errno);
   TRACE(TR_API, "next\n");
   trClose();
   TRACE(TR_API, "after the end\n");
-  EXPECT_EQ(lines(), std::string(ut::kMaxTraceLine - 1, 'x') + "\nnext\n");
+  EXPECT_EQ(std::string(ut::kMaxTraceLine - 1, 'x') + "\nnext\n", lines());
 }
 
 // The numbers of the "line NUMBER" lines of a text.
@@ -115,27 +115,27 @@ TEST_F(Trace, WrappedFileSaysWhereItsNewestLineEnds) {
   const auto seamOf = [](const std::string& text) { return std::stoul(text.substr(12, 12)); };
   start("API -PID -TID", 1);
   const auto mode = std::filesystem::status(path).permissions();
-  EXPECT_EQ(static_cast<unsigned>(mode), 0600u);
-  EXPECT_EQ(dir.read("trace").find("ZYL Trace   123456789012"), 0u);
+  EXPECT_EQ(0600u, static_cast<unsigned>(mode));
+  EXPECT_EQ(0u, dir.read("trace").find("ZYL Trace   123456789012"));
   writeLines(14000);
   std::string text = dir.read("trace");
   EXPECT_LE(text.size(), 1048576u);
   const std::string mark = "Continued from end of segment 1\n\n";
-  EXPECT_EQ(text.find(mark), text.find('\n') + 1);
+  EXPECT_EQ(text.find('\n') + 1, text.find(mark));
   const std::size_t seam = seamOf(text);
   const auto newer = numbersIn(text.substr(0, seam)), older = numbersIn(text.substr(seam));
   ASSERT_FALSE(newer.empty() || older.empty());
-  EXPECT_EQ(newer.back(), last);
-  EXPECT_EQ(older.back() + 1, newer.front()) << "nothing was lost at the wrap";
-  EXPECT_EQ(newer.size() + older.size() + static_cast<std::size_t>(older.front()) - 1, 14000u);
+  EXPECT_EQ(last, newer.back());
+  EXPECT_EQ(newer.front(), older.back() + 1) << "nothing was lost at the wrap";
+  EXPECT_EQ(14000u, newer.size() + older.size() + static_cast<std::size_t>(older.front()) - 1);
   start("API -PID -TID", 1);  // another run goes on where the first one stopped
-  EXPECT_EQ(dir.read("trace").substr(seam, 20), "BEGINNING NEW TRACE\n");
+  EXPECT_EQ("BEGINNING NEW TRACE\n", dir.read("trace").substr(seam, 20));
   for (const int count : {1, 15000}) {
     writeLines(count);
     text = dir.read("trace");
-    EXPECT_EQ(numbersIn(text.substr(0, seamOf(text))).back(), last);
+    EXPECT_EQ(last, numbersIn(text.substr(0, seamOf(text))).back());
   }
-  EXPECT_EQ(text.find("ZYL Trace   "), 0u) << "the header survives every wrap";
+  EXPECT_EQ(0u, text.find("ZYL Trace   ")) << "the header survives every wrap";
 }
 
 TEST_F(Trace, TargetsThatCannotBeUsedAreLeftAlone) {
@@ -144,14 +144,14 @@ TEST_F(Trace, TargetsThatCannotBeUsedAreLeftAlone) {
   dir.write("short", "ZYL Trace   12");
   for (const char* name : {"foreign", "short", "no/directory", "."}) {
     Captured out;
-    EXPECT_EQ(trace->trBegin(dir.path(name).c_str(), 1), ut::kTraceNotOpened) << name;
-    EXPECT_EQ(out.take(), "Unable to open trace output file " + dir.path(name) + "\n");
+    EXPECT_EQ(ut::kTraceNotOpened, trace->trBegin(dir.path(name).c_str(), 1)) << name;
+    EXPECT_EQ("Unable to open trace output file " + dir.path(name) + "\n", out.take());
   }
-  EXPECT_EQ(dir.read("foreign").substr(0, 8) + dir.read("short"), "preciousZYL Trace   12");
+  EXPECT_EQ("preciousZYL Trace   12", dir.read("foreign").substr(0, 8) + dir.read("short"));
   Captured full;
-  EXPECT_EQ(trace->trBegin("/dev/full", 1), 0u);
+  EXPECT_EQ(0u, trace->trBegin("/dev/full", 1));
   EXPECT_FALSE(ut::traceIsOpen());
-  EXPECT_EQ(full.take(), "Unable to write to trace file /dev/full. Tracing disabled.\n");
+  EXPECT_EQ("Unable to write to trace file /dev/full. Tracing disabled.\n", full.take());
 }
 
 }  // namespace

@@ -10,8 +10,9 @@ constexpr int kLeft = 300;  // the code of a pick list that was left
 class Sync : public Site {};
 
 TEST_F(Sync, OffersWhatNeitherOfTwoCatalogsKnowsAndDeletesWhatIsPicked) {
-  for (const char* name : {"/known_1", "/shared", "/orphan_a", "/known_2", "/orphan_b"})
+  for (const char* name : {"/known_1", "/shared", "/orphan_a", "/known_2", "/orphan_b"}) {
     object(name);
+  }
   catalog("prod", {"known_1", "shared"});
   catalog("test", {"shared", "known_2"});
   zylstore("calls on");

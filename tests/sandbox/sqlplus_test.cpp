@@ -34,7 +34,7 @@ class Sqlplus : public testing::Test {
   }
   void zylstore(const std::string& arguments) const {
     const Result result = run("'" ZYLSTORE "' " + arguments);
-    EXPECT_EQ(result.status, 0) << arguments << ": " << result.output;
+    EXPECT_EQ(0, result.status) << arguments << ": " << result.output;
   }
   void catalog(const std::string& name, const std::string& kind) const {
     zylstore("catalog add " + name + " --user rman --password rman --kind " + kind);
@@ -86,9 +86,9 @@ TEST_F(Sqlplus, SpoolsRowsCountsAndErrorsAndEndsWell) {
   };
   for (const auto& row : cases) {
     const Result result = spool(row.script);
-    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(0, result.status);
     EXPECT_TRUE(dir_.read("spool.out").ends_with(row.spooled)) << dir_.read("spool.out");
-    EXPECT_EQ(result.output.find("last"), std::string::npos) << result.output;
+    EXPECT_EQ(std::string::npos, result.output.find("last")) << result.output;
   }
 }
 

@@ -3,7 +3,8 @@
 //   ScriptedApi api({
 //       Step("vltBeginTxn", "7"),
 //       Step("vltDeleteObj", "7 2 id=4711"),
-//       Step("vltEndTxn", "7 1", VLT_RC_CHECK_REASON).fill<uint16_t>([](uint16_t& r) { r = 2; })});
+//       Step("vltEndTxn", "7 1", VLT_RC_CHECK_REASON).fill<std::uint16_t>([](std::uint16_t& r) { r
+//       = 2; })});
 //   ... code under test, which finds the script through gVltApiObjP ...
 //
 // Every call of the library must be the next step, with these arguments. The first call that is not
@@ -21,6 +22,7 @@
 #include <gtest/gtest.h>
 
 #include <any>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -32,10 +34,10 @@
 
 namespace support {
 
-inline constexpr int16_t kOffScript = 2999;
+inline constexpr std::int16_t kOffScript = 2999;
 
 struct Step {
-  explicit Step(std::string name, std::string arguments = "*", int16_t result = 0)
+  explicit Step(std::string name, std::string arguments = "*", std::int16_t result = 0)
       : function(std::move(name)), args(std::move(arguments)), rc(result) {}
 
   // Lets `act` fill the record (or the first element) that the call's pointer to T points at.
@@ -60,7 +62,7 @@ struct Step {
   }
 
   std::string function, args;
-  int16_t rc;
+  std::int16_t rc;
   std::vector<std::any> effects;
 };
 

@@ -1,6 +1,7 @@
 // deletion_test.cpp: the order of transactions for every limit, and each way in which one can fail.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -39,7 +40,7 @@ class Deletion : public WithErrorLog {
       utZylObj_s object = {};
       object.objId = {0, id};
       object.sizeEstimate = {0, id * 1024};
-      object.insDate = {2026, 3, static_cast<uint8_t>(id), 8, 5, 9};
+      object.insDate = {2026, 3, static_cast<std::uint8_t>(id), 8, 5, 9};
       object.selected = picked.find(std::to_string(id)) != picked.npos ? 1 : 0;
       ASSERT_EQ(0, list.addTail(object, 0));
     }
@@ -67,7 +68,7 @@ class Deletion : public WithErrorLog {
 
 TEST_F(Deletion, FillsTransactionsToOneLessThanTheLimit) {
   const struct {
-    uint16_t limit;
+    std::uint16_t limit;
     const char* picked;
     const char* calls;
     const char* left;

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -45,7 +46,7 @@ Step found(const std::string& lowLevel, VltDate date = {2026, 3, 7, 8, 5, 9}) {
         object.clientDeduplicated = 1;
       });
 }
-Step answer(int16_t rc) { return Step("vltGetNextQObj", "7", rc); }
+Step answer(std::int16_t rc) { return Step("vltGetNextQObj", "7", rc); }
 Step ended() { return Step("vltEndQuery", "7"); }
 
 std::vector<Step> started() {

@@ -5,6 +5,7 @@
 // library is a table in this file, which allocates nothing.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -80,34 +81,36 @@ class PlainLibrary : public DVltApi {
  public:
   PlainLibrary() : DVltApi("", "", "", nullptr) {
     gVltApiObjP = this;
-    m_fnvltInitExP = [](uint32_t* handle, const VltInitExIn*, VltInitExOut*) -> int16_t {
+    m_fnvltInitExP = [](std::uint32_t* handle, const VltInitExIn*, VltInitExOut*) -> std::int16_t {
       server.loggedOn = true;
       return *handle = 7, 0;
     };
-    m_fnvltTerminateP = [](uint32_t) -> int16_t { return server.loggedOn = false, 0; };
-    m_fnvltQuerySessOptionsP = [](uint32_t, VltOptions*) -> int16_t { return 0; };
-    m_fnvltQuerySessInfoP = [](uint32_t, VltSessInfo* info) -> int16_t {
+    m_fnvltTerminateP = [](std::uint32_t) -> std::int16_t { return server.loggedOn = false, 0; };
+    m_fnvltQuerySessOptionsP = [](std::uint32_t, VltOptions*) -> std::int16_t { return 0; };
+    m_fnvltQuerySessInfoP = [](std::uint32_t, VltSessInfo* info) -> std::int16_t {
       return info->maxObjPerTxn = 4, 0;
     };
-    m_fnvltBeginQueryP = [](uint32_t, uint8_t, const VltQueryBackup*) -> int16_t { return 0; };
-    m_fnvltEndQueryP = [](uint32_t) -> int16_t { return 0; };
+    m_fnvltBeginQueryP = [](std::uint32_t, std::uint8_t, const VltQueryBackup*) -> std::int16_t {
+      return 0;
+    };
+    m_fnvltEndQueryP = [](std::uint32_t) -> std::int16_t { return 0; };
     m_fnvltGetNextQObjP = nextObject;
-    m_fnvltBeginTxnP = [](uint32_t) -> int16_t {
+    m_fnvltBeginTxnP = [](std::uint32_t) -> std::int16_t {
       EXPECT_FALSE(server.inTransaction);
       return server.inTransaction = true, 0;
     };
-    m_fnvltDeleteObjP = [](uint32_t, uint8_t, const VltDelInfo* info) -> int16_t {
+    m_fnvltDeleteObjP = [](std::uint32_t, std::uint8_t, const VltDelInfo* info) -> std::int16_t {
       server.going[info->objId.lo] = true;
       return info->objId.lo == 20 ? VLT_RC_NO_MATCH : 0;  // the way through a failure as well
     };
-    m_fnvltEndTxnP = [](uint32_t, uint8_t vote, uint16_t*) -> int16_t {
+    m_fnvltEndTxnP = [](std::uint32_t, std::uint8_t vote, std::uint16_t*) -> std::int16_t {
       for (int i = 0; i < kObjects; ++i) {
         if (vote == VLT_VOTE_COMMIT && server.going[i]) server.there[i] = false;
         server.going[i] = false;
       }
       return server.inTransaction = false, 0;
     };
-    m_fnvltRCMsgP = [](uint32_t, int16_t, char* text) -> int16_t {
+    m_fnvltRCMsgP = [](std::uint32_t, std::int16_t, char* text) -> std::int16_t {
       return std::strcpy(text, "ZYL a text that is too long to be kept in a string itself"), 0;
     };
   }
@@ -116,12 +119,12 @@ class PlainLibrary : public DVltApi {
   int Cleanup() override { return 0; }
 
  private:
-  static int16_t nextObject(uint32_t, VltDataBlk* block) {
+  static std::int16_t nextObject(std::uint32_t, VltDataBlk* block) {
     if (server.next == kObjects) return VLT_RC_FINISHED;
     auto& object = *static_cast<VltQryRespBackup*>(block->buffer);
     std::snprintf(object.objName.lowLevel, sizeof object.objName.lowLevel, "/PIECE_%d",
                   server.next);
-    object.objId = {0, static_cast<uint32_t>(server.next++)};
+    object.objId = {0, static_cast<std::uint32_t>(server.next++)};
     object.insDate = {2026, 3, 7, 8, 5, 9};
     return VLT_RC_MORE_DATA;
   }

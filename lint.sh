@@ -1,0 +1,167 @@
+#!/usr/bin/env bash
+# lint.sh [CHECK ...]: checks the sources, scripts and documents without running the program: all
+# checks, or those that are named. "plain" names those that need no build, "built" the others, which
+# read build/dev. ./dev lint installs the tools, builds with both compilers, and runs them all.
+#
+# A check prints what it found, then what is wrong with it, and fails; it changes nothing.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "$0")")"
+
+plain=(format layers circles messages types expectations braces shell manuals links)
+built=(headers safety static)
+
+# Where these rules hold so far; a folder is added as soon as it obeys.
+untied=(common/nls api)
+typed=(tests fuzz bench)
+braced=(tests fuzz bench)
+
+tracked() { git ls-files -co --exclude-standard -- "$@"; }
+sources() { tracked '*.cpp' '*.h' ':!api/vltlib.h'; }
+sources_in() { sources | grep -E "^($(IFS='|'; echo "$*"))/"; }
+
+# nothing REASON COMMAND ...: fails if the command prints anything.
+nothing() {
+  local reason=$1 found
+  shift
+  found=$("$@") || true
+  [[ -n $found ]] || return 0
+  printf '%s\n' "$found" "lint: $reason (see above)" >&2
+  return 1
+}
+
+check_format() { sources | xargs clang-format --dry-run -Werror; }
+
+# A floor may include itself and the floors below it.
+upward_includes() {
+  local rule folder allowed
+  for rule in "common/ut:common/ut" "common/nls:common/(ut|nls)" "api:common|api" \
+              "agent:common|api|agent" "utility:common|api|agent|utility" \
+              "sandbox:sandbox|api/vlt(lib.h|entries.def)"; do
+    folder=${rule%%:*} allowed=${rule#*:}
+    grep -rnE '^#include "' "$folder" --include='*.cpp' --include='*.h' |
+      grep -vE "#include \"($allowed)"
+  done
+}
+check_layers() { nothing "a floor includes one above it" upward_includes; }
+
+# "A B" for each include of B by A within floor $1. A header and its source count as one, because
+# whoever needs the header needs what the source includes.
+includes_within() {
+  tracked "$1/*.cpp" "$1/*.h" | xargs grep -HE "^#include \"$1/" |
+    sed -E 's/^([^:]*)\.[a-z]+:#include "([^"]*)\.[a-z]+".*/\1 \2/' | sort -u
+}
+circles() {
+  local floor
+  for floor; do
+    { includes_within "$floor" | tsort >/dev/null; } 2>&1
+  done
+}
+check_circles() { nothing "files of one floor include each other" circles "${untied[@]}"; }
+
+# A number does not tell a reader what is said; names are in msg:: (common/nls/message.h).
+check_messages() {
+  nothing "a message is called by its number" \
+    git grep -nE '(nlprintf|nlsprintf|plainText|nls::ask)\([0-9]' -- '*.cpp' '*.h'
+}
+
+unqualified_types() {
+  sources_in "${typed[@]}" |
+    xargs grep -nP '(?<!std::)\b(size_t|ptrdiff_t|u?int(8|16|32|64)_t)\b'
+}
+check_types() { nothing "a standard type without std::" unqualified_types; }
+
+# For Perl expressions: (...) with as many closing brackets as opening ones, as (?&round), and a
+# text or a character, as (?&quoted).
+readonly syntax='(?(DEFINE)(?<quoted>"(?:\\.|[^"\\])*"|'\''(?:\\.|[^'\''\\])*'\'')'\
+'(?<round>\((?:[^()"'\'']|(?&quoted)|(?&round))*\)))'
+
+# Prints what an expression matches in the files of some folders, over several lines too.
+matches() {
+  local expression=$1 files
+  mapfile -t files < <(sources_in "${@:2}")
+  grep -PzoH -- "$syntax$expression" "${files[@]}" | tr '\0' '\n'
+}
+
+# EXPECT_EQ(expected, actual): a bare number or text is what is expected.
+reversed_expectations() {
+  local value='(?:-?[0-9][\w.]*|(?:(?&quoted)\s*)+)'
+  local argument='(?:[^(){}"'\'',;]|(?&quoted)|(?&round)|\{[^{};]*\})+'
+  matches "\b(?:EXPECT|ASSERT)_(?:EQ|NE|STREQ|STRNE)\((?!\s*$value\s*,)$argument,\s*$value\s*\)" tests
+}
+check_expectations() { nothing "the expected value comes first" reversed_expectations; }
+
+# A body without braces is on the line of its condition, and ends there. clang-tidy has the same
+# rule, but does not read the tests.
+bare_bodies() {
+  matches '(?m)^\s*(?:\} )?(?:(?:else )?(?:if|for|while)(?: constexpr)? (?&round)|(?:else|do)\b)'\
+'(?! if\b)(?! \{(?:  //.*)?$)(?!.*[;}](?: *\\|  //.*)?$).*\n.*' "$@"
+}
+check_braces() { nothing "a body on a line of its own needs braces" bare_bodies "${braced[@]}"; }
+
+check_shell() {
+  tracked dev .ci/run '*.sh' packaging/completion | xargs shellcheck -x
+}
+
+# Each header compiles alone.
+check_headers() {
+  local header bad=0
+  while read -r header; do
+    g++ -std=c++20 -fsyntax-only -Wall -Wextra -I. -Ibuild/dev/generated -x c++ "$header" || bad=1
+  done < <(tracked '*.h')
+  [[ $bad == 0 ]]
+}
+
+# Every test that docs/safety.md names exists.
+check_safety() {
+  local name bad=0 tests
+  tests=$(ctest --test-dir build/dev -N)
+  # shellcheck disable=SC2016 # the backquotes are those of the document
+  for name in $(grep -oE '`[A-Za-z]+\.[A-Za-z]+`' docs/safety.md | tr -d '`' | grep -vE '\.(sql|log|h|opt)$'); do
+    grep -q ": $name\$" <<<"$tests" || { echo "lint: no test $name" >&2; bad=1; }
+  done
+  [[ $bad == 0 ]]
+}
+
+# From their folder, where mandoc finds the pages that they refer to.
+check_manuals() { (cd docs/man && mandoc -Tlint -- *.[15]); }
+
+# Every file that a document links to exists.
+check_links() {
+  local document link bad=0
+  while IFS=: read -r document link; do
+    link=${link#*(} link=${link%)}
+    [[ $link == http* || -e $(dirname "$document")/$link ]] ||
+      { echo "lint: $document links to $link, which does not exist" >&2; bad=1; }
+  done < <(tracked '*.md' | xargs grep -HoE '\]\([^)]+\)')
+  [[ $bad == 0 ]]
+}
+
+# Findings that are accepted are listed with their reasons in .clang-tidy and .cppcheck-suppressions.
+# The tests' macros are too much for clang-tidy; cppcheck reads the tests as well.
+check_static() {
+  cppcheck -q -j "$(nproc)" --project=build/dev/compile_commands.json --library=googletest \
+    --enable=warning,performance,portability,style --suppressions-list=.cppcheck-suppressions \
+    --inline-suppr --error-exitcode=1
+  tracked '*.cpp' | grep -vE '^(tests|fuzz|bench)/' |
+    xargs -P "$(nproc)" -n 4 clang-tidy -quiet -p build/dev 2>/dev/null
+}
+
+run() {
+  local check
+  for check; do
+    case $check in
+      plain) run "${plain[@]}" ;;
+      built) run "${built[@]}" ;;
+      *)
+        if ! declare -F "check_$check" >/dev/null; then
+          echo "lint: no check $check; there are: plain (${plain[*]}), built (${built[*]})" >&2
+          exit 2
+        fi
+        "check_$check" ;;
+    esac
+  done
+}
+
+[[ $# -gt 0 ]] || set -- plain built
+run "$@"
+echo "lint: found nothing in $*"
