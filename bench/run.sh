@@ -16,7 +16,7 @@ sizes=(10000 100000) large=() rounds=9
 
 say() { echo "bench: $* (load $(cut -d' ' -f1 /proc/loadavg))" >&2; }
 
-# Makes the site of $1 objects, $2 of them orphans, and goes there.
+# Makes a site of $1 objects, $2 of them orphans, and enters it.
 enter_site() {
   local site=$work/$1
   mkdir -p "$site/tmp"
