@@ -1,9 +1,9 @@
 # report.awk: the benchmarks' lines (harness.h) as tables. Input: rows.tsv, then the lines.
 #
-#   -v mode=rows     what is to be reached, and whether it is
+#   -v mode=rows     the goals, and whether they are reached
 #   -v mode=growth   every cost at every size
-#   -v mode=plot     the costs of one group for gnuplot (-v group=build_random), a line a size
-#   -v markdown=1    a table of Markdown; else columns
+#   -v mode=plot     the costs of one group for gnuplot (-v group=build_random), one line per size
+#   -v markdown=1    a Markdown table; else columns
 BEGIN { FS = "\t" }
 
 FILENAME ~ /rows.tsv$/ {
@@ -28,7 +28,7 @@ $1 == "cost" {
     name[series] = $3
   }
   cost[$2, $3, $4] = $5
-  if ($4 > 1 && !($4 in seen)) {  # sizes come in ascending order, but for the parts of a run
+  if ($4 > 1 && !($4 in seen)) {  # sizes come in ascending order only within each part of a run
     seen[$4]
     sizes[++size_count] = $4 + 0
   }

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# report.sh: prints what the benchmarks' lines in the file $1 say of what is to be reached. "yes" as
-# $2: also writes the plots and the generated parts of docs/performance.md, each of which stands
-# between the comments "begin NAME" and "end NAME". Called by ./dev.
+# report.sh: compares the benchmarks' lines in the file $1 with the goals and prints the result. "yes"
+# as $2: also writes the plots and the generated parts of docs/performance.md, each of which is between
+# the comments "begin NAME" and "end NAME". Called by ./dev.
 set -euo pipefail
 figures=$(readlink -f "$1") write=${2:-no}
 cd "$(dirname "$(readlink -f "$0")")/.."
@@ -19,7 +19,7 @@ machine() {
 END
 }
 
-# Puts standard input in the place of part $1 of the document.
+# Replaces part $1 of the document with standard input.
 replace_part() {
   cat >build/bench/part
   awk -v begin="<!-- begin $1 -->" -v end="<!-- end $1 -->" '

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # run.sh: runs all benchmarks of the build directory $1 and prints their lines (harness.h). "quick"
-# as $2: about one minute, sizes up to 100,000. Called by ./dev, which makes tables of the lines.
-# What it is about to do goes to standard error.
+# as $2: about one minute, sizes up to 100,000. Called by ./dev, which turns the lines into tables.
+# Announces each step on standard error.
 set -euo pipefail
 build=$(readlink -f "$1") mode=${2:-full}
 work=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
@@ -16,7 +16,7 @@ sizes=(10000 100000) large=() rounds=9
 
 say() { echo "bench: $* (load $(cut -d' ' -f1 /proc/loadavg))" >&2; }
 
-# Makes the site of $1 objects, $2 of them orphans, and goes there.
+# Makes a site of $1 objects, $2 of them orphans, and enters it.
 enter_site() {
   local site=$work/$1
   mkdir -p "$site/tmp"

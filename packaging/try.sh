@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# try.sh: installs the packages of build/packages, uses them, removes them, and proves that nothing
-# is left but what is the user's; then the same with the archives. It changes the whole system: to be
-# run as root on a machine that is thrown away afterwards.
+# try.sh: installs the packages of build/packages, uses them, removes them, and proves that only the
+# user's own files are left; then does the same with the archives. It changes the whole system: run it
+# as root on a machine that is thrown away afterwards.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/../build/packages"
 if [[ ${1:-} != --throw-away-machine || $(id -u) != 0 ]]; then
   echo "Usage: packaging/try.sh --throw-away-machine" >&2
-  echo "As root. Installs and removes packages: only on a machine that nobody needs afterwards." >&2
+  echo "Run it as root. It installs and removes packages: use a machine that nobody needs afterwards." >&2
   exit 2
 fi
 export DEBIAN_FRONTEND=noninteractive
@@ -19,8 +19,8 @@ fail() {
   exit 1
 }
 
-# Every file of the system but those that change by themselves, and those of the package manager; it
-# removes /opt with the last package that has something there.
+# Every file of the system, except those that change by themselves and those of the package manager.
+# /opt is left out: the package manager removes it with the last package that has files in it.
 files() {
   find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /run -o -path /tmp -o -path "$PWD" \
     -o -path /var/lib/dpkg -o -path /var/lib/apt -o -path /var/cache -o -path /var/log \) \
@@ -28,17 +28,17 @@ files() {
 }
 installed() { dpkg-query -W -f '${Package}\n' | sort; }
 
-# Expects the files of the system to be those of before, and those in $1, a line each.
+# Expects the files of the system to be those of before, plus those listed in $1, one per line.
 expect_left() {
   files >"$work/files.now"
   diff "$work/files.now" <(sort "$work/files.before" "$1") ||
-    fail "other files are there than expected (<: there, >: expected)"
+    fail "the files on the system are not those expected (<: found, >: expected)"
 }
 
-# The packages, and what they need that was not there.
+# Installs the packages, and what they need that is missing.
 install_packages() { apt-get install -y -qq --no-install-recommends ./*.deb >/dev/null; }
 
-# $1 is remove or purge; what came with the packages goes with them.
+# $1 is remove or purge; what was installed with the packages is removed with them.
 remove_packages() {
   local others
   apt-get "$1" -y -qq vexosync vexosync-sandbox >/dev/null
@@ -47,7 +47,7 @@ remove_packages() {
   [[ -z $others ]] || apt-get purge -y -qq $others >/dev/null
 }
 
-# Runs a command, which must end with status $1; its output is in $work/screen.
+# Runs a command that must end with status $1; its output is in $work/screen.
 ends_with() {
   local expected=$1 status=0
   shift
@@ -56,8 +56,8 @@ ends_with() {
     fail "$* ended with $status, not with $expected: $(tail -n 20 "$work/screen")"
 }
 
-# A user's first steps on a machine without client library: the program logs that there is no options
-# file, then, with one, says that there is no library. The stand-ins are not taken for real ones.
+# A user's first steps on a machine without a client library: the program logs that there is no
+# options file; with one, it reports that there is no library. The stand-ins are not taken for real.
 use_program() {
   ends_with 230 vexosync QUERY
   grep -q "$agent/vexo.opt" "$agent/vexoerror.log" || fail "the missing options file is not logged"
@@ -80,11 +80,11 @@ use_sandbox() {
     ends_with 44 vexosync-sandbox "$site" -- vexosync SYNCDB -NUMCATALOGS=2
   vexosync-sandbox "$site" -- zylstore list | sort >"$work/after"
   comm -23 "$work/before" "$work/after" >"$work/gone"
-  [[ $(wc -l <"$work/gone") == 1 ]] || fail "not one object is gone but $(wc -l <"$work/gone")"
+  [[ $(wc -l <"$work/gone") == 1 ]] || fail "one object should be gone, found $(wc -l <"$work/gone")"
   echo "try: SYNCDB deleted $(cut -f 7 "$work/gone")"
 }
 
-# The sandbox's shell, which takes its commands from standard input, in a site that goes with it.
+# The sandbox's shell, with its commands from standard input, in a site that is removed with it.
 use_shell() {
   # shellcheck disable=SC2016 # for the other shell
   echo 'echo "home $SANDBOX_HOME"; type -p sqlplus; exit 7' | ends_with 7 vexosync-sandbox
@@ -92,7 +92,7 @@ use_shell() {
   [[ ! -e $(sed -n 's/^home //p' "$work/screen") ]] || fail "the temporary site is left behind"
 }
 
-# Manual pages are found, where there is a man command and the system is not told to leave pages out.
+# man finds the pages, if there is a man command and the system is not configured to leave pages out.
 use_manuals() {
   local path page
   command -v man >/dev/null || { echo "try: no man command, manual pages not looked for"; return 0; }
@@ -119,7 +119,7 @@ apt-get install -y -qq --reinstall ./*.deb >/dev/null
 [[ $(cat "$agent/vexo.opt") == "VEXO_NODE MINE" ]] || fail "the user's options file is overwritten"
 echo "try: the packages work"
 
-# What is the user's: the options file, the error log, and the directories down to them.
+# What belongs to the user: the options file, the error log, and the directories that lead to them.
 printf '%s\n' "$agent/vexo.opt" "$agent/vexoerror.log" >"$work/users"
 directory=$agent
 until [[ $directory == /opt ]] || grep -qxF "$directory" "$work/files.before"; do
@@ -139,7 +139,7 @@ remove_packages remove
 expect_left /dev/null
 echo "try: removed without files of the user's; nothing is left"
 
-# The archives hold the same files. What the packages depend on stays for them.
+# The archives hold the same files. The packages' dependencies are kept for them.
 install_packages
 apt-get purge -y -qq vexosync vexosync-sandbox >/dev/null
 files >"$work/files.before"

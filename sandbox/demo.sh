@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
-# demo.sh: SYNCDB on a site in miniature. Called by ./dev, which has built the programs, put them on
-# the search path and made the site in directory $1.
+# demo.sh: SYNCDB on a miniature site. Called by ./dev, which has built the programs, put them on the
+# PATH and made the site in directory $1.
 #
-# On a terminal the user answers. Without one a session is played: two catalogs, two of the orphans
-# picked, the rest left; then the store is compared with what it was. Exit status 0 only if exactly
-# the picked objects are gone.
+# On a terminal the user answers. Without one a recorded session is played: two catalogs, two of the
+# orphans picked, the others left; then the store is compared with its state before. Exit status 0 only
+# if exactly the picked objects are gone.
 set -euo pipefail
 site=$1
 
-# The lines of the store's list that the run took away. (diff ends with 1 when there is a difference.)
+# The lines that the run removed from the store's list. (diff ends with 1 if there is a difference.)
 gone() { diff "$site/before" "$site/after" | sed -n 's/^< //p' || true; }
 
 if [[ -t 0 && -t 1 ]]; then
@@ -27,7 +27,7 @@ EOF
   exit 0
 fi
 
-# What must be found, told by the store and the catalogs alone: object names that no catalog holds.
+# What must be found, from the store and the catalogs alone: object names that no catalog holds.
 zylstore list >"$site/before"
 { zylstore catalog list prod; zylstore catalog list test; } | cut -f1 | sort -u >"$site/known"
 awk -F'\t' 'NR == FNR { known[$1]; next } { name = $7; sub("^/", "", name); if (!(name in known)) print $1 "\t" $7 }' \
@@ -59,13 +59,13 @@ cut -f2 "$site/orphans" | sed 's/^/  /'
 echo "The store after:  $(wc -l <"$site/after") objects; gone are"
 gone | cut -f7 | sed 's/^/  /'
 
-# 300, the code of a list that was left, is 44 in eight bits.
+# 300, the code for leaving the list, is 44 in eight bits.
 if [[ $status != 44 ]]; then
   echo "demo: vexosync ended with $status, not with 44 (the list was left)" >&2
   exit 1
 fi
 if ! cmp -s "$site/picked" "$site/gone" || [[ $(wc -l <"$site/gone") != 2 ]]; then
-  echo "demo: the objects that are gone are not the picked ones" >&2
+  echo "demo: the deleted objects are not the picked ones" >&2
   exit 1
 fi
 echo "Exactly the two picked orphans are gone."

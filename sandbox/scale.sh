@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# scale.sh: SYNCDB on a large generated site in directory $1 with $2 orphans: all of them picked with
-# "+" and deleted. Called by ./dev, which has made the site with the catalogs prod and test. Prints
-# the time; exit status 0 only if exactly the orphans are gone.
+# scale.sh: SYNCDB on a large generated site in directory $1 with $2 orphans, all of them picked with
+# "+" and deleted. Called by ./dev, which has made the site with the catalogs prod and test. Prints the
+# time; exit status 0 only if as many objects are gone as there were orphans.
 set -euo pipefail
 site=$1 orphans=$2
 

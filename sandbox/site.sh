@@ -1,9 +1,9 @@
 # shellcheck shell=bash
-# site.sh: a site in miniature, read with `source site.sh`. The script that reads it says where the
-# stand-ins are: site_programs (directories with ":" between them) and site_libraries.
+# site.sh: makes a miniature site; read with `source site.sh`. The script that reads it sets where the
+# stand-ins are: site_programs (directories separated by ":") and site_libraries.
 : "${site_programs:?}" "${site_libraries:?}"
 
-# Lets the stand-ins be found before anything else of their names, with the site in $1.
+# Enters the site in $1: the stand-ins are found before anything else of the same name.
 enter_site() {
   export SANDBOX_HOME=$1
   export PATH=$site_programs:$PATH
@@ -38,7 +38,7 @@ END
 }
 
 # What the shell of site $1 reads first. The user's own start-up file may put a real sqlplus or client
-# library in front, which would then be taken for a stand-in: the site is entered again after it.
+# library first on the paths; so that none is used, the site is entered again after that file.
 shell_start() {
   # shellcheck disable=SC2016 # for the other shell
   echo '[[ ! -r ~/.bashrc ]] || source ~/.bashrc'
@@ -49,7 +49,8 @@ shell_start() {
   echo 'PS1="(sandbox) $PS1"'
 }
 
-# A shell in site $1, with its exit status. Without a terminal it takes its commands from standard input.
+# Runs a shell in site $1 and returns its exit status. Without a terminal it reads commands from standard
+# input.
 site_shell() {
   echo "Node ORANODE; catalogs prod and test, user rman, password rman."
   echo "Try: vexosync query, vexosync syncdb -numcat=2, zylstore --help"

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# vexosync-sandbox: a shell, or one command, in a site in miniature. The stand-ins lie in bin and lib
+# vexosync-sandbox: a shell, or one command, in a miniature site. The stand-ins are in bin and lib
 # beside this script, wherever the link to it is.
 set -euo pipefail
 here=$(dirname "$(readlink -f "$0")")
@@ -11,10 +11,10 @@ usage() {
   cat <<'END'
 Usage: vexosync-sandbox [DIRECTORY] [-- COMMAND [ARGUMENT ...]]
 
-Opens a shell in which vexosync, sqlplus and zylstore work on a site in miniature: 2,000 generated
-backup objects, of which two catalogs know 1,960. The site is in DIRECTORY: an empty or new one gets a
-new site, which stays there; one that has a site is used as it is. Without DIRECTORY the site is
-temporary and goes when you leave. With COMMAND that is run instead of the shell.
+Opens a shell in which vexosync, sqlplus and zylstore work on a miniature site: 2,000 generated backup
+objects, of which two catalogs know 1,960. If DIRECTORY is new or empty, a site is made in it and kept;
+if it holds a site, that site is used as it is. Without DIRECTORY the site is temporary and is removed
+when you leave. If COMMAND is given, it is run instead of the shell.
 END
 }
 
@@ -31,11 +31,11 @@ trap leave EXIT
 open_site() {
   local site=$1
   # Option lines give such characters a meaning.
-  [[ $site != *[[:space:]\"\']* ]] || complain "no blanks and quotes in the directory's name: $site"
+  [[ $site != *[[:space:]\"\']* ]] || complain "the directory's name must not hold blanks or quotes: $site"
   if [[ -e $site/store.db && -e $site/vexo.opt ]]; then
     enter_site "$site"
   elif [[ -n $(ls -A "$site") ]]; then
-    complain "not empty, and no site: $site"
+    complain "the directory is not empty and holds no site: $site"
   else
     make_site "$site" 2000 40
   fi
@@ -63,7 +63,7 @@ main() {
   if [[ $# -gt 0 ]]; then
     "$@"
   else
-    echo "The site is in $directory${temporary:+ (it goes when you leave)}."
+    echo "The site is in $directory${temporary:+ (it is removed when you leave)}."
     site_shell "$directory"
   fi
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # record.sh BUILD: records the screens that the documents show, from a real run in a terminal of 24
-# lines and 80 columns: each as text, and as an SVG made from the text. BUILD is the build directory
-# whose programs run. Called by ./dev screens.
+# lines and 80 columns, each as text and as an SVG made from the text. BUILD is the build directory
+# whose programs are run. Called by ./dev screens.
 set -euo pipefail
 build=$(readlink -f "$1")
 cd "$(dirname "$(readlink -f "$0")")"
@@ -24,19 +24,19 @@ await() {
     ! terminal capture-pane -p | grep -qF -- "$1" || return 0
     sleep 0.1
   done
-  echo "record: after $tries looks the screen does not show: $1" >&2
+  echo "record: after $tries tries the screen does not show: $1" >&2
   terminal capture-pane -p >&2
   return 1
 }
 
-# What is typed at the prompt that shows the first text.
+# Waits for the prompt $1, then types $2 and Enter.
 answer() {
   await "$1"
   terminal send-keys -l -- "$2"
   terminal send-keys Enter
 }
 
-# Keeps the screen as $1.txt and $1.svg.
+# Saves the screen as $1.txt and $1.svg.
 keep() {
   terminal capture-pane -p | sed 's/ *$//' >"$1.txt"
   awk '

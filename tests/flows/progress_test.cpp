@@ -55,7 +55,7 @@ echo Disconnected
   settings_.environment["PATH"] = dir_.path("bin") + ":" + settings_.environment["PATH"];
   dir_.write("answers", "\n+0\nrman\nrman\nprod\n+\no\ny\nq\n");
   std::string text = shown("vexosync syncdb <answers");
-  for (const char* stage : {"\nCatalog 1: 2 lines of its answer (",
+  for (const char* stage : {"\nCatalog 1: 2 lines received (",
                             "\rListing backup objects: ", "\rDeleting backup objects: "}) {
     const std::size_t at = text.find(stage);
     ASSERT_NE(text.npos, at) << stage << "\n" << text;

@@ -98,7 +98,7 @@ TEST_F(Deletion, DeletesNothingWithoutAYes) {
 }
 
 TEST_F(Deletion, SaysWhatIsAboutToHappen) {
-  const std::string noCatalog = "  Oracle:         not asked, DELETE does not compare with it\n";
+  const std::string noCatalog = "  Oracle:         not asked; good backups may be among them\n";
   const struct {
     const char* picked;
     std::uint32_t asked, without;

@@ -48,7 +48,7 @@ function take(number, text, inserts,   result, at, conversion, letter, place, ne
   return result text
 }
 
-# Prints a paragraph in lines of up to 100 columns, each behind `indent`. Blanks that lead a
+# Prints a paragraph in lines of up to 100 columns, each after `indent`. Leading blanks of a
 # paragraph are kept.
 function fold(text, indent,   word, words, line, lead, i) {
   match(text, /^ */)
@@ -66,7 +66,7 @@ function fold(text, indent,   word, words, line, lead, i) {
   print line
 }
 
-# Prints a message's text as it is shown. Lines that fit are not touched: their columns line up.
+# Prints a message's text as it is shown. Lines that fit are left unchanged: their columns line up.
 function showText(text,   lines, line, i) {
   sub(/^(\\n)+/, "", text)
   sub(/(\\n)+$/, "", text)
@@ -88,21 +88,21 @@ function section(title, text) {
 function introduce() {
   print "# Messages"
   print ""
-  fold("Every message of `vexosync`: what it means, what the program does then, and what you can do. To find one in a pager, search for its identifier (`/QRB2643`).")
+  fold("Every message of `vexosync`: what it means, what the program does, and what you can do. To find a message in a pager, search for its identifier (`/QRB2643`).")
   print ""
   print "```"
-  print "QRB2643E The listing in the spool file ... is not whole"
+  print "QRB2643E The listing in the spool file ... does not match its row count"
   print "|  |   |"
   print "|  |   severity: I information, W warning, E error, S severe error"
   print "|  the number"
   print "the program"
   print "```"
   print ""
-  fold("A warning asks you to look at something; the program goes on. An error refuses an answer or ends a step, mostly the command; the exit status is then a code, of which the shell sees the low eight bits (\"code 2533 (229 in the shell)\"). After a severe error the program cannot go on for want of memory.")
+  fold("After a warning the program continues; check what the warning names. After an error it refuses an answer or ends a step, usually the command. The exit status is then a code; the shell sees its low eight bits (\"code 2533 (229 in the shell)\"). A severe error means that memory ran out and the program cannot continue.")
   print ""
-  fold("Where the System action says that a message is logged, it is also a line of `vexoerror.log`, with the time and the process number. The log is in the directory of `VLTI_LOG`, else in the agent's directory, else in the current one. Texts of the storage client library appear there as well; they have identifiers of their own and are not listed here. Where temporary files are removed, the trace flag ORCLEVEL2 keeps them.")
+  fold("If the System action says that a message is logged, it is also a line of `vexoerror.log`, with the time and the process number. The log is in the directory of `VLTI_LOG`, else in the agent's directory, else in the current one. Texts of the storage client library appear there too; they have their own identifiers and are not listed here. The trace flag ORCLEVEL2 keeps temporary files that would otherwise be removed.")
   print ""
-  fold("Words in angle brackets, such as `<file>`, stand for what the program puts there. The texts below are the English ones; `VEXO_LANGUAGE` in the options file chooses another catalog, with the same numbers. This page is made from the catalog `common/nls/catalog/vexo.msg` by `./dev messages`.")
+  fold("The program fills in words in angle brackets, such as `<file>`. The texts below are English; `VEXO_LANGUAGE` in the options file selects another catalog with the same numbers. `./dev messages` makes this page from the catalog `common/nls/catalog/vexo.msg`.")
 }
 
 function document(   i, number, z) {
@@ -111,7 +111,7 @@ function document(   i, number, z) {
     print "\n" (z ? "## Texts without an identifier" : "## Messages with an identifier")
     if (z) {
       print ""
-      fold("Prompts, headings, help and the lines of the screens. Some are parts of other messages.")
+      fold("Prompts, headings, help and screen lines. Some are parts of other messages.")
     }
     for (i = 1; i <= count; ++i) {
       number = order[i]
@@ -147,7 +147,7 @@ function checkName(number,   name) {
   owner[name] = number
 }
 
-# What the document needs must be there.
+# Complains if a field that the document needs is missing.
 function checkFields(number,   inserts, names) {
   if (field[number, "Explanation"] == "") complain(number, "has no Explanation")
   inserts = split(field[number, "Inserts"], names, "; ")
@@ -175,7 +175,7 @@ function checkFields(number,   inserts, names) {
   number = $1
   text = substr($0, index($0, "\"") + 1)
   sub(/"$/, "", text)
-  if (number <= last) complain(number, "does not stand in the order of the numbers")
+  if (number <= last) complain(number, "is out of numerical order")
   last = number
   order[++count] = number
   identifier[number] = substr(text, 1, 7)
