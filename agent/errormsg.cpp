@@ -1,52 +1,24 @@
 // errormsg.cpp: the agent's error log, see errormsg.h.
 #include "agent/errormsg.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cstdio>
-#include <cstring>
 #include <new>
 #include <string>
 #include <string_view>
 
-#include "agent/optfile.h"
+#include "agent/logfile.h"
 #include "agent/orcctx.h"
 #include "agent/psutil2.h"
 #include "api/clientdirs.h"
 #include "common/nls/nls.h"
 #include "common/ut/nfdate.h"
-#include "common/ut/path.h"
 #include "common/ut/printable.h"
 #include "common/ut/progress.h"
-#include "common/ut/psfile.h"
 #include "common/ut/result.h"
-#include "common/ut/strutil.h"
 
 namespace {
 
 constexpr std::size_t kTimeSize = 80;
-
-// The log in `directory` if that can be written, else in the current directory.
-void logIn(const char* directory, char* path) {
-  *path = '\0';
-  if (::access(directory, W_OK) == 0) {
-    const int wanted = std::snprintf(path, api::kPathSize, "%s%s%s", directory,
-                                     ut::slashAfter(directory), agent::kErrorLogName);
-    if (wanted < static_cast<int>(api::kPathSize)) return;
-  }
-  ut::ignoreResult(ut::copyText(path, api::kPathSize, agent::kErrorLogName), "made to fit");
-}
-
-void writeAll(int descriptor, const char* text) {
-  std::size_t length = std::strlen(text);
-  while (length > 0) {
-    const ssize_t written = ::write(descriptor, text, length);
-    if (written <= 0) return;
-    text += written;
-    length -= static_cast<std::size_t>(written);
-  }
-}
 
 }  // namespace
 
@@ -55,31 +27,14 @@ void vexoGetCurTime(char* out) {
   std::snprintf(out, kTimeSize, "%s %s", ut::formatDate(now).text, ut::formatTime(now).text);
 }
 
-// Reads the options file itself: a line may have to be logged before there is a context, or by a
-// caller that has none.
 unsigned short getErrorLog(char* path) {
-  char directory[kOptionSize] = "";
-  const ut::FilePtr options = agent::openOptionFileQuietly(nullptr);
-  if (options == nullptr || vexoGetOption(options.get(), "VLTI_LOG", directory) != 0) {
-    if (psvexoGetVexoDir(directory, sizeof directory) != 0) *directory = '\0';
-  }
-  logIn(directory, path);
+  agent::findLog(agent::kErrorLogName, path);
   return 0;
 }
 
 void psWriteError(const char* path, const char* line) {
   if (*path == '\0') return;
-  // O_APPEND, because after a seek we could still overwrite the line of a writer that takes no
-  // lock.
-  const int descriptor = ::open(path, O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600);
-  if (descriptor < 0) return;
-  if (::lockf(descriptor, F_LOCK, 0) == 0) {
-    writeAll(descriptor, line);
-    // The lock covers the file from its beginning; the position has moved since.
-    ut::ignoreResult(::lseek(descriptor, 0, SEEK_SET), "closing unlocks as well");
-    ut::ignoreResult(::lockf(descriptor, F_ULOCK, 0), "closing unlocks as well");
-  }
-  ut::ignoreResult(::close(descriptor), "a lost line stops nothing");
+  ut::ignoreResult(agent::appendLocked(path, line), "a lost line stops nothing");
 }
 
 namespace {
@@ -132,6 +87,6 @@ void psNonNlsErrorMsg(const char* text) {
   char directory[kOptionSize] = "";
   if (psvexoGetVexoDir(directory, sizeof directory) != 0) *directory = '\0';
   char path[api::kPathSize];
-  logIn(directory, path);
+  agent::logIn(directory, agent::kErrorLogName, path);
   appendLine(path, LineKind::kEarly, text);
 }

@@ -12,6 +12,14 @@ constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 constexpr bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
+// Whether a text holds ASCII only.
+constexpr bool isAscii(const char* text) {
+  for (; *text != '\0'; ++text) {
+    if (static_cast<unsigned char>(*text) > 0x7F) return false;
+  }
+  return true;
+}
+
 // Change the case of the letters of a text in place.
 constexpr void upperCase(char* text) {
   for (; *text != '\0'; ++text) {

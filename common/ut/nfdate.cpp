@@ -60,19 +60,14 @@ bool isCalendarDay(unsigned year, unsigned month, unsigned day) {
 // "+N": today plus N days. Reading stops at a count that leaves the calendar from any day, before
 // the sum can overflow.
 unsigned short parseDaysAhead(const char* text, nfDate* date) {
-  using namespace std::chrono;
   while (*text == ' ' || *text == '\t') ++text;
   constexpr long kMostDays = 366L * static_cast<long>(kLastYear);
   long ahead = 0;
   for (; ut::isDigit(*text) && ahead <= kMostDays; ++text) ahead = ahead * 10 + (*text - '0');
   if (ahead > kMostDays) return ut::kInvalidDate;
-  const nfDate today = ut::localNow();
-  const sys_days start =
-      year_month_day(year(static_cast<int>(ut::yearOf(today))), month(today.month), day(today.day));
-  const year_month_day result(start + days(ahead));
-  if (static_cast<int>(result.year()) > static_cast<int>(kLastYear)) return ut::kInvalidDate;
-  *date = ut::makeDate(static_cast<unsigned>(static_cast<int>(result.year())),
-                       static_cast<unsigned>(result.month()), static_cast<unsigned>(result.day()));
+  const nfDate result = ut::addDays(ut::localNow(), ahead);
+  if (ut::yearOf(result) > kLastYear) return ut::kInvalidDate;
+  *date = result;
   return 0;
 }
 
@@ -138,6 +133,36 @@ nfDate makeDate(unsigned year, unsigned month, unsigned day, unsigned hour, unsi
           byte(hour),
           byte(minute),
           byte(second)};
+}
+
+nfDate addDays(const nfDate& date, long days) {
+  using namespace std::chrono;
+  const sys_days start =
+      year_month_day(year(static_cast<int>(yearOf(date))), month(date.month), day(date.day));
+  const year_month_day result(start + std::chrono::days(days));
+  return makeDate(static_cast<unsigned>(static_cast<int>(result.year())),
+                  static_cast<unsigned>(result.month()), static_cast<unsigned>(result.day()));
+}
+
+ShortText isoNow() {
+  const std::time_t now = std::time(nullptr);
+  struct tm local = {};
+  ::localtime_r(&now, &local);
+  ShortText result = {};
+  char offset[8] = "";
+  std::strftime(result.text, sizeof result.text, "%Y-%m-%dT%H:%M:%S", &local);
+  std::strftime(offset, sizeof offset, "%z", &local);
+  const std::size_t used = std::strlen(result.text);
+  std::snprintf(result.text + used, sizeof result.text - used, "%.3s:%.2s", offset, offset + 3);
+  return result;
+}
+
+ShortText isoDate(const nfDate& date) {
+  ShortText result = {};
+  std::snprintf(result.text, sizeof result.text, "%04u-%02u-%02uT%02u:%02u:%02u", yearOf(date),
+                unsigned{date.month}, unsigned{date.day}, unsigned{date.hour},
+                unsigned{date.minute}, unsigned{date.second});
+  return result;
 }
 
 nfDate localNow(unsigned* milliseconds) {

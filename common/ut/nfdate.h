@@ -65,6 +65,14 @@ nfDate makeDate(unsigned year, unsigned month, unsigned day, unsigned hour = 0, 
 // The local date and time; `milliseconds`, if not null, receives the part of the second (0 to 999).
 nfDate localNow(unsigned* milliseconds = nullptr);
 
+// Another day, with the time 0:00:00; `days` may be below 0. The year may leave 1 to 9999.
+nfDate addDays(const nfDate& date, long days);
+
+// For programs to read (ISO 8601), whatever the run's formats: the local time with its offset from
+// UTC, "2026-11-21T03:15:00+01:00"; and a date and time without one.
+ShortText isoNow();
+ShortText isoDate(const nfDate& date);
+
 ShortText formatDate(const nfDate& date);
 ShortText formatTime(const nfDate& date);
 

@@ -1,13 +1,15 @@
 // psterm.cpp: the terminal, see psterm.h.
 #include "common/ut/psterm.h"
 
+#include <signal.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <new>
 
 #include "common/ut/progress.h"
+#include "common/ut/psshell.h"
 #include "common/ut/result.h"
 
 namespace {
@@ -36,7 +38,14 @@ void psGetScreenSize(int* rows, int* cols) {
 void psClearScrn() {
   ut::eraseProgress();
   ut::ignoreResult(std::fflush(stdout), "a failed write is seen when the program ends");
-  ut::ignoreResult(std::system("tput clear"), "a screen that is not cleared is still readable");
+  ut::ShellResult result;
+  try {
+    result = ut::runShell({"tput clear"});
+  } catch (const std::bad_alloc&) {
+    // A screen that is not cleared is still readable.
+  }
+  // An interrupt is meant for this program, not for tput alone.
+  if (result.interrupted != 0) ut::ignoreResult(::raise(result.interrupted), "to our own process");
 }
 
 ut::ReadResult ut::readLine(std::FILE* input, char* buffer, std::size_t size) {

@@ -1,0 +1,64 @@
+// logfile.cpp: files to which several agent processes append, see logfile.h.
+#include "agent/logfile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+#include "agent/optfile.h"
+#include "agent/orcctx.h"
+#include "agent/psutil2.h"
+#include "api/clientdirs.h"
+#include "common/ut/path.h"
+#include "common/ut/psfile.h"
+#include "common/ut/result.h"
+#include "common/ut/strutil.h"
+
+namespace {
+
+bool writeAll(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(descriptor, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+}  // namespace
+
+void agent::logIn(const char* directory, const char* name, char* path) {
+  if (::access(directory, W_OK) == 0) {
+    const int wanted =
+        std::snprintf(path, api::kPathSize, "%s%s%s", directory, ut::slashAfter(directory), name);
+    if (wanted < static_cast<int>(api::kPathSize)) return;
+  }
+  ut::ignoreResult(ut::copyText(path, api::kPathSize, name), "names of logs are short");
+}
+
+void agent::findLog(const char* name, char* path) {
+  char directory[kOptionSize] = "";
+  const ut::FilePtr options = openOptionFileQuietly(nullptr);
+  if (options == nullptr || vexoGetOption(options.get(), "VLTI_LOG", directory) != 0) {
+    if (psvexoGetVexoDir(directory, sizeof directory) != 0) *directory = '\0';
+  }
+  logIn(directory, name, path);
+}
+
+bool agent::appendLocked(const char* path, std::string_view text) {
+  // O_APPEND, because after a seek we could still overwrite the line of a writer that takes no
+  // lock.
+  const int descriptor = ::open(path, O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600);
+  if (descriptor < 0) return false;
+  bool written = ::lockf(descriptor, F_LOCK, 0) == 0;
+  if (written) {
+    written = writeAll(descriptor, text);
+    // The lock covers the file from its beginning; the position has moved since.
+    ut::ignoreResult(::lseek(descriptor, 0, SEEK_SET), "closing unlocks as well");
+    ut::ignoreResult(::lockf(descriptor, F_ULOCK, 0), "closing unlocks as well");
+  }
+  return ::close(descriptor) == 0 && written;
+}

@@ -1,0 +1,24 @@
+// logfile.h: files to which several agent processes append, and where they are.
+#ifndef AGENT_LOGFILE_H
+#define AGENT_LOGFILE_H
+
+#include <string_view>
+
+namespace agent {
+
+// The path of the log `name` in `directory` if that can be written, else in the current directory;
+// `path` has room for api::kPathSize bytes.
+void logIn(const char* directory, const char* name, char* path);
+
+// The same in the directory that the options file names with VLTI_LOG, else in the agent's. Reads
+// the options file itself: a line may have to be logged before there is a context.
+void findLog(const char* name, char* path);
+
+// Appends complete lines to a file under a lock on the whole file, so that lines of several
+// processes are never mixed. The file is created with mode 0600 if needed. False when something did
+// not reach the file. An empty text only tries whether the file can be opened and locked.
+bool appendLocked(const char* path, std::string_view text);
+
+}  // namespace agent
+
+#endif  // AGENT_LOGFILE_H
