@@ -2,7 +2,9 @@
 #include "utility/exchange.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -29,6 +31,18 @@ std::string tempNameFor(const char* prefix) {
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || std::strchr("/._-+", c) != nullptr;
   });
   return plain ? name : std::string();
+}
+
+// Read by the signal handler.
+const char* volatile filesAtRisk[2] = {nullptr, nullptr};
+
+void removeAndEnd(int sig) {
+  for (const char* const volatile& path : filesAtRisk) {
+    const char* const file = path;
+    if (file != nullptr) ut::ignoreResult(::unlink(file), "the program ends in any case");
+  }
+  ::signal(sig, SIG_DFL);
+  ::raise(sig);  // takes effect when this handler returns
 }
 
 }  // namespace
@@ -76,6 +90,21 @@ void utility::SpoolFile::judgeAge() const {
   if (younger) return;
   TRACE(TR_ORCLEVEL0, " %s: '%s' is older than the query\n", kQuery, path_);
   ut::ignoreResult(markAsNotWritten(path_), "a file that is not ours is refused anyway");
+}
+
+utility::ExchangeGuard::ExchangeGuard(const char* scriptPath, const char* spoolPath)
+    : before_{filesAtRisk[0], filesAtRisk[1]},
+      interrupt_(SIGINT, removeAndEnd),
+      quit_(SIGQUIT, removeAndEnd),
+      terminate_(SIGTERM, removeAndEnd),
+      hangUp_(SIGHUP, removeAndEnd) {
+  filesAtRisk[0] = TR_ORCLEVEL2 ? nullptr : scriptPath;  // under that flag they are kept
+  filesAtRisk[1] = TR_ORCLEVEL2 ? nullptr : spoolPath;
+}
+
+utility::ExchangeGuard::~ExchangeGuard() {
+  filesAtRisk[0] = before_[0];
+  filesAtRisk[1] = before_[1];
 }
 
 void utility::removeUnlessTraced(const char* path) {

@@ -10,6 +10,8 @@
 #include <ctime>
 #include <string>
 
+#include "common/ut/pssignal.h"
+
 namespace utility {
 
 struct ExchangeNames {
@@ -43,6 +45,21 @@ class SpoolFile {
 
   const char* path_;
   struct timespec reserved_ = {};
+};
+
+// Until the end of the scope a signal that ends the program (SIGINT, SIGQUIT, SIGTERM, SIGHUP)
+// first removes both files: the script holds a password. To be made before the script's first byte
+// is written. The paths are the caller's. Guards can be nested; the innermost one counts.
+class ExchangeGuard {
+ public:
+  ExchangeGuard(const char* scriptPath, const char* spoolPath);
+  ~ExchangeGuard();
+  ExchangeGuard(const ExchangeGuard&) = delete;
+  ExchangeGuard& operator=(const ExchangeGuard&) = delete;
+
+ private:
+  const char* before_[2];
+  ut::SignalWatch interrupt_, quit_, terminate_, hangUp_;
 };
 
 // Removes one of these files, unless the trace flag ORCLEVEL2 wants it for diagnosis.

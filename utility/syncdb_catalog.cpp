@@ -1,16 +1,18 @@
 // syncdb_catalog.cpp: one SQL script through sqlplus, see syncdb_catalog.h.
 #include "utility/syncdb_catalog.h"
 
-#include <signal.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "common/nls/nls.h"
 #include "common/ut/psfile.h"
-#include "common/ut/pssignal.h"
-#include "common/ut/result.h"
+#include "common/ut/psshell.h"
 #include "common/ut/secret.h"
 #include "common/ut/strutil.h"
 #include "common/ut/trace.h"
@@ -24,12 +26,12 @@ constexpr char kFunction[] = "utQueryCatalog()";
 constexpr std::size_t kScriptSize = 1025;
 constexpr std::size_t kCommandSize = 513;
 
-// The script holds a password: it is wiped when it is done with.
+// The script holds a password, so its text is wiped after use.
 struct Script {
   char text[kScriptSize] = "";
   ~Script() { ut::wipe(text, sizeof text); }
 
-  // False when the whole does not fit; the script is then of no use.
+  // False when it does not fit whole: such a script must not be run.
   template <typename... Parts>
   [[nodiscard]] bool build(const Parts&... parts) {
     return (ut::appendText(text, parts) && ...);
@@ -52,7 +54,7 @@ bool buildScript(const objCatInfo_s& catalog, const char* spoolPath, const nfDat
   const DateText to = plainDate(end);
   TRACE(TR_ORCLEVEL2, " %s: fromDate = '%s', toDate = '%s'\n", kFunction, from.text, to.text);
   // "spool off" follows the quit, without a line end, so sqlplus never reads it. Kept on purpose,
-  // pinned by Catalog.HandsSqlplusThisScriptAndRemovesIt.
+  // pinned by CatalogQuery.HandsSqlplusThisScriptAndRemovesIt.
   return script->build(catalog.userName, "/", catalog.password, "@", catalog.connString, "\nspool ",
                        spoolPath, "\nset term off \n", "set heading on\n", "set pagesize 0\n",
                        "set linesize 80\n", "set recsep off\n", "set sqlterminator on\n",
@@ -78,7 +80,7 @@ unsigned short reportNotCreated(const char* path) {
 unsigned short writeScript(const char* path, const Script& script) {
   ut::FilePtr file = ut::openPrivateFile(path);
   const bool opened = file != nullptr;
-  // No buffer of the stream's own may keep the password.
+  // Unbuffered: the stream must not keep the password in memory.
   if (opened) std::setvbuf(file.get(), nullptr, _IONBF, 0);
   // A script that did not reach the disk whole could ask for too few handles.
   if (opened && std::fputs(script.text, file.get()) >= 0 && ut::closeFile(std::move(file))) {
@@ -89,56 +91,82 @@ unsigned short writeScript(const char* path, const Script& script) {
   return reportNotCreated(path);
 }
 
-// In place of a query, on a test flag: Oracle knows nothing.
+// Instead of a query, on a test flag: an answer in which Oracle knows nothing.
 unsigned short makeEmptySpool(const char* path) {
   ut::FilePtr file = ut::openPrivateFile(path);
   return file != nullptr && ut::closeFile(std::move(file)) ? 0 : reportNotCreated(path);
 }
 
-// Runs sqlplus with the script. Returns what `system` returned, -1 when the command is too long.
-int runSqlplus(const char* scriptPath) {
+// NLS_LANG is LANGUAGE_TERRITORY.CHARACTERSET, each part optional. The language becomes English, so
+// that the row count and the confirmations can be recognized; the rest is the site's. Unset means
+// English already.
+std::vector<ut::EnvironmentChange> sqlplusEnvironment() {
+  // Where sqlplus would look for login.sql, which can change how rows are shown.
+  std::vector<ut::EnvironmentChange> changes = {{"SQLPATH", "", true}, {"ORACLE_PATH", "", true}};
+  const char* value = std::getenv("NLS_LANG");
+  if (value == nullptr || *value == '\0') return changes;
+  const std::string_view language(value);
+  const std::size_t rest = language.find_first_of("_.");
+  std::string english = "AMERICAN";
+  if (rest != language.npos) english += language.substr(rest);
+  changes.push_back({"NLS_LANG", english});
+  return changes;
+}
+
+// Runs sqlplus with the script. Returns what to report, or nothing if it ran to its end and
+// succeeded.
+std::optional<nls::Message<>> runSqlplus(const char* scriptPath, bool emptyInput) {
   char command[kCommandSize] = "sqlplus -L @";
-  if (!ut::appendText(command, scriptPath)) return -1;
+  if (!ut::appendText(command, scriptPath)) return msg::kQueryFailed;
   TRACE(TR_ORCLEVEL2, " %s: Calling system() with '%s'\n", kFunction, command);
   std::fflush(stdout);
-  const int status = std::system(command);
-  if (status != 0) {
+  const bool noTerminal = ::isatty(STDIN_FILENO) == 0;
+  const ut::ShellResult result =
+      ut::runShell({command, emptyInput || noTerminal, sqlplusEnvironment()});
+  if (result.status != 0) {
     TRACE(TR_ORCLEVEL0, " %s: Exit - SQLPLUS command '%s' failed\n\n", kFunction, command);
   }
-  return status;
-}
-
-// What a signal that ends the program takes along while sqlplus runs, which may be long: the script
-// holds a password. No flag could be looked at before sqlplus has ended.
-const char* volatile filesAtRisk[2] = {nullptr, nullptr};
-
-void removeAndEnd(int sig) {
-  for (const char* const volatile& path : filesAtRisk) {
-    const char* const file = path;
-    if (file != nullptr) ut::ignoreResult(::unlink(file), "the program ends in any case");
+  // After an interrupt sqlplus stops its display, prints a count that fits what it displayed, and
+  // may end with 0.
+  if (result.interrupted != 0) {
+    TRACE(TR_ORCLEVEL0, " %s: Exit - interrupted by signal %d\n\n", kFunction, result.interrupted);
+    return msg::kQueryInterrupted;
   }
-  ::signal(sig, SIG_DFL);
-  ::raise(sig);
+  if (result.status != 0) return msg::kQueryFailed;
+  return std::nullopt;
 }
 
-// Runs the script and removes it. Returns what runSqlplus returned.
-int runScript(const char* scriptPath, const char* spoolPath, unsigned catalogNumber) {
-  filesAtRisk[0] = TR_ORCLEVEL2 ? nullptr : scriptPath;  // under that flag they are kept
-  filesAtRisk[1] = TR_ORCLEVEL2 ? nullptr : spoolPath;
-  const ut::SignalWatch term(SIGTERM, removeAndEnd), hangUp(SIGHUP, removeAndEnd);
-  int status = 0;
+// Writes the script, runs it and removes it at once: it holds the password. Returns 0, 2575 or
+// 2533.
+unsigned short runScript(const Script& script, const char* scriptPath, const char* spoolPath,
+                         unsigned catalogNumber, bool emptyInput) {
+  if (const unsigned short rc = writeScript(scriptPath, script); rc != 0) return rc;
+  utility::SpoolFile spool(spoolPath);
+  if (!spool.reserve()) {
+    utility::removeUnlessTraced(scriptPath);
+    return reportNotCreated(spoolPath);
+  }
+  std::optional<nls::Message<>> failure;
   {
     const auto watch = utility::QueryWatch::begin(catalogNumber, spoolPath);
-    status = runSqlplus(scriptPath);
+    failure = runSqlplus(scriptPath, emptyInput);
   }
-  utility::removeUnlessTraced(scriptPath);  // at once, it holds the password
-  return status;
+  utility::removeUnlessTraced(scriptPath);
+  if (failure) {
+    utility::removeUnlessTraced(spoolPath);
+    utility::reportText(nlsprintf(*failure));
+    return msg::kQueryFailed.code();
+  }
+  spool.judgeAge();
+  TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
+  return 0;
 }
 
 }  // namespace
 
 unsigned short utQueryCatalog(const objCatInfo_s* catalog, const char* scriptPath,
-                              const char* spoolPath, const nfDate& start, const nfDate& end) {
+                              const char* spoolPath, const nfDate& start, const nfDate& end,
+                              bool emptyInput) {
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
   TRACE(TR_ORCLEVEL2, " %s: catInfoP->userName = '%s'\n", kFunction, catalog->userName);
   TRACE(TR_ORCLEVEL2, " %s: catInfoP->connString = '%s'\n", kFunction, catalog->connString);
@@ -149,20 +177,10 @@ unsigned short utQueryCatalog(const objCatInfo_s* catalog, const char* scriptPat
   // Only under this flag does a trace hold a password.
   TRACE(TR_ORCLEVEL2, " %s: Both fromDate and toDate specified, sqlCommand is:\n%s\n", kFunction,
         script.text);
-  if (const unsigned short rc = writeScript(scriptPath, script); rc != 0) return rc;
-  if (TEST_SYNCDBNORMAN) return makeEmptySpool(spoolPath);
-  utility::SpoolFile spool(spoolPath);
-  if (!spool.reserve()) {
-    utility::removeUnlessTraced(scriptPath);
-    return reportNotCreated(spoolPath);
+  const utility::ExchangeGuard guard(scriptPath, spoolPath);
+  if (!TEST_SYNCDBNORMAN) {
+    return runScript(script, scriptPath, spoolPath, catalog->catalogNumber, emptyInput);
   }
-  const int status = runScript(scriptPath, spoolPath, catalog->catalogNumber);
-  if (status != 0) {
-    utility::removeUnlessTraced(spoolPath);
-    utility::reportText(nlsprintf(msg::kQueryFailed));
-    return msg::kQueryFailed.code();
-  }
-  spool.judgeAge();
-  TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
-  return 0;
+  const unsigned short rc = writeScript(scriptPath, script);
+  return rc != 0 ? rc : makeEmptySpool(spoolPath);
 }

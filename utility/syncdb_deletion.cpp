@@ -8,15 +8,19 @@
 
 #include <cstdint>
 #include <new>
+#include <optional>
 #include <string>
 
+#include "agent/errormsg.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/progress.h"
 #include "common/ut/result.h"
 #include "common/ut/trace.h"
+#include "utility/deletionlog.h"
 #include "utility/dialogue.h"
+#include "utility/doubts.h"
 #include "utility/report.h"
 
 namespace {
@@ -31,13 +35,15 @@ std::string dateText(const nfDate& date) {
 
 class Deletion {
  public:
-  Deletion(ObjectList* list, orcObj_t* orc, const utility::Findings* findings)
-      : list_(list), orc_(orc), findings_(findings) {}
+  Deletion(ObjectList* list, orcObj_t* orc, utility::RunRecord* run)
+      : list_(list), orc_(orc), run_(run) {}
 
   unsigned short run() {
     nlprintf(msg::kBlankLine);
     const utility::PickSummary picks = utility::summarizePicks(*list_);
-    describe(picks);
+    log_.emplace();
+    const bool recorded = log_->canWrite();
+    describe(picks, recorded);
     if (PromptYN() != 1) {
       TRACE(TR_ORCLEVEL1, " %s: Exit - didn't enter 'y' \n\n", kFunction);
       return 0;
@@ -59,11 +65,16 @@ class Deletion {
       }
       if (const std::int16_t rc = deleteObject(*object); rc != 0) return abortAfter(rc);
       TRACE(TR_ORCLEVEL2, " %s: Deleted file '%s' from Zyl Server\n", kFunction, object->name);
+      log_->add(*object);
+      transaction_.add(*object);
       object = list_->remove(object);
-      ++inTransaction_;
       progress.advance();
     }
-    return commitLast();
+    const unsigned short rc = commitLast();
+    if (recorded && log_->failed()) {
+      agent::showAndLog(nlsprintf(msg::kRecordIncomplete, log_->path()));
+    }
+    return rc;
   }
 
   // Memory ran out during the deletion: what is not committed is taken back.
@@ -75,24 +86,28 @@ class Deletion {
   }
 
  private:
-  // Says what is about to happen, right before the question.
-  void describe(const utility::PickSummary& picks) const {
+  // Says what is about to happen, right before the question. `recorded`: the log can be written.
+  void describe(const utility::PickSummary& picks, bool recorded) const {
     const std::string none = nls::plainText(msg::kNone);
     nlprintf(msg::kAboutToDelete, ut::formatNumber(picks.total.count).text,
              ut::formatSize(picks.total.bytes).text,
              picks.total.count == 0 ? none : dateText(picks.oldest),
              picks.total.count == 0 ? none : dateText(picks.newest), knownText());
     if (picks.total.count == 0) nlprintf(msg::kNothingPicked);
-    if (findings_ != nullptr && findings_->catalogsWithoutHandles > 0) {
-      nlprintf(msg::kCatalogsWithoutPieces, findings_->catalogsWithoutHandles,
-               findings_->catalogsAsked);
-    }
+    for (const std::string& doubt : run_->doubts) nlprintf(msg::kLine, doubt);
+    const std::string ofPicks = utility::doubtPicks(*list_, *run_);
+    if (!ofPicks.empty()) agent::showAndLog(ofPicks);
+    if (!recorded) agent::showAndLog(nlsprintf(msg::kRecordNotWritten, log_->path()));
+    const bool remarks =
+        picks.total.count == 0 || !run_->doubts.empty() || !ofPicks.empty() || !recorded;
+    if (remarks) nlprintf(msg::kBlankLine);
   }
 
-  // What Oracle said before this list was made.
+  // What was compared with Oracle before this list was made.
   std::string knownText() const {
-    if (findings_ == nullptr) return nls::plainText(msg::kOracleNotAsked);
-    return nlsprintf(msg::kOracleKnows, ut::formatNumber(findings_->handlesKnown).text);
+    if (run_->list == utility::ListKind::kAll) return nls::plainText(msg::kOracleNotAsked);
+    return nlsprintf(msg::kOracleKnows, ut::formatNumber(run_->objectsKnown).text,
+                     ut::formatNumber(run_->objects).text);
   }
 
   struct EndResult {
@@ -106,14 +121,18 @@ class Deletion {
   // Deletion.FillsTransactionsToOneLessThanTheLimit. Unsigned, so that a limit of 0 is never
   // reached; "at least", so that with a limit of 1 every object gets a transaction of its own.
   bool transactionIsFull() const {
-    return inTransaction_ >= static_cast<std::uint32_t>(orc_->maxObjPerTxn) - 1;
+    return transaction_.count >= static_cast<std::uint32_t>(orc_->maxObjPerTxn) - 1;
   }
 
   std::int16_t begin(Report where) {
     TRACE(TR_ORCLEVEL2, " %s: Calling VLTBEGINTXN(). vltHandle = %d\n", kFunction, orc_->vltHandle);
     const std::int16_t rc = gVltApiObjP->dvltBeginTxn(VltApiStatusObjP, orc_->vltHandle);
     inProgress_ = rc == 0;
-    if (inProgress_) return 0;
+    if (inProgress_) {
+      log_->begin(++run_->transactions);
+      transaction_ = {};
+      return 0;
+    }
     const std::string text = utility::reportCode(orc_, rc, where);
     TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
     TRACE(TR_ORCLEVEL0, " %s: Exit - VLTBEGINTXN(). failed rc = %d\n\n", kFunction, rc);
@@ -123,14 +142,29 @@ class Deletion {
   EndResult end(std::uint8_t vote) {
     TRACE(TR_ORCLEVEL2, " %s: Calling VLTENDTXN(). vltHandle = %d\n", kFunction, orc_->vltHandle);
     std::uint16_t reason = 0;
+    log_->flush();  // before the server is asked: what is gone must have its line
     inProgress_ = false;
     std::int16_t rc = gVltApiObjP->dvltEndTxn(VltApiStatusObjP, orc_->vltHandle, vote, &reason);
+    recordEnd(vote, rc, reason);
     if (rc == VLT_RC_CHECK_REASON) {
       // Without a reason the code itself is kept: an aborted deletion is no success.
       if (reason != 0) rc = static_cast<std::int16_t>(reason);
       TRACE(TR_ORCLEVEL2, " %s: Reason = %d\n", kFunction, reason);
     }
     return {rc, rc != 0 || reason != 0};
+  }
+
+  // How the transaction ended, by the server's answer. Without an answer that is one of the agreed
+  // ones a commit may have happened or not.
+  void recordEnd(std::uint8_t vote, std::int16_t rc, std::uint16_t reason) {
+    using utility::Outcome;
+    Outcome outcome = Outcome::kUnknown;
+    if (vote == VLT_VOTE_ABORT || rc == VLT_RC_CHECK_REASON) outcome = Outcome::kTakenBack;
+    if (vote == VLT_VOTE_COMMIT && rc == 0 && reason == 0) outcome = Outcome::kCommitted;
+    log_->end(outcome, rc, reason);
+    if (outcome != Outcome::kCommitted) return;
+    run_->deleted.count += transaction_.count;
+    run_->deleted.bytes += transaction_.bytes;
   }
 
   // Commits what is there and begins the next transaction.
@@ -141,7 +175,6 @@ class Deletion {
       TRACE(TR_ORCLEVEL0, " %s: Exit VLTENDTXN() failed rc = %d\n\n", kFunction, ended.rc);
       return ended;
     }
-    inTransaction_ = 0;
     const std::int16_t rc = begin(Report::kLogOnly);
     return {rc, rc != 0};
   }
@@ -184,17 +217,19 @@ class Deletion {
 
   ObjectList* list_;
   orcObj_t* orc_;
-  const utility::Findings* findings_;
-  std::uint32_t inTransaction_ = 0;  // deletes so far
-  bool inProgress_ = false;          // a transaction is open
+  utility::RunRecord* run_;
+  std::optional<utility::DeletionLog> log_;
+  utility::ObjectTotal transaction_;  // what the open transaction has deleted so far
+  bool inProgress_ = false;           // a transaction is open
 };
 
 }  // namespace
 
 unsigned short utDeleteFiles(CLinkedList<utZylObj_s>* list, orcObj_t* orc,
-                             const utility::Findings* findings) {
+                             utility::RunRecord* run) {
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
-  Deletion deletion(list, orc, findings);
+  utility::RunRecord unknown(utility::ListKind::kAll);
+  Deletion deletion(list, orc, run != nullptr ? run : &unknown);
   try {
     return deletion.run();
   } catch (const std::bad_alloc&) {

@@ -4,9 +4,11 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/ascii.h"
 #include "common/ut/progress.h"
 #include "common/ut/psfile.h"
 #include "common/ut/result.h"
@@ -25,8 +27,8 @@ constexpr std::uint16_t kResponseVersion = 8;
 class Listing {
  public:
   Listing(const nfDate& start, const nfDate& end, orcObj_t* orc, ObjectList* list,
-          dsBPlusTree* tree)
-      : start_(start), end_(end), orc_(orc), list_(list), tree_(tree) {}
+          dsBPlusTree* tree, utility::RangeCounts* counts)
+      : start_(start), end_(end), orc_(orc), list_(list), tree_(tree), counts_(counts) {}
 
   unsigned short run() {
     openDiagnosticFile();
@@ -134,7 +136,9 @@ class Listing {
     if (beforeStart(response().insDate)) return 0;
     TRACE(TR_ORCLEVEL2, " %s: Found '%s' on ZYL Server\n", kFunction, key);
     if (names_ != nullptr) std::fprintf(names_.get(), "%s\n", key);
-    if (tree_ != nullptr && tree_->SearchItem(key, utFindFilename) != nullptr) return 0;
+    const bool known = tree_ != nullptr && tree_->SearchItem(key, utFindFilename) != nullptr;
+    if (counts_ != nullptr) count(key, known);
+    if (known) return 0;
     utZylObj_s object = {};
     fill(&object);
     TRACE(TR_ORCLEVEL2, " %s: Adding '%s' to the list\n", kFunction, object.name);
@@ -143,6 +147,23 @@ class Listing {
     utility::reportText(nlsprintf(msg::kNoMemory));
     TRACE(TR_ORCLEVEL0, " %s: Exit - No Memory. rc =  %d\n\n", kFunction, rc);
     return rc;
+  }
+
+  void count(char* key, bool known) {
+    ++counts_->objects;
+    if (known) ++counts_->known;
+    if (!ut::isAscii(key)) ++(known ? counts_->foreignKnown : counts_->foreignOffered);
+    if (!known && beginsWithHandle(key)) ++counts_->cutOff;
+  }
+
+  // Whether the tree holds the beginning of a name, as long as the longest handle.
+  bool beginsWithHandle(char* key) {
+    const std::size_t length = counts_->longestHandle;
+    if (tree_ == nullptr || length == 0 || std::strlen(key) <= length) return false;
+    const char next = std::exchange(key[length], '\0');
+    const bool found = tree_->SearchItem(key, utFindFilename) != nullptr;
+    key[length] = next;
+    return found;
   }
 
   void fill(utZylObj_s* object) {
@@ -200,6 +221,7 @@ class Listing {
   orcObj_t* orc_;
   ObjectList* list_;
   dsBPlusTree* tree_;
+  utility::RangeCounts* counts_;
   ut::FilePtr names_;
   VltSessInfo session_ = {};
   VltDataBlk block_ = {};
@@ -213,7 +235,8 @@ class Listing {
 }  // namespace
 
 unsigned short utGetFileList(const nfDate& start, const nfDate& end, orcObj_t* orc,
-                             CLinkedList<utZylObj_s>* list, dsBPlusTree* tree) {
+                             CLinkedList<utZylObj_s>* list, dsBPlusTree* tree,
+                             utility::RangeCounts* counts) {
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
-  return Listing(start, end, orc, list, tree).run();
+  return Listing(start, end, orc, list, tree, counts).run();
 }

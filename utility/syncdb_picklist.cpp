@@ -8,14 +8,14 @@
 #include "utility/utpick.h"
 
 unsigned short utProcessPickList(orcObj_t* orc, CLinkedList<utZylObj_s>* list,
-                                 const utility::Findings* findings) {
+                                 utility::RunRecord* run) {
   static constexpr char kFunction[] = "utProcessPickList()";
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
   unsigned short rc = 0;
   for (;;) {
-    rc = static_cast<unsigned short>(pkPickHandler(list));
+    rc = static_cast<unsigned short>(pkPickHandler(list, run));
     if (rc != 0) break;
-    rc = utDeleteFiles(list, orc, findings);
+    rc = utDeleteFiles(list, orc, run);
     if (rc != 0) {
       TRACE(TR_ORCLEVEL0, " %s: Exit - utDeleteFiles() failed\n\n", kFunction);
       break;
@@ -39,7 +39,8 @@ unsigned short utDeleteFromZyl(orcObj_t* orc, vexoOptionsInfo_t&, const nfDate& 
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", "utDeleteFromZyl()");
   unsigned short rc = utGetFileList(start, end, orc, &list, nullptr);
   if (rc == 0) {
-    rc = utProcessPickList(orc, &list);
+    utility::RunRecord run(utility::ListKind::kAll);
+    rc = utProcessPickList(orc, &list, &run);
   } else {
     TRACE(TR_ORCLEVEL0, " %s: utGetFileList() failed. rc = %d\n\n", "utDeleteFromZyl()", rc);
   }

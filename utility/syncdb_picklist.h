@@ -5,14 +5,14 @@
 
 #include "agent/orcctx.h"
 #include "common/ut/nfdate.h"
-#include "utility/findings.h"
+#include "utility/runrecord.h"
 #include "utility/utparser.h"
 #include "utility/zylobj.h"
 
 // Shows the pick list and deletes what was picked, again and again, until the user leaves (300) or
-// something fails. `findings` is null for DELETE, which does not ask Oracle.
+// something fails. `run` may be null: then nothing is known about the list.
 [[nodiscard]] unsigned short utProcessPickList(orcObj_t* orc, CLinkedList<utZylObj_s>* list,
-                                               const utility::Findings* findings = nullptr);
+                                               utility::RunRecord* run = nullptr);
 
 // DELETE: all objects of the range go to the pick list. The end date comes first. Returns the code
 // of the listing or of the pick list.

@@ -1,117 +1,64 @@
-// syncdb_spool.cpp: what sqlplus spooled for one catalog becomes handles in the tree.
+// syncdb_spool.cpp: what sqlplus spooled for one catalog becomes handles in the tree, see
+// syncdb_spool.h.
 //
-// A row that is lost makes a good backup look forgotten; a row too many only hides an orphan. So
-// doubts end the command, and where a line can be read in several ways all readings go into the
-// tree.
+// A row that is lost makes a good backup look forgotten; a row too many only hides an orphan. So an
+// answer that may have lost rows is refused or becomes a doubt, and a line that can be read in
+// several ways makes all its readings known.
 //
 //   spool file, as sqlplus writes it          read as
 //   <blank line>
-//   Session altered.                          skipped by its first word
+//   Session altered.                          a confirmation, skipped
 //   <blank line>
 //   SALES_df_731_1_1          <to column 80>  a row
-//   <80 columns without an end>               a row that goes on in the next line
+//   <80 columns without an end>               a row that the next line continues
 //   <its rest>                <to column 80>
-//   <blank line>
-//   3 rows selected.                          checked against the rows (from 6 rows on, by default)
-//   ORA-01555: snapshot too old               the whole listing is void
+//   <blank line>                              between rows: a piece without a handle
+//   3 rows selected.                          the row count (from 6 rows on, by default)
+//   ORA-01555: snapshot too old               the whole answer is void
+//
+// classifyLine says what a line is; AnswerReader keeps the rows, their readings and the count, and
+// judges at the end.
 #include "utility/syncdb_spool.h"
 
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <new>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "agent/errormsg.h"
 #include "common/nls/nls.h"
-#include "common/ut/ascii.h"
 #include "common/ut/progress.h"
 #include "common/ut/psfile.h"
 #include "common/ut/trace.h"
-#include "common/ut/utf8.h"
 #include "utility/exchange.h"
 #include "utility/report.h"
+#include "utility/spoolline.h"
 #include "utility/syncdb_names.h"
 
 namespace {
+
+using utility::LineKind;
+using utility::SpoolLine;
 
 constexpr char kFunction[] = "utLoadBTree()";
 constexpr unsigned short kNotReadable = msg::kSpoolFileNotRead.code();
 constexpr unsigned short kNotSound = msg::kQueryFailed.code();
 constexpr std::size_t kPieceSize = 513;
-constexpr std::size_t kLineWidth = 80;  // as the script sets it
 constexpr std::size_t kLongestHandle = 512;
-constexpr std::uint64_t kCountedFrom = 6;  // rows from which on sqlplus counts them by default
+constexpr std::size_t kFewLines = 40;  // lines whose every join is tried, without a row count
 
-// Every line of a listing of a million goes through this: plain comparisons, no search in a set.
-bool isSeparator(char c) { return c == ' ' || c == ',' || c == '\n' || c == '\t'; }
-
-// The first word of a text, which is taken off with the separators around it.
-std::string_view takeWord(std::string_view* text) {
-  std::size_t start = 0;
-  while (start < text->size() && isSeparator((*text)[start])) ++start;
-  std::size_t end = start;
-  while (end < text->size() && !isSeparator((*text)[end])) ++end;
-  const std::string_view word = text->substr(start, end - start);
-  text->remove_prefix(end);
-  return word;
+// "?" and U+FFFD: what a conversion between character sets puts where it has no letter.
+bool holdsReplacement(std::string_view text) {
+  return text.find('?') != text.npos || text.find("\xEF\xBF\xBD") != text.npos;
 }
 
-std::string_view withoutEnd(std::string_view line) {
-  while (!line.empty() && isSeparator(line.back())) line.remove_suffix(1);
-  return line;
-}
-
-// "ORA-00942:" and the like: what Oracle and its tools say when something went wrong. Two of them
-// come with a logon that succeeded.
-bool isError(std::string_view word) {
-  static constexpr std::string_view kSources[] = {"ORA-", "SP2-", "TNS-", "PLS-"};
-  static constexpr std::string_view kWarnings[] = {"ORA-28002:", "ORA-28011:"};
-  for (const std::string_view warning : kWarnings) {
-    if (word.starts_with(warning)) return false;
-  }
-  for (const std::string_view source : kSources) {
-    if (!word.starts_with(source)) continue;
-    std::size_t end = source.size();
-    while (end < word.size() && ut::isDigit(word[end])) ++end;
-    return end > source.size() && end < word.size() && word[end] == ':';
-  }
-  return false;
-}
-
-// The number in "12 rows selected." or "no rows selected", if the line is that. A number that
-// cannot be read is one that no listing has.
-std::optional<std::uint64_t> rowCount(std::string_view line) {
-  const std::string_view number = takeWord(&line), rows = takeWord(&line), verb = takeWord(&line);
-  if (rows != "rows" && rows != "row") return std::nullopt;
-  if (verb != "selected." && verb != "selected") return std::nullopt;
-  if (number == "no") return 0;
-  std::uint64_t count = 0;
-  const char* end = number.data() + number.size();
-  const auto [stop, error] = std::from_chars(number.data(), end, count);
-  return stop == end && error == std::errc() ? count : UINT64_MAX;
-}
-
-// How wide a line is on the screen, if it is UTF-8.
-std::size_t columns(std::string_view line) {
-  std::size_t count = 0;
-  for (const char c : line) count += !ut::isContinuation(c);
-  return count;
-}
-bool fillsLine(std::string_view line) {
-  return line.size() == kLineWidth || columns(line) == kLineWidth;
-}
-
-// Reads one spool file into the tree and judges whether it is whole.
-class Spool {
+class AnswerReader {
  public:
-  Spool(std::FILE* file, const char* path, dsBPlusTree* tree)
+  AnswerReader(std::FILE* file, const char* path, dsBPlusTree* tree)
       : file_(file), path_(path), tree_(tree) {}
 
   // Returns 0, 2533 after a message, 2576, or the tree's code.
@@ -129,6 +76,7 @@ class Spool {
       if (inLine && length + 1 < sizeof piece) {
         return unsound(nlsprintf(msg::kAnswerCutShort, path_));
       }
+      ++lineNumber_;
       const unsigned short rc = takeLine({piece, inLine ? length : length - 1});
       if (rc != 0) return rc;
       progress.advance();
@@ -142,56 +90,121 @@ class Spool {
  private:
   static unsigned short unsound(const std::string& text) {
     utility::reportText(text);
-    TRACE(TR_ORCLEVEL0, " %s: Exit - the listing is not sound: '%s'\n\n", kFunction, text.c_str());
+    TRACE(TR_ORCLEVEL0, " %s: Exit - the answer is not sound: '%s'\n\n", kFunction, text.c_str());
     return kNotSound;
   }
 
-  unsigned short takeLine(std::string_view line) {
-    endsWithRow_ = false;
-    std::string_view rest = line;
-    const std::string_view word = takeWord(&rest);
-    // sqlplus confirms the date-format statement with "Session altered."
-    const bool confirmation = word == "Session" && begun_.empty();
-    if (word.empty() || confirmation) {
-      begun_.clear();
-      return 0;
+  unsigned short takeLine(std::string_view text) {
+    const SpoolLine line = utility::classifyLine(text);
+    if (errorHeading_ && line.kind != LineKind::kBlank) {
+      if (line.kind != LineKind::kWarning) return voidFor(line);
+      errorHeading_ = false;
     }
-    const std::string_view body = withoutEnd(line);
-    const std::string_view text = body.substr(static_cast<std::size_t>(word.data() - body.data()));
-    if (isError(word)) return unsound(nlsprintf(msg::kAnswerHasError, path_, text));
-    if (text != word && rowCount(text)) {
-      counted_ = text;
-      begun_.clear();
-    } else if (!begun_.empty()) {
-      endsWithRow_ = true;
-    } else if (text != "ERROR:") {
-      endsWithRow_ = text == word || fillsLine(line);
-      if (endsWithRow_) ++answer_.rows;
+    switch (line.kind) {
+      case LineKind::kBlank:
+        takeBlank(text);
+        return 0;
+      case LineKind::kError:
+        return voidFor(line);
+      case LineKind::kErrorHeading:
+        errorHeading_ = true;
+        return 0;
+      case LineKind::kWarning:
+        return 0;
+      case LineKind::kRowCount:
+        takeCount(line);
+        return 0;
+      case LineKind::kConfirmation:
+        return begun_.empty() ? 0 : takeRow(line);  // else it continues a handle
+      case LineKind::kOther:
+        return begun_.empty() ? takeOther(line) : takeRow(line);
+      case LineKind::kRow:
+      case LineKind::kFullRow:
+        break;
     }
-    const short rc = insertReadings(body, text, word);
-    if (rc == 0) {
-      keepForNext(line);
+    return takeRow(line);
+  }
+
+  unsigned short voidFor(const SpoolLine& line) const {
+    return unsound(nlsprintf(msg::kAnswerHasError, path_, line.text));
+  }
+
+  void takeBlank(std::string_view line) {
+    begun_.clear();
+    // Before the first row a blank line says nothing, unless it is padded like a row.
+    if (answer_.rows == 0 && line.size() >= utility::kSpoolWidth) ++nulls_;
+    if (answer_.rows > 0) ++blanks_;
+  }
+
+  // The last count is the query's own: statements of a profile come before it.
+  void takeCount(const SpoolLine& line) {
+    counted_ = line.text;
+    count_ = line.count;
+    nullsCounted_ = nulls_ + (blanks_ > 1 ? blanks_ - 1 : 0);
+    begun_.clear();
+  }
+
+  unsigned short takeRow(const SpoolLine& line) {
+    nulls_ += blanks_;
+    blanks_ = 0;
+    if (begun_.empty()) {
+      ++answer_.rows;
+      rowLength_ = 0;
     } else {
+      ++continued_;
+    }
+    rowLength_ += line.body.size();
+    if (rowLength_ > answer_.longest) answer_.longest = rowLength_;
+    answer_.lettersLost = answer_.lettersLost || holdsReplacement(line.body);
+    const short rc = insertReadings(line);
+    if (rc == kTreeStored) keepForNext(line);
+    return code(rc);
+  }
+
+  // What a line of several words may be if it is a row after all. It is not counted as one.
+  unsigned short takeOther(const SpoolLine& line) {
+    keepFewLines(line);
+    return code(insertAll(line));
+  }
+
+  static unsigned short code(short rc) {
+    if (rc != kTreeStored) {
       TRACE(TR_ORCLEVEL0, " %s: Exit - unknown error in bTree. rc = %d\n\n", kFunction, rc);
     }
     return static_cast<unsigned short>(rc);
   }
 
-  // Puts everything into the tree that the line can mean: its first word; all of it, where it has
-  // several; and each handle that may have begun before and ends here. Returns 0 or the tree's
-  // code.
-  short insertReadings(std::string_view body, std::string_view text, std::string_view word) {
+  // Inserts everything that the line can mean: by itself, and as the end of each handle that may
+  // have begun in the lines before it. Counts what is new. Returns 0 or the tree's code.
+  short insertReadings(const SpoolLine& line) {
+    keepFewLines(line);
     bool added = false;
-    short rc = word == "Session" ? kTreeStored : insert(word, &added);
-    if (rc == 0 && text != word) rc = insert(text, &added);
-    for (auto begun = begun_.rbegin(); rc == 0 && begun != begun_.rend(); ++begun) {
-      rc = insert(std::string(*begun) += body, &added);
-    }
-    if (!endsWithRow_) return rc;
-    // The last one was the longest: that is what this row, so far, is taken for.
+    const bool plain = begun_.empty() && line.body.size() == line.word.size() &&
+                       !line.carriageReturn && line.word.front() != '"';
+    const short rc = plain ? insert(line.word, &added) : insertAll(line, &added);
+    // The longest reading was the last one: that is what this row, so far, is taken for.
     if (!begun_.empty() && lastAdded_) --answer_.handles;
     lastAdded_ = added;
     if (lastAdded_) ++answer_.handles;
+    return rc;
+  }
+
+  // `*added`, if not null: the last reading was new.
+  short insertAll(const SpoolLine& line, bool* added = nullptr) {
+    readings_.clear();
+    utility::appendReadings(line.body, &readings_);
+    if (line.carriageReturn) readings_.push_back(std::string(line.body) + '\r');
+    for (auto begun = begun_.rbegin(); begun != begun_.rend(); ++begun) {
+      utility::appendReadings(*begun + std::string(line.body), &readings_);
+    }
+    bool isNew = false;
+    short rc = kTreeStored;
+    for (const std::string& reading : readings_) {
+      // Alone it is sqlplus's confirmation of the date format.
+      if (reading != "Session") rc = insert(reading, &isNew);
+      if (rc != kTreeStored) break;
+    }
+    if (added != nullptr) *added = isNew;
     return rc;
   }
 
@@ -206,26 +219,50 @@ class Spool {
     return kTreeStored;
   }
 
-  // A line that is full to its last column goes on in the next one, unless its handle happens to
-  // end there: which of the full lines before it a handle began in cannot be told.
-  void keepForNext(std::string_view line) {
-    if (!fillsLine(line) || isSeparator(line.back())) {
+  // A full line is continued by the next one, unless its handle happens to end there. In which of
+  // several full lines a handle began cannot be told either, so all of them are kept.
+  void keepForNext(const SpoolLine& line) {
+    if (line.kind != LineKind::kFullRow) {
       begun_.clear();
       return;
     }
-    for (std::string& begun : begun_) begun += line;
+    if (firstFullLine_ == 0) firstFullLine_ = lineNumber_;
+    for (std::string& begun : begun_) begun += line.body;
     std::erase_if(begun_, [](const std::string& begun) { return begun.size() > kLongestHandle; });
-    begun_.emplace_back(line);
+    begun_.emplace_back(line.body);
   }
 
+  void keepFewLines(const SpoolLine& line) {
+    if (fewLines_.size() <= kFewLines) fewLines_.emplace_back(line.body);
+  }
+
+  // Says whether the answer is whole: its count is that of the rows, or of the rows and the pieces
+  // without a handle.
   unsigned short judge() {
-    if (!counted_.empty() && rowCount(counted_) != answer_.rows) {
-      return unsound(nlsprintf(msg::kRowCountDiffers, path_, counted_, answer_.rows));
+    if (errorHeading_) return unsound(nlsprintf(msg::kAnswerHasError, path_, "ERROR"));
+    answer_.counted = !counted_.empty();
+    if (!answer_.counted) return answer_.rows < utility::kCountedFrom ? insertJoins() : 0;
+    if (count_ == answer_.rows || count_ == answer_.rows + nullsCounted_) return 0;
+    // A handle that fills its line and the one after it count as one. That this explains the count
+    // is no proof: the answer is refused either way.
+    if (count_ > answer_.rows && count_ - answer_.rows <= continued_ + nullsCounted_ &&
+        continued_ > 0) {
+      return unsound(nlsprintf(msg::kRowFillsLine, path_, firstFullLine_));
     }
-    // With its feedback switched off sqlplus counts nothing: the listing may be whole, or have lost
-    // its end between two lines.
-    if (counted_.empty() && endsWithRow_ && answer_.rows >= kCountedFrom) {
-      agent::showAndLog(nlsprintf(msg::kNoRowCount, path_));
+    return unsound(nlsprintf(msg::kRowCountDiffers, path_, counted_, answer_.rows));
+  }
+
+  // Nothing says how many rows there are: a profile may have broken handles anywhere, so all joins
+  // of consecutive lines are known as well.
+  unsigned short insertJoins() {
+    if (fewLines_.size() > kFewLines) return 0;
+    for (std::size_t first = 0; first < fewLines_.size(); ++first) {
+      std::string join = fewLines_[first];
+      for (std::size_t next = first + 1; next < fewLines_.size(); ++next) {
+        join += fewLines_[next];
+        bool added = false;
+        if (const short rc = insert(join, &added); rc != kTreeStored) return code(rc);
+      }
     }
     return 0;
   }
@@ -234,11 +271,23 @@ class Spool {
   const char* path_;
   dsBPlusTree* tree_;
   utility::CatalogAnswer answer_;
-  std::string counted_;             // sqlplus's own count, as it stands there
-  std::vector<std::string> begun_;  // what may go on in the next line, the longest first
-  std::string item_;
-  bool endsWithRow_ = false;
+  std::uint64_t lineNumber_ = 0;
+  bool errorHeading_ = false;  // the next line says what the error is
+
+  std::string counted_;  // sqlplus's last row count, as it is written
+  std::uint64_t count_ = 0;
+  std::uint64_t blanks_ = 0;        // blank lines since the last row
+  std::uint64_t nulls_ = 0;         // blank lines that may be pieces without a handle
+  std::uint64_t nullsCounted_ = 0;  // the same, with those before the count beyond the usual one
+
+  std::vector<std::string> begun_;  // what the next line may continue, the longest first
+  std::uint64_t continued_ = 0;     // lines that were taken for the continuation of a row
+  std::uint64_t firstFullLine_ = 0;
+  std::size_t rowLength_ = 0;
   bool lastAdded_ = false;
+  std::vector<std::string> fewLines_;  // the first lines that may be rows
+  std::vector<std::string> readings_;
+  std::string item_;
 };
 
 unsigned short reportNotReadable(const char* path) {
@@ -255,13 +304,13 @@ unsigned short reportUnsound(nls::Message<'s'> message, const char* path) {
 
 unsigned short load(std::FILE* file, const char* path, dsBPlusTree* tree,
                     utility::CatalogAnswer* answer) {
-  Spool spool(file, path, tree);
-  const unsigned short rc = spool.load();
+  AnswerReader reader(file, path, tree);
+  const unsigned short rc = reader.load();
   if (rc == kNotReadable) return reportNotReadable(path);
   if (rc != 0) return rc;
-  // On a full disk sqlplus loses rows and still ends well.
+  // On a full disk sqlplus loses rows and still ends with 0.
   if (!ut::hasRoomBeside(path)) return reportUnsound(msg::kNoRoomLeft, path);
-  if (answer != nullptr) *answer = spool.answer();
+  if (answer != nullptr) *answer = reader.answer();
   return 0;
 }
 

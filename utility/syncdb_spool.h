@@ -2,16 +2,26 @@
 #ifndef UTILITY_SYNCDB_SPOOL_H
 #define UTILITY_SYNCDB_SPOOL_H
 
+#include <cstddef>
 #include <cstdint>
 
 #include "utility/bplus.h"
 
 namespace utility {
 
+// From so many rows on sqlplus prints a row count, unless a profile changes that.
+inline constexpr std::uint64_t kCountedFrom = 6;
+
 // What one catalog's answer held.
 struct CatalogAnswer {
   std::uint64_t rows = 0;     // handles, repeated ones included
   std::uint64_t handles = 0;  // handles that the tree did not hold before
+  std::size_t longest = 0;    // bytes of the longest row
+  bool counted = false;       // sqlplus has counted the rows, and the count is right
+  bool lettersLost = false;   // a handle holds a sign that stands for a lost letter
+
+  // It cannot be known whether rows were lost.
+  bool mayBeIncomplete() const { return !counted && rows >= kCountedFrom; }
 };
 
 }  // namespace utility

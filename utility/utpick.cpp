@@ -33,9 +33,10 @@ long long readNumber(const char* text) { return std::strtoll(text, nullptr, 10);
 
 // ---- Marks --------------------------------------------------------------------------------------
 
-using utility::ObjectTotal;
+using utility::PageNotes;
+using utility::PickTotal;
 
-void mark(utZylObj_s* entry, int mode, ObjectTotal* picked) {
+void mark(utZylObj_s* entry, int mode, PickTotal* picked) {
   const bool before = entry->selected == 1;
   if (mode == kToggle) {
     entry->selected = before ? 0 : 1;
@@ -45,16 +46,19 @@ void mark(utZylObj_s* entry, int mode, ObjectTotal* picked) {
   const bool after = entry->selected == 1;
   if (picked == nullptr || before == after) return;
   if (after) {
-    picked->add(*entry);
+    picked->total.add(*entry);
+    ++picked->added;
   } else {
-    picked->remove(*entry);
+    picked->total.remove(*entry);
+    ++picked->removed;
   }
 }
 
 // Marks from..to in one walk. Numbers past `count` are ignored; 0 means the first entry.
 void markRange(ObjectList* list, long long from, long long to, unsigned count, int mode,
-               ObjectTotal* picked) {
+               PickTotal* picked) {
   const long long last = std::min<long long>(to, count);
+  if (from > count && picked != nullptr) ++picked->missing;
   if (from > last) return;
   long long position = std::max<long long>(from, 1);
   utZylObj_s* entry = list->elementAt(static_cast<std::size_t>(position));
@@ -81,7 +85,7 @@ void gotoListElement(CLinkedList<utZylObj_s>* list, utZylObj_s** element, unsign
 }
 
 void pkHighlightEntry(CLinkedList<utZylObj_s>* list, unsigned index, unsigned count, int mode,
-                      ObjectTotal* picked) {
+                      PickTotal* picked) {
   if (index > count) {
     TRACE(TR_ORCLEVEL0, " %s: Exit - Value out of range Value: %d\n\n", "pkHighlightEntry()",
           index);
@@ -120,7 +124,7 @@ std::vector<AnswerItem> splitAnswer(const char* answer) {
 }  // namespace
 
 void ProcessAnswer(CLinkedList<utZylObj_s>* list, const char* answer, unsigned count,
-                   utility::ObjectTotal* picked) {
+                   utility::PickTotal* picked) {
   long long rangeStart = -1, rangeEnd = -1;  // below 0: not given yet
   int mode = kPick;
   for (const auto [number, delimiter] : splitAnswer(answer)) {
@@ -128,6 +132,8 @@ void ProcessAnswer(CLinkedList<utZylObj_s>* list, const char* answer, unsigned c
     if (!sign && delimiter != ':') {
       if (number >= 1 && number <= count) {
         pkHighlightEntry(list, static_cast<unsigned>(number), count, kToggle, picked);
+      } else if (picked != nullptr) {
+        ++picked->missing;
       }
       continue;
     }
@@ -204,10 +210,19 @@ void printFitted(const std::string& text, int offset, int width) {
   nlprintf(msg::kLine, Fitted(text.c_str(), offset, width).text());
 }
 
+// The title says which list it is: orphans, or good backups as well.
+std::string title(const utility::RunRecord* run, unsigned count) {
+  std::string text = nlsprintf(msg::kListTitle);
+  if (run == nullptr) return text;
+  const bool orphans = run->list == utility::ListKind::kOrphans;
+  return text += ": " + nlsprintf(orphans ? msg::kListOfOrphans : msg::kListOfAll,
+                                  ut::formatNumber(count).text);
+}
+
 // The head of the page. True if there is an owner, which takes a line.
-bool printHead(ObjectList* list, int cols, int hoffset) {
+bool printHead(ObjectList* list, int cols, int hoffset, const std::string& titleText) {
   const utZylObj_s* first = list->getFirst();
-  printFitted(nlsprintf(msg::kListTitle), 0, cols);
+  printFitted(titleText, 0, cols);
   printFitted(nlsprintf(msg::kNodeHeading, first == nullptr ? "" : first->node), 0, cols);
   const bool withOwner = first != nullptr && *first->owner != '\0';
   if (withOwner) printFitted(nlsprintf(msg::kOwnerHeading, first->owner), 0, cols);
@@ -219,10 +234,15 @@ bool printHead(ObjectList* list, int cols, int hoffset) {
   return withOwner;
 }
 
-// The list lines, and fillers down to the ruler. Returns their number.
-int printEntries(ObjectList* list, unsigned top, int counter, int cols, int hoffset,
-                 unsigned count) {
-  int lines = 0;
+struct Lines {
+  int count = 0;   // fillers included
+  int picked = 0;  // of the entries among them
+};
+
+// The list lines, and fillers down to the ruler.
+Lines printEntries(ObjectList* list, unsigned top, int counter, int cols, int hoffset,
+                   unsigned count) {
+  Lines lines;
   unsigned index = top;
   do {
     char text[kEntryTextSize];
@@ -231,10 +251,11 @@ int printEntries(ObjectList* list, unsigned top, int counter, int cols, int hoff
     const Fitted shown(text, hoffset, cols - 12);
     nlprintf(msg::kListLine, picked == 1 ? 'x' : ' ', index, shown.text());
     ++index;
-    ++lines;
+    ++lines.count;
+    lines.picked += picked;
     --counter;
   } while (counter > 4);
-  for (; counter > 4; --counter, ++lines) nlprintf(msg::kLine, "        | ");
+  for (; counter > 4; --counter, ++lines.count) nlprintf(msg::kLine, "        | ");
   return lines;
 }
 
@@ -258,12 +279,45 @@ void printRuler(int cols, int hoffset) {
   printFitted(ruler, 0, cols - 8);
 }
 
-void printHelp(const ObjectTotal& picked, unsigned count, int cols) {
-  printFitted(nlsprintf(msg::kPickHelpMarks), 0, cols);
-  printFitted(nlsprintf(msg::kPickHelpMoves), 0, cols);
-  printFitted(nlsprintf(msg::kPickHelpState, ut::formatNumber(picked.count).text,
-                        ut::formatNumber(count).text, ut::formatSize(picked.bytes).text),
-              0, cols);
+std::string number(std::uint64_t value) { return ut::formatNumber(value).text; }
+
+// What the last answer did; empty if there is nothing to say.
+std::string lastAnswer(const PageNotes& notes) {
+  if (notes.tooLong) return nlsprintf(msg::kStateTooLong);
+  const PickTotal& picked = notes.picked;
+  std::string text;
+  if (picked.added > 0 || picked.removed > 0) {
+    text = nlsprintf(msg::kStateChanged, number(picked.added), number(picked.removed));
+  }
+  if (picked.missing == 0) return text;
+  return text += (text.empty() ? "" : ", ") + nlsprintf(msg::kStateNoEntry);
+}
+
+// The third help line: what ends the list, then what there is to know, by importance. What does not
+// fit is left out whole, from the right.
+std::string stateLine(const PageNotes& notes, int pickedHere, int cols) {
+  const utility::ObjectTotal& picked = notes.picked.total;
+  std::vector<std::string> parts = {
+      nlsprintf(msg::kStatePicked, number(picked.count), ut::formatSize(picked.bytes).text)};
+  const utility::RunRecord* run = notes.run;
+  if (run != nullptr && run->doubts.size() == 1) parts.push_back(nlsprintf(msg::kStateDoubt));
+  if (run != nullptr && run->doubts.size() > 1) {
+    parts.push_back(nlsprintf(msg::kStateDoubts, number(run->doubts.size())));
+  }
+  parts.push_back(lastAnswer(notes));
+  const std::uint64_t elsewhere = picked.count - static_cast<std::uint64_t>(pickedHere);
+  if (elsewhere > 0) parts.push_back(nlsprintf(msg::kStateElsewhere, number(elsewhere)));
+  if (run != nullptr && run->deleted.count > 0) {
+    parts.push_back(nlsprintf(msg::kStateDeleted, number(run->deleted.count),
+                              ut::formatSize(run->deleted.bytes).text));
+  }
+  std::string line = nlsprintf(msg::kPickHelpState);
+  for (const std::string& part : parts) {
+    if (part.empty()) continue;
+    if (ut::columns(line) + 2 + ut::columns(part) > static_cast<std::size_t>(cols)) break;
+    line += "  " + part;
+  }
+  return line;
 }
 
 }  // namespace
@@ -277,16 +331,21 @@ int pkFormatEntry(CLinkedList<utZylObj_s>* list, char* out, unsigned count, unsi
 }
 
 int DisplayList(CLinkedList<utZylObj_s>* list, unsigned top, int rows, int cols, int hoffset,
-                unsigned count, const ObjectTotal* picked) {
+                unsigned count, const utility::PageNotes* notes) {
+  PageNotes counted;
+  if (notes == nullptr) counted.picked.total = utility::summarizePicks(*list).total;
+  const PageNotes& shown = notes != nullptr ? *notes : counted;
   psClearScrn();
-  const bool withOwner = printHead(list, cols, hoffset);
+  const bool withOwner = printHead(list, cols, hoffset, title(shown.run, count));
   const int available = rows - (withOwner ? 3 : 2);
-  const int lines = printEntries(list, top, available - 3, cols, hoffset, count);
+  const Lines lines = printEntries(list, top, available - 3, cols, hoffset, count);
   printRuler(cols, hoffset);
-  printHelp(picked == nullptr ? utility::summarizePicks(*list).total : *picked, count, cols);
+  printFitted(nlsprintf(msg::kPickHelpMarks), 0, cols);
+  printFitted(nlsprintf(msg::kPickHelpMoves), 0, cols);
+  printFitted(stateLine(shown, lines.picked, cols), 0, cols);
   nlprintf(msg::kPickPrompt);
   std::fflush(stdout);
-  return lines;
+  return lines.count;
 }
 
 // ---- Commands -----------------------------------------------------------------------------------
@@ -296,21 +355,27 @@ namespace {
 // One run of the pick list.
 class PickScreen {
  public:
-  PickScreen(ObjectList* list, unsigned count) : list_(list), count_(count) {
+  PickScreen(ObjectList* list, unsigned count, const utility::RunRecord* run)
+      : list_(list), count_(count) {
+    notes_.run = run;
     psGetScreenSize(&rows_, &cols_);
   }
 
   int run() {
     while (cols_ >= kFewestCols && rows_ >= kFewestRows) {
       pageSize_ = DisplayList(list_, static_cast<unsigned>(top_), rows_ - 1, cols_, hoffset_,
-                              count_, &picked_);
+                              count_, &notes_);
       char answer[kAnswerSize];
-      if (ReadAnswer(answer, sizeof answer) == ut::ReadResult::kCut) {
+      const ut::ReadResult result = ReadAnswer(answer, sizeof answer);
+      PickTotal& picked = notes_.picked;
+      picked.added = picked.removed = picked.missing = 0;
+      notes_.tooLong = result == ut::ReadResult::kCut;
+      if (notes_.tooLong) {
         // Half an answer could mark what was not meant, so the page is just drawn again.
         TRACE(TR_ORCLEVEL0, " %s: answer too long, ignored\n", kFunction);
       } else {
-        const int result = act(answer);
-        if (result >= 0) return result;
+        const int end = act(answer);
+        if (end >= 0) return end;
       }
       psGetScreenSize(&rows_, &cols_);
     }
@@ -337,10 +402,10 @@ class PickScreen {
         TRACE(TR_ORCLEVEL1, " %s: Exit - pick canceled\n\n", kFunction);
         return kPickCancelled;
       case '+':
-        markRange(list_, 1, count_, count_, kPick, &picked_);
+        markRange(list_, 1, count_, count_, kPick, &notes_.picked);
         break;
       case '-':
-        markRange(list_, 1, count_, count_, kUnpick, &picked_);
+        markRange(list_, 1, count_, count_, kUnpick, &notes_.picked);
         break;
       case 'T':
         top_ = 1;
@@ -364,7 +429,7 @@ class PickScreen {
         shift(argument(rest, kDefaultShift));
         break;
       default:
-        ProcessAnswer(list_, answer, count_, &picked_);
+        ProcessAnswer(list_, answer, count_, &notes_.picked);
     }
     return kGoOn;
   }
@@ -372,7 +437,11 @@ class PickScreen {
   bool moreBelow() const { return top_ + pageSize_ - 1 < count_; }
 
   void goTo(long long position) {
-    if (position >= 1 && position <= count_) top_ = position;
+    if (position >= 1 && position <= count_) {
+      top_ = position;
+    } else {
+      ++notes_.picked.missing;
+    }
   }
 
   void shift(long long columns) {
@@ -395,12 +464,12 @@ class PickScreen {
   int pageSize_ = 0;
   long long top_ = 1;
   int hoffset_ = 0;
-  ObjectTotal picked_;  // nothing at first: pkInitEntries has cleared all marks
+  PageNotes notes_;  // nothing is picked at first: pkInitEntries has cleared all marks
 };
 
 }  // namespace
 
-int pkPickHandler(CLinkedList<utZylObj_s>* list) {
+int pkPickHandler(CLinkedList<utZylObj_s>* list, const utility::RunRecord* run) {
   TRACE(TR_ORCLEVEL1, " %s: Enter\n", "pkPickHandler()");
   const unsigned count = pkInitEntries(list);
   TRACE(TR_ORCLEVEL2, " %s: Number of files in linked list: %d\n\n", "pkPickHandler()", count);
@@ -408,5 +477,5 @@ int pkPickHandler(CLinkedList<utZylObj_s>* list) {
     TRACE(TR_ORCLEVEL1, " %s: Exit - no file PICK list\n\n", "pkPickHandler()");
     return kPickCancelled;
   }
-  return PickScreen(list, count).run();
+  return PickScreen(list, count, run).run();
 }

@@ -78,4 +78,35 @@ TEST_F(Signal, WhileSqlplusRunsLeavesNothing) {
   }
 }
 
+// Ctrl-C reaches sqlplus as well, which then ends well with half an answer. In a list that is drawn
+// again and again it must not end the clearing of the screen only.
+TEST_F(Signal, FromTheKeyboardEndsTheQueryAndTheList) {
+  for (const char* name : {"/a", "/b"}) object(name);
+  catalog("prod", {});
+  const std::string sqlplus = dir_.write(
+      "bin/sqlplus",
+      "#!/bin/bash\ntrap 'exit 0' INT\nsed -n 's/^spool //p' \"${2#@}\" >spool\necho asked\n"
+      "echo piece >\"$(cat spool)\"\nfor i in {1..600}; do sleep 0.1; done\n");
+  std::filesystem::permissions(sqlplus, std::filesystem::perms::owner_all);
+  const std::string path = settings_.environment["PATH"];
+  settings_.environment["PATH"] = dir_.path("bin") + ":" + path;
+  run({"syncdb"});
+  dates();
+  logon("prod");
+  ASSERT_TRUE(terminal_->expect("asked"));
+  terminal_->send("\x03");
+  ends(65535);
+  EXPECT_TRUE(showed("QRB2660E")) << terminal_->transcript();
+  EXPECT_NE(std::string::npos, errorLog().find("QRB2660E"));
+  expectNothingDone();
+  settings_.environment["PATH"] = path;
+  dir_.write("answers", "\n+0\n");
+  terminal_ = std::make_unique<sandbox::Terminal>(
+      std::vector<std::string>{"/bin/sh", "-c", "exec vexosync delete <answers"}, settings_);
+  ASSERT_TRUE(terminal_->expect("Command ==>"));
+  ASSERT_TRUE(terminal_->expect("Command ==>"));
+  terminal_->send("\x03");
+  EXPECT_EQ(128 + SIGINT, terminal_->wait());
+}
+
 }  // namespace

@@ -83,7 +83,8 @@ TEST_F(Sync, TakesEveryObjectForAnOrphanWhenTheCatalogIsEmpty) {
   EXPECT_NE(std::string::npos, errorLog().find("QRB2645W"));
   answer("Command ==>", "+");
   answer("x      2| ", "o");
-  ASSERT_TRUE(terminal_->expect("QRB2652W"));
+  ASSERT_TRUE(terminal_->expect("QRB2580W"));
+  ASSERT_TRUE(terminal_->expect("QRB2645W")) << "the doubt comes again";
   answer("Do you want to continue?", "no");
   answer("       2| ", "q");  // all picks are forgotten
   ends(kLeft);

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <sstream>
@@ -12,13 +13,14 @@
 #include "common/ut/trace.h"
 #include "tests/support/captured.h"
 #include "tests/utility/messages.h"
+#include "utility/exchange.h"
 #include "utility/syncdb_catalog.h"
 #include "utility/syncdb_names.h"
 #include "utility/syncdb_spool.h"
 
 namespace {
 
-class Catalog : public WithErrorLog {
+class CatalogQuery : public WithErrorLog {
  protected:
   void SetUp() override {
     WithErrorLog::SetUp();
@@ -63,7 +65,7 @@ class Catalog : public WithErrorLog {
   utility::CatalogAnswer answer_;
 };
 
-TEST_F(Catalog, HandsSqlplusThisScriptAndRemovesIt) {
+TEST_F(CatalogQuery, HandsSqlplusThisScriptAndRemovesIt) {
   sqlplus("ls -l \"$script\" | cut -c1-10 >" + dir_.path("mode") + "; echo piece >" + spool_);
   EXPECT_EQ(0, query());
   EXPECT_EQ(
@@ -80,7 +82,7 @@ TEST_F(Catalog, HandsSqlplusThisScriptAndRemovesIt) {
   EXPECT_EQ("", shown_);
 }
 
-TEST_F(Catalog, NeverRunsAScriptThatWouldBeCut) {
+TEST_F(CatalogQuery, NeverRunsAScriptThatWouldBeCut) {
   sqlplus("echo piece >" + spool_);
   const std::size_t rest = [&] {
     EXPECT_EQ(0, query());
@@ -100,7 +102,7 @@ TEST_F(Catalog, NeverRunsAScriptThatWouldBeCut) {
   EXPECT_FALSE(std::filesystem::exists(script_));
 }
 
-TEST_F(Catalog, FailsWhenSqlplusDoesAndLeavesNothingBehind) {
+TEST_F(CatalogQuery, FailsWhenSqlplusDoesAndLeavesNothingBehind) {
   sqlplus("echo half >" + spool_ + "; exit 1");
   EXPECT_EQ(2533, query());
   EXPECT_NE(std::string::npos, shown_.find("\nQRB2533E"));
@@ -110,8 +112,64 @@ TEST_F(Catalog, FailsWhenSqlplusDoesAndLeavesNothingBehind) {
   EXPECT_EQ(2533, query());
 }
 
+// The environment that a profile and the user's language would come from, and nobody's answers.
+TEST_F(CatalogQuery, RunsSqlplusInEnglishWithoutTheUsersProfileAndInput) {
+  support::ScopedEnv path1("SQLPATH", "/profiles"), path2("ORACLE_PATH", "/profiles");
+  support::ScopedEnv other("ORACLE_SID", "ORCL");
+  sqlplus("echo piece >" + spool_ + "; read -r line; echo \"$NLS_LANG|${SQLPATH-none}|" +
+          "${ORACLE_PATH-none}|$ORACLE_SID|$line\" >" + dir_.path("environment"));
+  const struct {
+    const char *before, *after;
+  } rows[] = {{nullptr, ""},
+              {"", ""},
+              {"GERMAN_GERMANY.WE8ISO8859P15", "AMERICAN_GERMANY.WE8ISO8859P15"},
+              {"FRENCH.AL32UTF8", "AMERICAN.AL32UTF8"},
+              {".AL32UTF8", "AMERICAN.AL32UTF8"},
+              {"_SPAIN", "AMERICAN_SPAIN"},
+              {"JAPANESE", "AMERICAN"}};
+  for (const auto& row : rows) {
+    support::ScopedEnv language("NLS_LANG", row.before);
+    support::FedInput answers("1+\n");
+    EXPECT_EQ(0, query());
+    EXPECT_EQ(std::string(row.after) + "|none|none|ORCL|\n", dir_.read("environment"));
+  }
+}
+
+// Interrupted, sqlplus stops its display and ends well.
+TEST_F(CatalogQuery, TakesNoAnswerFromAnInterruptedQuery) {
+  for (const char* name : {"INT", "QUIT"}) {
+    sqlplus("trap : " + std::string(name) + "; echo piece >" + spool_ + "; kill -" + name + " " +
+            std::to_string(::getpid()) + "; exit 0");
+    EXPECT_EQ(2533, query()) << name;
+    EXPECT_NE(std::string::npos, shown_.find("QRB2660E")) << shown_;
+    EXPECT_EQ(std::string::npos, shown_.find("QRB2533E")) << shown_;
+    EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find("QRB2660E"));
+    EXPECT_FALSE(std::filesystem::exists(script_) || std::filesystem::exists(spool_));
+  }
+  // The parent may have this program ignore the end of its children.
+  std::signal(SIGCHLD, SIG_IGN);
+  sqlplus("echo piece >" + spool_);
+  EXPECT_EQ(0, query());
+  std::signal(SIGCHLD, SIG_DFL);
+}
+
+TEST_F(CatalogQuery, RemovesItsFilesBeforeASignalEndsTheProgram) {
+  for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) {
+    dir_.write("SQLIx.sql", "rman/secret");
+    dir_.write("SQLOx_3.out", "piece");
+    EXPECT_EXIT(
+        {
+          const utility::ExchangeGuard outer("/nonexistent", "/nonexistent");
+          const utility::ExchangeGuard guard(script_.c_str(), spool_.c_str());
+          std::raise(number);
+        },
+        testing::KilledBySignal(number), "");
+    EXPECT_FALSE(std::filesystem::exists(script_) || std::filesystem::exists(spool_)) << number;
+  }
+}
+
 // sqlplus can end well without having written a line, and something else can have come there.
-TEST_F(Catalog, TakesAFileThatTheQueryDidNotWriteForNoAnswer) {
+TEST_F(CatalogQuery, TakesAFileThatTheQueryDidNotWriteForNoAnswer) {
   const std::string other = dir_.write("other", "keep me\n");
   const std::string remove = "rm " + spool_ + "; ";
   const struct {
@@ -139,7 +197,7 @@ TEST_F(Catalog, TakesAFileThatTheQueryDidNotWriteForNoAnswer) {
   }
 }
 
-TEST_F(Catalog, RefusesWhatSomebodyElsePutInThePlaceOfItsFiles) {
+TEST_F(CatalogQuery, RefusesWhatSomebodyElsePutInThePlaceOfItsFiles) {
   const std::string precious = dir_.write("precious", "keep me");
   sqlplus("echo piece >" + spool_);
   for (const std::string& name : {script_, spool_}) {
@@ -151,7 +209,7 @@ TEST_F(Catalog, RefusesWhatSomebodyElsePutInThePlaceOfItsFiles) {
   }
 }
 
-TEST_F(Catalog, MakesAnEmptySpoolFileWithoutSqlplusOnATestFlag) {
+TEST_F(CatalogQuery, MakesAnEmptySpoolFileWithoutSqlplusOnATestFlag) {
   sqlplus("echo piece >" + spool_);
   TEST_SYNCDBNORMAN = 1;
   EXPECT_EQ(0, query());
@@ -163,7 +221,7 @@ TEST_F(Catalog, MakesAnEmptySpoolFileWithoutSqlplusOnATestFlag) {
   EXPECT_FALSE(std::filesystem::exists(spool_));
 }
 
-TEST_F(Catalog, VoidsAListingThatIsNotSound) {
+TEST_F(CatalogQuery, VoidsAListingThatIsNotSound) {
   const std::string many = "a\nb\nc\nd\ne\nf\n", full(80, 'f');
   const struct {
     std::string spool;
@@ -180,7 +238,16 @@ TEST_F(Catalog, VoidsAListingThatIsNotSound) {
       {many + "\n18446744073709551622 rows selected.\n", "QRB2643E"},
       {"a\n\nno rows selected\n", "QRB2643E"},
       {"\n1 row selected.\n", "QRB2643E"},
-      {full + "\nrest\n\n2 rows selected.\n", "but 1 handles"},
+      {full + "\nrest\n\n2 rows selected.\n", "the handle in line 1 fills its line"},
+      {"a\n" + full + "\n" + full + "\nb\n\n3 rows selected.\n", "QRB2659E The answer in"},
+      {"a\n" + full + "\nb\n\n4 rows selected.\n", "\"4 rows selected.\", but 2 handles"},
+      {many + "ERROR:\nError while trying to retrieve text for error ORA-00942\n", "QRB2642E"},
+      {many + "ERROR at line 1:\nsomething without a code\n", ": something without a code"},
+      {"ERROR\n\n\n  ORA-1: x\n", "QRB2642E"},
+      {many + "ERROR:\n", "QRB2642E"},
+      {"see RMAN-06004: no\n" + many, "RMAN-06004"},
+      {many + "rows will be truncated\n\n6 rows selected.\n", "rows will be truncated"},
+      {"a\n\nb\n\n\n\n6 rows selected.\n", "but 2 handles"},  // three blank ones, four missing
       {many + "cut", "QRB2649E"},
       {many + std::string(512, 'l'), "QRB2649E"},
       {std::string("b\0c\n", 4) + many, "QRB2649E"},
@@ -197,7 +264,7 @@ TEST_F(Catalog, VoidsAListingThatIsNotSound) {
 }
 
 // Handles that the listing holds, and those that it may hold, are known; how many are counted.
-TEST_F(Catalog, KnowsEveryHandleThatALineCanMean) {
+TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
   const auto padded = [](const std::string& line) {
     return line + std::string(80 - line.size(), ' ') + "\n";
   };
@@ -223,6 +290,17 @@ TEST_F(Catalog, KnowsEveryHandleThatALineCanMean) {
       {padded("d") + a + "\n\n2 rows selected.\n", "2 2", a + "|d|", ""},
       {a + "\n" + padded("Session") + count, "1 1", a + "Session|", "Session|"},
       {accents + "\n" + c + count, "1 1", accents + "c|", ""},
+      {"p1\r\n" + padded("p2").substr(0, 80) + "\r\n" + a + "\r\nend\r\n\n3 rows selected.\r\n",
+       "3 3", "p1|p2|p1\r|" + a + "|" + a + "end|", ""},
+      {padded(",p1,") + padded("  p2 , x") + padded("\"p3\"\"q\"") + "\n3 rows selected.\n", "3 3",
+       ",p1,|p1|p2|p2 , x|  p2 , x|p3\"q|\"p3\"\"q\"|", "p1,|p3|"},
+      {padded("") + padded("p1") + "\n" + padded("p2") + "\n\n5 rows selected.\n", "2 2", "p1|p2|",
+       "|"},  // three pieces without a handle
+      {padded("p1") + "\n" + padded("p2") + "\n2 rows selected.\n", "2 2", "p1|p2|", ""},
+      {padded("SALES_df_7") + padded("31_1") + padded("x"), "3 3",
+       "SALES_df_731_1|SALES_df_731_1x|31_1x|31_1|", "SALES_df_7x|"},
+      {padded("see ORA-1 below") + count, "1 1", "see ORA-1 below|", ""},  // padded: a handle
+      {"SQL> set x\nHANDLE of it\n" + padded("p1") + count, "1 1", "p1|", ""},
       {std::string(600, 'l') + "\n", "2 2",
        std::string(512, 'l') + "|" + std::string(88, 'l') + "|", ""},
   };
@@ -240,13 +318,34 @@ TEST_F(Catalog, KnowsEveryHandleThatALineCanMean) {
     }
     EXPECT_EQ("", shown_);
   }
-  dir_.write("SQLOx_3.out", "1\n2\n3\n4\n5\n6\n");
-  dsBPlusTree tree;
-  EXPECT_EQ(0, load(tree));
-  EXPECT_EQ(0u, shown_.find("QRB2651W")) << "six rows would have been counted";
 }
 
-TEST_F(Catalog, FailsOnASpoolFileThatCannotBeRead) {
+// Without a row count the answer may be whole or not; with few rows there is none.
+TEST_F(CatalogQuery, TellsWhetherTheRowsWereCounted) {
+  const std::string five = "1\n2\n3\n4\n5\n", six = five + "6\n";
+  const struct {
+    std::string spool;
+    bool counted, mayBeIncomplete;
+  } rows[] = {
+      {five, false, false},
+      {six, false, true},
+      {six + "\nElapsed: 00:00:00.01\n", false, true},
+      {six + "\n6 Zeilen ausgewaehlt.\n", false, true},
+      {six + "\n6 rows selected.\n\nSQL> exit\n", true, false},
+      {"\n3 rows selected.\n" + six + "\n6 rows selected.\n", true, false},  // of the profile
+  };
+  for (const auto& row : rows) {
+    dir_.write("SQLOx_3.out", row.spool);
+    dsBPlusTree tree;
+    answer_ = {};
+    EXPECT_EQ(0, load(tree)) << row.spool << shown_;
+    EXPECT_EQ(row.counted, answer_.counted) << row.spool;
+    EXPECT_EQ(row.mayBeIncomplete, answer_.mayBeIncomplete()) << row.spool;
+    EXPECT_EQ("", shown_);
+  }
+}
+
+TEST_F(CatalogQuery, FailsOnASpoolFileThatCannotBeRead) {
   spool_ = "/proc/self/mem";  // opens, and does not read
   dsBPlusTree tree;
   EXPECT_EQ(2576, load(tree));

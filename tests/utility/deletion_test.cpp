@@ -1,11 +1,16 @@
 // deletion_test.cpp: the order of transactions for every limit, and each way in which one can fail.
 #include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "common/ut/result.h"
 #include "tests/support/captured.h"
 #include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"
@@ -54,10 +59,10 @@ class Deletion : public WithErrorLog {
   }
 
   unsigned short run(ObjectList& list, const std::string& answer, std::string* shown = nullptr,
-                     const utility::Findings* findings = nullptr) {
+                     utility::RunRecord* record = nullptr) {
     support::FedInput input(answer);
     support::Captured output;
-    const unsigned short rc = utDeleteFiles(&list, &orc_, findings);
+    const unsigned short rc = utDeleteFiles(&list, &orc_, record);
     const std::string text = output.take();
     if (shown != nullptr) *shown = text;
     return rc;
@@ -98,33 +103,141 @@ TEST_F(Deletion, DeletesNothingWithoutAYes) {
 }
 
 TEST_F(Deletion, SaysWhatIsAboutToHappen) {
+  using utility::ListKind;
   const std::string noCatalog = "  Oracle:         not asked; good backups may be among them\n";
   const struct {
     const char* picked;
-    std::uint32_t asked, without;
-    std::uint64_t known;
-    std::string shown;
+    ListKind list;
+    std::uint64_t objects, known;
+    unsigned lastDay;  // of March 2026
+    std::vector<std::string> doubts;
+    std::string shown, notShown;
   } rows[] = {
-      {"234", 0, 0, 0,
+      {"234",
+       ListKind::kAll,
+       0,
+       0,
+       4,
+       {},
        "  Picked objects: 3 (9.00 KB)\n  Oldest:         03/02/2026 08:05:09\n"
        "  Newest:         03/04/2026 08:05:09\n" +
-           noCatalog},
-      {"", 0, 0, 0,
+           noCatalog,
+       "QRB2666W"},
+      {"",
+       ListKind::kAll,
+       0,
+       0,
+       9,
+       {},
        "  Picked objects: 0 (0 B)\n  Oldest:         None\n  Newest:         None\n" + noCatalog +
-           "\nQRB2647W"},
-      {"1", 2, 0, 1234567, "  Oracle:         knows 1,234,567 backup pieces of these dates, none"},
-      {"1", 3, 2, 5, "\nQRB2652W Catalogs that know no backup piece of these dates: 2 of 3. "},
+           "\nQRB2647W",
+       "knows"},
+      {"1",
+       ListKind::kOrphans,
+       2000,
+       1960,
+       9,
+       {"first doubt", "second doubt"},
+       "  Oracle:         knows 1,960 of the 2,000 objects of these dates\n\n"
+       "first doubt\nsecond doubt\n",
+       "QRB2666W"},
+      {"245",
+       ListKind::kOrphans,
+       5,
+       0,
+       4,
+       {},
+       "\nQRB2666W Picked objects of the last day: 2. ",
+       "doubt"},
+      {"1", ListKind::kOrphans, 5, 0, 2, {}, "knows 0 of the 5 objects", "QRB2666W"},
   };
   for (const auto& row : rows) {
     support::ScriptedApi api;
     ObjectList list;
     fill(list, 5, row.picked);
-    const utility::Findings findings = {row.asked, row.without, row.known};
+    utility::RunRecord record(row.list);
+    record.objects = row.objects;
+    record.objectsKnown = row.known;
+    record.end = ut::makeDate(2026, 3, row.lastDay);
+    record.doubts = row.doubts;
     std::string shown;
-    EXPECT_EQ(0, run(list, "n\n", &shown, row.asked == 0 ? nullptr : &findings));
+    EXPECT_EQ(0, run(list, "n\n", &shown, &record));
     EXPECT_EQ(0u, shown.find("\nQRB2580W ")) << shown;
     EXPECT_NE(std::string::npos, shown.find(row.shown)) << shown;
+    EXPECT_EQ(std::string::npos, shown.find(row.notShown)) << shown;
+    EXPECT_EQ(0u, record.deleted.count);
   }
+}
+
+// Digits are masked in what is compared: times, process numbers and numbers of transactions.
+TEST_F(Deletion, RecordsEveryObjectBeforeItsTransactionEndsAndTheEndAfterIt) {
+  const auto deleted = [](const std::string& id, const std::string& name) {
+    return R"({"v":#,"event":"delete","time":"#-#-#T#:#:#)" + std::string("+#:#") +
+           R"(","pid":#,"user":"ME","transaction":"#-#-#","node":"","owner":"","id":")" + id +
+           R"(","size":#,"date":"#-#-#T#:#:#","name":)" + name + "}\n";
+  };
+  const auto end = [](const std::string& outcome) {
+    return R"({"v":#,"event":"end","time":"#-#-#T#:#:#)" + std::string("+#:#") +
+           R"(","pid":#,"user":"ME","transaction":"#-#-#","outcome":")" + outcome + "}\n";
+  };
+  const struct {
+    std::int16_t deleteRc, endRc;
+    std::uint16_t reason;
+    const char* outcome;  // of the second transaction, masked
+    std::uint64_t deleted;
+  } rows[] = {
+      {0, 0, 0, R"(committed","code":#,"reason":#,"objects":#)", 2},
+      {0, VLT_RC_CHECK_REASON, 54, R"(taken back","code":#,"reason":#,"objects":#)", 1},
+      {0, -50, 0, R"(unknown","code":-#,"reason":#,"objects":#)", 1},
+      {0, 0, 54, R"(unknown","code":#,"reason":#,"objects":#)", 1},
+      {54, 0, 0, R"(taken back","code":#,"reason":#,"objects":#)", 1},
+  };
+  const std::string names = dir_.path("vexodeleted.log");
+  for (const auto& row : rows) {
+    std::filesystem::remove(names);
+    std::string beforeCommit;
+    support::ScriptedApi api(script("B D1 C B"));
+    api.add({Step("vltDeleteObj", "7 2 id=2", row.deleteRc)});
+    const bool failed = row.deleteRc != 0 || row.endRc != 0 || row.reason != 0;
+    if (row.deleteRc != 0) api.add({Step("vltRCMsg", "7 54").text("no")});
+    api.add({Step("vltEndTxn", row.deleteRc == 0 ? "7 1" : "7 2", row.endRc)
+                 .fill<std::uint16_t>([&](std::uint16_t& reason) {
+                   reason = row.reason;
+                   beforeCommit = dir_.read("vexodeleted.log");
+                 })});
+    if (failed && row.deleteRc == 0) api.add({Step("vltRCMsg")});
+    ObjectList list;
+    fill(list, 2, "12");
+    std::snprintf(list.elementAt(1)->name, 64, "/a \"b\"\\\x01\xc3\xa9");
+    std::snprintf(list.elementAt(2)->name, 64, "/\xff");
+    orc_.maxObjPerTxn = 2;
+    utility::RunRecord record(utility::ListKind::kAll);
+    ut::ignoreResult(run(list, "y\n", nullptr, &record), "each code has its test");
+    EXPECT_EQ(row.deleted, record.deleted.count);
+    std::string text = dir_.read("vexodeleted.log");
+    const std::string user = ::getpwuid(::getuid())->pw_name;
+    for (std::size_t at; (at = text.find("\"" + user + "\"")) != text.npos;) {
+      text.replace(at, user.size() + 2, "\"ME\"");
+    }
+    for (std::size_t at; (at = text.find("00-0")) != text.npos;) text.replace(at, 3, "00+");
+    const std::string second = row.deleteRc == 0 ? deleted("#", R"("/?","nameBytes":"#fff")") : "";
+    EXPECT_EQ(deleted("#", R"("/a \"b\"\\\u#é")") +
+                  end(R"(committed","code":#,"reason":#,"objects":#)") + second + end(row.outcome),
+              support::masked(text));
+    EXPECT_EQ(second.empty() ? 2 : 3, std::ranges::count(beforeCommit, '\n')) << "lines come first";
+    EXPECT_EQ(0600u, static_cast<unsigned>(std::filesystem::status(names).permissions()));
+  }
+}
+
+TEST_F(Deletion, GoesOnWithoutARecordThatCannotBeWrittenAndSaysSoFirst) {
+  dir_.write("vexodeleted.log/in the way", "");
+  support::ScriptedApi api(script("B D1 C"));
+  ObjectList list;
+  fill(list, 1, "1");
+  std::string shown;
+  EXPECT_EQ(0, run(list, "y\n", &shown));
+  EXPECT_LT(shown.find("QRB2667W"), shown.find("Do you want to continue?")) << shown;
+  EXPECT_EQ("", left(list));
 }
 
 }  // namespace

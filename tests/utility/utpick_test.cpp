@@ -118,15 +118,15 @@ TEST_F(PickList, AppliesEveryFormOfAnswer) {
   for (const auto& row : rows) {
     ObjectList list;
     fill(list, 9);
-    utility::ObjectTotal total;
-    if (*row.before == '+') ProcessAnswer(&list, "1:9+", 9, &total);
-    ProcessAnswer(&list, row.answer, 9, &total);
+    utility::PickTotal picked;
+    if (*row.before == '+') ProcessAnswer(&list, "1:9+", 9, &picked);
+    ProcessAnswer(&list, row.answer, 9, &picked);
     EXPECT_EQ(row.picked, picks(list)) << "answer: " << row.answer;
     for (const utZylObj_s* o = list.getFirst(); o != nullptr; o = list.getNext(o)) {
-      if (o->selected == 1) total.remove(*o);
+      if (o->selected == 1) picked.total.remove(*o);
     }
-    EXPECT_EQ(0u, total.count) << "answer: " << row.answer;
-    EXPECT_EQ(0u, total.bytes) << "answer: " << row.answer;
+    EXPECT_EQ(0u, picked.total.count) << "answer: " << row.answer;
+    EXPECT_EQ(0u, picked.total.bytes) << "answer: " << row.answer;
   }
 }
 
@@ -153,8 +153,8 @@ TEST_F(PickList, DrawsThreeEntriesOnTwentyFourLines) {
       "        0---------10--------20--------30--------40--------50--------60--------7");
   ASSERT_EQ(23u, lines.size());
   for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(expected[i], lines[i]) << i;
-  for (std::size_t help = 19; help < 22; ++help) EXPECT_LE(lines[help].size(), 79u) << "cut";
-  EXPECT_EQ(0u, lines[21].find("  Picked 1 of 3 (1.00 KB)  ")) << lines[21];
+  EXPECT_TRUE(lines[19].ends_with("; one sign a line") && lines[20].ends_with("right")) << "cut";
+  EXPECT_EQ("  O delete  C Q leave  Picked 1 (1.00 KB)", lines[21]);
   EXPECT_EQ("Command ==> ", lines.back());
   EXPECT_EQ(13, pageSize);
 }
@@ -279,6 +279,85 @@ TEST_F(PickList, ReturnsThePicksOnlyWhenTheyAreConfirmed) {
   EXPECT_EQ(0, run(list, "+ 3\nO whatever\n"));
   EXPECT_EQ("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20", picks(list));
   for (const char* leave : {"c\n", "Quit\n"}) EXPECT_EQ(300, run(list, leave));
+}
+
+const std::string kLeave = "  O delete  C Q leave";
+
+// The third help line after each answer, where there is room for all of it.
+TEST_F(PickList, SaysWhatTheLastAnswerDid) {
+  const std::string none = "  Picked 0 (0 B)", three = "  Picked 1 (3.00 KB)";
+  const std::string tooLong(300, '5');
+  const struct {
+    std::string answers;
+    std::uint64_t doubts, deleted;
+    std::string line;
+  } rows[] = {
+      {"", 0, 0, none},
+      {"3", 0, 0, three + "  +1 -0"},
+      {"3\n3 4", 0, 0, "  Picked 1 (4.00 KB)  +1 -1"},
+      {"3\nd", 0, 0, three + "  1 picked elsewhere"},
+      {"+", 0, 0, "  Picked 20 (210.00 KB)  +20 -0  7 picked elsewhere"},
+      {"+\n-", 0, 0, none + "  +0 -20"},
+      {"3+\n3+", 0, 0, three},
+      {"21", 0, 0, none + "  no such entry"},
+      {"3 21", 0, 0, three + "  +1 -0, no such entry"},
+      {"21:25+", 0, 0, none + "  no such entry"},
+      {"19:25+\n19:25-", 0, 0, none + "  +0 -2"},
+      {"zzz", 0, 0, none + "  no such entry"},
+      {"g 21", 0, 0, none + "  no such entry"},
+      {"g 2", 0, 0, none},
+      {tooLong, 0, 0, none + "  ignored: too long"},
+      {tooLong + "\n3", 1, 0, three + "  ! 1 doubt, see the question  +1 -0"},
+      {"3\nd", 2, 3,
+       three + "  ! 2 doubts, see the question  1 picked elsewhere  deleted 3, 6.00 KB"},
+  };
+  for (const auto& row : rows) {
+    ObjectList list;
+    fill(list, 20);
+    utility::RunRecord record(utility::ListKind::kAll);
+    record.doubts.resize(row.doubts);
+    record.deleted = {row.deleted, row.deleted * 2048};
+    support::FedInput input(row.answers + "\nq\n");
+    const std::string text =
+        shown([&] { EXPECT_EQ(kPickCancelled, pkPickHandler(&list, &record)); });
+    const std::size_t last = text.rfind(kLeave);
+    ASSERT_NE(std::string::npos, last) << text;
+    EXPECT_EQ(kLeave + row.line, text.substr(last, text.find('\n', last) - last)) << row.answers;
+  }
+}
+
+TEST_F(PickList, LeavesOutWholePartsOfTheStateFromTheRight) {
+  ObjectList list;
+  fill(list, 20);
+  utility::RunRecord record(utility::ListKind::kOrphans);
+  record.doubts.resize(2);
+  utility::PageNotes notes;
+  notes.run = &record;
+  notes.picked.total.add(*list.getFirst());
+  notes.picked.added = 1;
+  list.getFirst()->selected = 1;
+  const std::string picked = kLeave + "  Picked 1 (1.00 KB)";
+  const std::string doubts = picked + "  ! 2 doubts, see the question";
+  const struct {
+    int cols;
+    std::string line;
+  } rows[] = {{200, doubts + "  +1 -0"},
+              {78, doubts + "  +1 -0"},
+              {77, doubts},
+              {71, doubts},
+              {70, picked},
+              {41, picked},
+              {40, kLeave},
+              {20, kLeave.substr(0, 20)}};
+  for (const auto& row : rows) {
+    std::istringstream in(shown([&] { DisplayList(&list, 1, 22, row.cols, 0, 20, &notes); }));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    ASSERT_LE(3u, lines.size());
+    EXPECT_EQ(row.line, lines[lines.size() - 2]) << row.cols;
+    const std::string title = "Backup objects on the storage server: 20 unknown to Oracle (SYNCDB)";
+    EXPECT_EQ(title.substr(0, static_cast<std::size_t>(row.cols)), lines.front());
+  }
 }
 
 // Half of an answer could mark what was not meant.
