@@ -17,12 +17,12 @@
 #include "agent/psutil2.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/path.h"
 #include "common/ut/psfile.h"
 #include "common/ut/result.h"
 #include "common/ut/secret.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <cstring>
 
+#include "common/ut/agttrc.h"
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 
 DVltApi* gVltApiObjP = nullptr;
 

@@ -8,12 +8,12 @@
 #include <cstdlib>
 
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/psfile.h"
 #include "common/ut/pssignal.h"
 #include "common/ut/result.h"
 #include "common/ut/secret.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 #include "utility/exchange.h"
 #include "utility/report.h"
 #include "utility/unx/querywatch.h"

@@ -12,10 +12,10 @@
 
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/progress.h"
 #include "common/ut/result.h"
-#include "common/ut/trace.h"
 #include "utility/dialogue.h"
 #include "utility/report.h"
 

@@ -30,10 +30,10 @@
 
 #include "agent/errormsg.h"
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/ascii.h"
 #include "common/ut/progress.h"
 #include "common/ut/psfile.h"
-#include "common/ut/trace.h"
 #include "common/ut/utf8.h"
 #include "utility/exchange.h"
 #include "utility/report.h"

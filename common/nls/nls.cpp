@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "common/ut/agttrc.h"
 #include "common/ut/ascii.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/path.h"
@@ -17,7 +18,6 @@
 #include "common/ut/psterm.h"
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 #include "common/ut/utf8.h"
 
 namespace {

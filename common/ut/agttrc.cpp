@@ -10,7 +10,6 @@
 #include "common/ut/ascii.h"
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 
 VEXCTrace* trcClass = nullptr;
 

@@ -9,7 +9,7 @@
 #include <sstream>
 
 #include "agent/errormsg.h"
-#include "common/ut/trace.h"
+#include "common/ut/agttrc.h"
 #include "tests/agent/agent_fixture.h"
 
 namespace {
