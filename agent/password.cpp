@@ -71,7 +71,8 @@ short openDirectory(const char* dir) {
   return ::mkdir(name, 0700) == 0 ? 0 : kDirectoryNotCreated;
 }
 
-// Writes header and chunks. False when something did not reach the file.
+// Writes header and chunks. False if something did not reach the file. A password of a multiple of
+// 8 bytes ends with a full chunk; there is no empty one after it.
 bool writeChunks(std::FILE* file, const char* password, const unsigned int* key) {
   bool good = std::fputs(kHeader, file) >= 0;
   std::size_t count = kBlock;

@@ -50,6 +50,7 @@ struct Decoded {
   bool shown;
 };
 
+// Invalid bytes end before the first one that does not fit: it may begin the next character.
 Decoded decode(std::string_view text) {
   const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const Lead* lead = leadOf(byteAt(0));
@@ -70,6 +71,7 @@ Decoded decode(std::string_view text) {
 void ut::appendPrintable(std::string_view text, std::string& out) {
   const auto plain = [](char c) { return c >= ' ' && c <= '~'; };
   while (!text.empty()) {
+    // Almost everything is plain ASCII: whole runs of it are copied at once.
     const auto end = std::find_if_not(text.begin(), text.end(), plain);
     const auto length = static_cast<std::size_t>(end - text.begin());
     out += text.substr(0, length);

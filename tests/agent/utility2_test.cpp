@@ -66,6 +66,7 @@ TEST_F(ErrorLog, IsWhereItCanBeWritten) {
   } kRows[] = {{"VLTI_LOG logs\n", "logs/vexoerror.log"},
                {"VLTI_LOG \"logs/\"\n", "logs/vexoerror.log"},
                {"VLTI_LOG missing\n", "vexoerror.log"},
+               {"VLTI_LOG logs\nVLTI_LOG missing\n", "logs/vexoerror.log"},
                {"VEXO_NODE n\n", "installed/agent/vexoerror.log"},
                {nullptr, "installed/agent/vexoerror.log"}};
   char path[api::kPathSize];
