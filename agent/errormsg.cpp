@@ -1,4 +1,8 @@
 // errormsg.cpp: the agent's error log, see errormsg.h.
+//
+// Every line passes through appendLine, which makes it one line, and psWriteError, which appends it
+// under a lock. The two ways in differ in how the log is found: vexoErrorMsg asks the options file,
+// psNonNlsErrorMsg, which reports that file's own errors, does not.
 #include "agent/errormsg.h"
 
 #include <cstdio>

@@ -69,6 +69,7 @@ char* utGetNextLine(char* line, std::size_t size, std::FILE* file, int* lineNumb
   while (std::fgets(line, static_cast<int>(size), file) != nullptr) {
     ++*lineNumber;
     const std::size_t length = std::strlen(line);
+    // One character: what is left of "\r\n" is white space at the end of the value.
     if (length > 0 && (line[length - 1] == '\n' || line[length - 1] == '\r')) {
       line[length - 1] = '\0';
     }

@@ -12,13 +12,17 @@
 #include "common/ut/psfile.h"
 
 // The next line that is neither blank nor a comment, in `line` without its line end; null at the
-// end of the file. A line longer than `size` - 1 bytes comes in parts. `*lineNumber` counts every
-// line read, the skipped ones included.
+// end of the file. `*lineNumber` counts every line read, the skipped ones included. A line longer
+// than `size` - 1 bytes is returned in parts, each of which counts as a line. Kept on purpose,
+// pinned by OptionsFile.StopsAtTheFirstLineInError.
 char* utGetNextLine(char* line, std::size_t size, std::FILE* file, int* lineNumber);
 
-// Looks one keyword up in an open options file, from its beginning; the first line that has it
-// counts. `value` has room for kOptionSize bytes. Returns 0, or 65535 when the keyword or its value
-// is missing.
+// Looks one keyword up in an open options file, from its beginning. `value` has room for
+// kOptionSize bytes. Returns 0, or 65535 if the keyword or its value is missing.
+//
+// The first line with the keyword counts, while vexoParseOptionFile lets the last one count. Kept
+// on purpose, pinned by ErrorLog.IsWhereItCanBeWritten and
+// OptionsFile.TakesValuesAsPeopleWriteThem.
 [[nodiscard]] unsigned short vexoGetOption(std::FILE* file, const char* keyword, char* value);
 
 namespace agent {
@@ -33,8 +37,8 @@ ut::FilePtr openOptionFileQuietly(char* name);
 
 // A line of the options file, taken apart in place.
 struct OptionLine {
-  char* keyword;  // in capital letters; null when the line holds delimiters only
-  char* rest;     // what follows the keyword's one delimiter; null when nothing does
+  char* keyword;  // in capital letters; null if the line holds delimiters only
+  char* rest;     // what follows the keyword's one delimiter; null if nothing does
 };
 OptionLine splitOptionLine(char* line);
 

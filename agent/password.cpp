@@ -17,12 +17,12 @@
 #include "agent/psutil2.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/path.h"
 #include "common/ut/psfile.h"
 #include "common/ut/result.h"
 #include "common/ut/secret.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 
 namespace {
 
@@ -71,7 +71,8 @@ short openDirectory(const char* dir) {
   return ::mkdir(name, 0700) == 0 ? 0 : kDirectoryNotCreated;
 }
 
-// Writes header and chunks. False when something did not reach the file.
+// Writes header and chunks. False if something did not reach the file. A password of a multiple of
+// 8 bytes ends with a full chunk; there is no empty one after it.
 bool writeChunks(std::FILE* file, const char* password, const unsigned int* key) {
   bool good = std::fputs(kHeader, file) >= 0;
   std::size_t count = kBlock;

@@ -16,10 +16,10 @@
 #include "agent/utility2.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/result.h"
 #include "common/ut/secret.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 
 namespace {
 
@@ -28,7 +28,7 @@ constexpr int kLogonTries = 5;
 constexpr char kGenerate[] = " -PASSWORDACCESS=GENERATE";
 constexpr char kPasswordDir[] = " -PASSWORDDIR=";
 
-// Reports a code of the library in the context and in the error log. Returns the text.
+// Reports a code of the library in the context and in the error log. Returns the context's text.
 const char* reportFailure(orcObj_t* orc, std::int16_t rc) {
   vexoGetApiMsg(orc->vltHandle, 1, rc, orc->lastErrorMsg);
   char text[VLT_MAX_RC_TEXT + 1] = "";
@@ -62,6 +62,7 @@ std::int16_t setUpLibrary(orcObj_t* orc, [[maybe_unused]] const char* caller, co
   return 0;
 }
 
+// Does nothing if the option is there: a context may log on more than once.
 void appendOption(orcObj_t* orc, const char* option, const char* value) {
   if (std::strstr(orc->apiOptions, option) != nullptr) return;
   ut::ignoreResult(ut::appendText(orc->apiOptions, option), "the options' sizes leave room");
@@ -323,6 +324,7 @@ unsigned short vexoSession(orcObj_t* orc) {
           orc->vltHandle, rc);
     return static_cast<unsigned short>(rc);
   }
+  // Before the queries: they use it, and so do the reports of their failures.
   orc->vltHandle = handle;
   rc = querySessionOptions(orc);
   if (rc == 0) rc = querySessionInfo(orc);

@@ -10,6 +10,7 @@
 #include "api/clientdirs.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/path.h"
 #include "common/ut/printable.h"
 #include "common/ut/result.h"

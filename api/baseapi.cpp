@@ -1,9 +1,9 @@
 // baseapi.cpp: name and timing of a client API, see baseapi.h.
 #include "api/baseapi.h"
 
+#include "common/ut/agttrc.h"
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 
 DBaseApi::DBaseApi() : DBaseApi("undefined") {}
 

@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <cstring>
 
+#include "common/ut/agttrc.h"
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 
 DVltApi* gVltApiObjP = nullptr;
 
@@ -152,6 +152,7 @@ std::int16_t DVltApi::dvltTerminate(DBaseApiStatus* status, std::uint32_t handle
 
 namespace {
 
+// clientdirs ends the directories of the environment with a slash; the library wants none.
 void dropTrailingSlash(char* path) {
   const std::size_t length = std::strlen(path);
   if (length > 1 && path[length - 1] == '/') path[length - 1] = '\0';
@@ -253,7 +254,7 @@ std::int16_t DVltApi::GetApiError(DBaseApiStatus* status, std::uint32_t handle, 
 
 void DVltApi::LogApiError(DBaseApiStatus* status, std::uint32_t handle, std::int16_t rc,
                           const char* apiName) {
-  char text[256];
+  char text[256];  // enough for most texts; the trace says when it was not
   char larger[VLT_MAX_RC_TEXT + 1];
   const char* found = text;
   unsigned length = 0;

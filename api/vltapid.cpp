@@ -5,8 +5,8 @@
 
 #include <cerrno>
 
+#include "common/ut/agttrc.h"
 #include "common/ut/result.h"
-#include "common/ut/trace.h"
 
 void* DVltApiDL::m_hMarlDll = nullptr;
 

@@ -13,7 +13,7 @@
 #include <string>
 
 #include "bench/harness.h"
-#include "common/ut/trace.h"
+#include "common/ut/agttrc.h"
 #include "utility/syncdb_names.h"
 
 namespace {

@@ -1,7 +1,6 @@
 // trace.cpp: the lists of trace classes and test flags. A list does what its words do one by one,
 // and a word switches its own flag.
-#include "common/ut/trace.h"
-
+#include "common/ut/agttrc.h"
 #include "fuzz/fuzz.h"
 
 namespace {

@@ -3,8 +3,8 @@
 
 #include <new>
 
+#include "common/ut/agttrc.h"
 #include "common/ut/result.h"
-#include "common/ut/trace.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/result.h"
 #include "common/ut/secret.h"
-#include "common/ut/trace.h"
 #include "utility/dialogue.h"
 #include "utility/report.h"
 #include "utility/unx/readpass.h"

@@ -5,10 +5,10 @@
 #include <cstring>
 
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/result.h"
 #include "common/ut/secret.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 
 namespace {
 

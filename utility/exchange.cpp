@@ -13,9 +13,9 @@
 #include <utility>
 
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/psfile.h"
 #include "common/ut/result.h"
-#include "common/ut/trace.h"
 
 namespace {
 

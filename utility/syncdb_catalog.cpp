@@ -11,11 +11,11 @@
 #include <vector>
 
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/psfile.h"
 #include "common/ut/psshell.h"
 #include "common/ut/secret.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 #include "utility/exchange.h"
 #include "utility/report.h"
 #include "utility/unx/querywatch.h"

@@ -8,12 +8,12 @@
 
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/ascii.h"
 #include "common/ut/progress.h"
 #include "common/ut/psfile.h"
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 #include "utility/report.h"
 #include "utility/syncdb_names.h"
 

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "common/ut/trace.h"
+#include "common/ut/agttrc.h"
 
 unsigned short utInsertFilename(void* from, void* to) {
   TRACE(TR_ALL, " %s: Enter\n", "utInsertFilename()");

@@ -2,7 +2,7 @@
 #include "utility/syncdb_picklist.h"
 
 #include "common/nls/nls.h"
-#include "common/ut/trace.h"
+#include "common/ut/agttrc.h"
 #include "utility/syncdb_deletion.h"
 #include "utility/syncdb_listing.h"
 #include "utility/utpick.h"

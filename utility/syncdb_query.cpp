@@ -5,8 +5,8 @@
 
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/nfdate.h"
-#include "common/ut/trace.h"
 #include "utility/syncdb_listing.h"
 
 namespace {

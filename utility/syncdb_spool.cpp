@@ -31,9 +31,9 @@
 #include <vector>
 
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/progress.h"
 #include "common/ut/psfile.h"
-#include "common/ut/trace.h"
 #include "utility/exchange.h"
 #include "utility/report.h"
 #include "utility/spoolline.h"

@@ -10,12 +10,12 @@
 
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/ascii.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/psterm.h"
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 #include "common/ut/utf8.h"
 #include "utility/dialogue.h"
 

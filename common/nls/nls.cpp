@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "common/ut/agttrc.h"
 #include "common/ut/ascii.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/path.h"
@@ -17,7 +18,6 @@
 #include "common/ut/psterm.h"
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 #include "common/ut/utf8.h"
 
 namespace {
@@ -109,6 +109,7 @@ class Catalog {
     return text == kNone ? nullptr : text;
   }
 
+  // Only the letter is checked; prefix and number are shown as the entry has them.
   Entry takeApart(int number, const char* raw) const {
     Entry entry;
     entry.number = number;
@@ -234,6 +235,7 @@ void nlsSetPrefix(const char* prefix) {
 unsigned short nlinit(const char* repository, int cacheSize, const char* directory,
                       [[maybe_unused]] int clientType, int dateFormat, int timeFormat,
                       int numberFormat, nlsReturnInfo* info, const char* defaultCatalog) {
+  // First, and whatever happens to the catalog: trace and error log use the formats as well.
   ut::setRunFormats({dateFormat, timeFormat, numberFormat});
   if (info != nullptr) *info = {};
   if (catalog == nullptr) return nls::kCatalogNotOpened;
@@ -285,6 +287,7 @@ void print(int number, std::span<const Insert> inserts) {
   ut::eraseProgress();
   try {
     const Shown shown = compose(number, inserts);
+    // The other texts are screen lines, laid out in columns, and prompts.
     const bool sentences = shown.ownLine || number == msg::kLine.number();
     const std::string text = sentences ? fittedToTerminal(shown.text) : shown.text;
     std::fwrite(text.data(), 1, text.size(), stdout);

@@ -99,6 +99,7 @@ bool fits(char letter, Insert::Kind kind) {
   }
 }
 
+// Blanks fill a field in front of the sign or, with "-", after the body; zeros after the sign.
 void pad(std::string_view sign, std::string_view body, const Conversion& how, std::string& out) {
   const std::size_t length = sign.size() + body.size();
   const std::size_t fill = how.width > length ? how.width - length : 0;
@@ -140,7 +141,7 @@ void put(const Insert& insert, const Conversion& how, std::string& out) {
 }  // namespace
 
 bool render(std::string_view text, std::span<const Insert> inserts, std::string& out) {
-  std::string result;
+  std::string result;  // a later conversion may fail, and `out` must then be unchanged
   std::size_t next = 0;
   while (!text.empty()) {
     const std::size_t percent = text.find('%');

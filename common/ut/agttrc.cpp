@@ -10,7 +10,6 @@
 #include "common/ut/ascii.h"
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 
 VEXCTrace* trcClass = nullptr;
 
@@ -137,7 +136,7 @@ void VEXCTraceStatement::initStatement(const char* file, int line) {
 
 void VEXCTraceStatement::write(const char* format, ...) {
   if (state_ != 0 || !ut::traceIsOpen()) return;
-  const int savedErrno = errno;
+  const int savedErrno = errno;  // callers trace between a failed call and the look at its errno
   char text[ut::kMaxTraceLine + 1];
   int used = 0;
   if (TR_PREFIX) {

@@ -1,11 +1,16 @@
-// agttrc.h: the agent's trace layer: the run's trace object, and the statement that writes a line.
+// agttrc.h: the agent's trace layer: the run's trace object, and the TRACE statement.
 //
-// trace.h below it knows files and prefixes; this layer knows the words that switch classes and
-// test flags (trcclass.def).
+// trace.h below it has the flags, files and prefixes; this layer knows the words that switch
+// classes and test flags (trcclass.def), and every line passes through its VEXCTraceStatement.
+//
+// A line is written only while its class flag is on. TRACE tests that flag before it evaluates
+// anything, so that a line that is off costs one predictable branch, and it preserves errno.
 #ifndef COMMON_UT_AGTTRC_H
 #define COMMON_UT_AGTTRC_H
 
 #include <cstdint>
+
+#include "common/ut/trace.h"
 
 // Owns tracing for the run. The entry code creates it once, early; its destructor ends tracing.
 class VEXCTrace {
@@ -50,5 +55,18 @@ class VEXCTraceStatement {
   std::int32_t line_ = 0;
   const char* file_ = "";
 };
+
+// TRACE(flag, format, arguments...): one line in the class of `flag`, printf's format.
+#define TRACE(flag, ...) TRACE_AS(flag, __FILE__, __VA_ARGS__)
+
+// The same with a source name of the caller's choice in the line's prefix.
+#define TRACE_AS(flag, source, ...)                      \
+  do {                                                   \
+    if (flag) [[unlikely]] {                             \
+      VEXCTraceStatement traceStatement_;                \
+      traceStatement_.initStatement((source), __LINE__); \
+      traceStatement_.write(__VA_ARGS__);                \
+    }                                                    \
+  } while (false)
 
 #endif  // COMMON_UT_AGTTRC_H

@@ -14,7 +14,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "common/ut/trace.h"
+#include "common/ut/agttrc.h"
 
 namespace ut {
 

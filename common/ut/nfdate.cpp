@@ -200,7 +200,7 @@ ShortText formatTime(const nfDate& date) {
   const TimeFormat& format = kTimeFormats[current.time];
   unsigned hour = date.hour;
   const char* half = "";
-  if (format.twelveHours) {
+  if (format.twelveHours) {  // hour 0 is 12 A, hour 12 is 12 P
     half = hour >= 12 ? "P" : "A";
     hour = hour % 12 == 0 ? 12 : hour % 12;
   }

@@ -61,6 +61,8 @@ void ut::Progress::update() {
   }
 }
 
+// In place, the line is overwritten with blanks, which any terminal understands. One line further
+// down takes control sequences.
 void ut::Progress::draw(Clock::time_point now) {
   const double seconds = std::chrono::duration<double>(now - begin_).count();
   const auto rate = static_cast<std::uint64_t>(static_cast<double>(count_) / seconds);

@@ -5,9 +5,9 @@
 
 #include <cstdlib>
 
+#include "common/ut/agttrc.h"
 #include "common/ut/psmutex.h"
 #include "common/ut/result.h"
-#include "common/ut/trace.h"
 
 namespace {
 

@@ -49,6 +49,7 @@ void psClearScrn() {
 }
 
 ut::ReadResult ut::readLine(std::FILE* input, char* buffer, std::size_t size) {
+  // Byte by byte, because fgets cannot tell a NUL in the line from its end.
   std::size_t length = 0;
   bool cut = false;
   int c = std::getc(input);

@@ -96,6 +96,9 @@ class TraceFile {
   }
 
   // Finds the place of the next line: after a new header, or after what an earlier run wrote.
+  //
+  // A trace of ours is known by its mark and by the end of its first line. A wrap position outside
+  // the file, damaged or foreign, counts as the end of the file.
   bool takeUp() {
     struct stat entry;
     if (::fstat(descriptor_, &entry) != 0) return false;
@@ -192,6 +195,7 @@ class TraceFile {
     return put(text, static_cast<std::size_t>(length));
   }
 
+  // The remainder keeps the field at its 12 digits.
   bool notePosition() {
     char field[24];
     std::snprintf(field, sizeof field, "%012lld",

@@ -1,9 +1,7 @@
-// trace.h: the common trace layer: class flags, the trace file, and the TRACE statement.
+// trace.h: the common trace layer: class flags, and the trace file.
 //
-// Tracing is off until a trace file is open. A line is written only when its class flag is on; the
-// TRACE statement tests that flag before it evaluates anything, so that a line that is off costs
-// one predictable branch, and it preserves errno. Writing never allocates. Every line passes
-// through VEXCTraceStatement (agttrc.h), which the TRACE statement uses.
+// Tracing is off until a trace file is open. Writing never allocates. Code that traces includes
+// agttrc.h above this layer, which has the TRACE statement.
 //
 // Trace file, when it is a plain file:
 //
@@ -21,27 +19,12 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "common/ut/agttrc.h"
-
 #define TRACE_CLASS(name) extern unsigned char TR_##name;
 #define TEST_FLAG(name) extern unsigned char TEST_##name;
 #include "common/ut/trcclass.def"
 
 // On while the word "ALL" is on: for lines too numerous for any other class.
 extern unsigned char TR_ALL;
-
-// TRACE(flag, format, arguments...): one line in the class of `flag`, printf's format.
-#define TRACE(flag, ...) TRACE_AS(flag, __FILE__, __VA_ARGS__)
-
-// The same with a source name of the caller's choice in the line's prefix.
-#define TRACE_AS(flag, source, ...)                      \
-  do {                                                   \
-    if (flag) [[unlikely]] {                             \
-      VEXCTraceStatement traceStatement_;                \
-      traceStatement_.initStatement((source), __LINE__); \
-      traceStatement_.write(__VA_ARGS__);                \
-    }                                                    \
-  } while (false)
 
 // Closes the trace file, if one is open. Tracing is off afterwards.
 void trClose();

@@ -25,6 +25,7 @@ const Lead* leadOf(unsigned char byte) {
 
 }  // namespace
 
+// Invalid bytes end before the first one that does not fit: it may begin the next character.
 ut::Utf8Character ut::firstCharacter(std::string_view text) {
   const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const Lead* lead = leadOf(byteAt(0));

@@ -9,7 +9,7 @@
 #include <sstream>
 
 #include "agent/errormsg.h"
-#include "common/ut/trace.h"
+#include "common/ut/agttrc.h"
 #include "tests/agent/agent_fixture.h"
 
 namespace {
@@ -66,6 +66,7 @@ TEST_F(ErrorLog, IsWhereItCanBeWritten) {
   } kRows[] = {{"VLTI_LOG logs\n", "logs/vexoerror.log"},
                {"VLTI_LOG \"logs/\"\n", "logs/vexoerror.log"},
                {"VLTI_LOG missing\n", "vexoerror.log"},
+               {"VLTI_LOG logs\nVLTI_LOG missing\n", "logs/vexoerror.log"},
                {"VEXO_NODE n\n", "installed/agent/vexoerror.log"},
                {nullptr, "installed/agent/vexoerror.log"}};
   char path[api::kPathSize];

@@ -93,7 +93,7 @@ TEST(CodeText, IsCutToTheBufferButCountedWhole) {
     EXPECT_EQ(rc, api.AgtVltRCMsg(VltApiStatusObjP, 7, 2, text, size, &length));
     EXPECT_EQ(whole, length);
     EXPECT_STREQ(wanted, text);
-    EXPECT_EQ('?', text[size]) << "nothing behind the buffer";
+    EXPECT_EQ('?', text[size]) << "nothing past the buffer";
   }
   for (const int length : {255, 256, VLT_MAX_RC_TEXT}) {  // the report asks again for a cut text
     const std::string text(static_cast<std::size_t>(length), 't');

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "common/ut/agttrc.h"
 #include "tests/support/captured.h"
 #include "tests/support/tempdir.h"
 
@@ -33,7 +34,7 @@ class Trace : public testing::Test {
     EXPECT_EQ(0u, trace->trBegin(path.c_str(), 0));
     EXPECT_EQ(0u, trace->trEnable(flags, true));
   }
-  // What was written behind the lines that every start writes.
+  // What was written after the lines that every start writes.
   std::string lines() const {
     const std::string text = dir.read("trace"), last = "Tracing to file: " + path + "\n";
     return text.substr(text.rfind(last) + last.size());

@@ -11,10 +11,10 @@
 #include "agent/utility2.h"
 #include "api/vltapid.h"
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/psmem.h"
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 #include "utility/unx/psutpswd.h"
 
 int main(int argc, char** argv) {

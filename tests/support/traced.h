@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "common/ut/trace.h"
+#include "common/ut/agttrc.h"
 #include "tests/support/captured.h"
 
 namespace support {

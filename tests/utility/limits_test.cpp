@@ -8,7 +8,7 @@
 
 #include "agent/errormsg.h"
 #include "agent/password.h"
-#include "common/ut/trace.h"
+#include "common/ut/agttrc.h"
 #include "tests/support/captured.h"
 #include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"

@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/printable.h"
-#include "common/ut/trace.h"
 #include "tests/support/captured.h"
 #include "tests/utility/messages.h"
 

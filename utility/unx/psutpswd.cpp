@@ -14,10 +14,10 @@
 #include "agent/session2.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "common/ut/agttrc.h"
 #include "common/ut/result.h"
 #include "common/ut/secret.h"
 #include "common/ut/strutil.h"
-#include "common/ut/trace.h"
 #include "utility/report.h"
 #include "utility/unx/readpass.h"
 
