@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <list>
-#include <string>
 #include <vector>
 
 #include "bench/harness.h"

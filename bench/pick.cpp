@@ -121,7 +121,10 @@ class Picks {
   // The key "+" by the difference it makes: in place of "t", which only draws the page.
   void pickAll() {
     std::string walks, pages;
-    for (std::size_t i = 0; i < times(); ++i) walks += "+\n", pages += "t\n";
+    for (std::size_t i = 0; i < times(); ++i) {
+      walks += "+\n";
+      pages += "t\n";
+    }
     const double without = runPickList(&list_, pages + "q\n");
     const double with = runPickList(&list_, walks + "q\n");
     all_.push_back((with - without) / static_cast<double>(times()));

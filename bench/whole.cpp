@@ -115,7 +115,10 @@ void compareDelete(int rounds, std::size_t n) {
   bench::Values own = comparison.values(kProgram, "cpu"), bare = comparison.values(kQuery, "cpu");
   const bench::Values leaving = comparison.values(kLeaving, "cpu");
   const bench::Values listing = comparison.values(kListing, "cpu");
-  for (std::size_t i = 0; i < own.size(); ++i) own[i] -= leaving[i], bare[i] -= listing[i];
+  for (std::size_t i = 0; i < own.size(); ++i) {
+    own[i] -= leaving[i];
+    bare[i] -= listing[i];
+  }
   bench::printRatio("delete_alone", n, own, bare);
   comparison.printRatio("delete_wall", n, kProgram, kQuery, "wall");
   comparison.printCosts("delete_cpu", n, "cpu");

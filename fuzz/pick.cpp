@@ -1,5 +1,7 @@
 // pick.cpp: answers to the pick list, judged by a line of marks with a sign for each entry, "+" if
 // it is picked; and the part of a line that fits on the screen.
+#include <algorithm>
+
 #include "fuzz/fuzz.h"
 #include "utility/utpick.h"
 

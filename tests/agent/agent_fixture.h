@@ -12,8 +12,6 @@
 #include "common/nls/nls.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/strutil.h"
-#include "tests/support/captured.h"
-#include "tests/support/scripted_api.h"
 #include "tests/support/tempdir.h"
 
 class Agent : public testing::Test {

@@ -37,7 +37,8 @@ TEST(LinkedList, AgreesWithAVectorUnderRandomOperations) {
     for (int* p = list.getFirst(); p != nullptr; p = list.getNext(p)) walked.push_back(*p);
     ASSERT_EQ(oracle, walked) << step;
   }
-  EXPECT_TRUE(list.getNext(nullptr) == nullptr && list.remove(nullptr) == nullptr);
+  EXPECT_EQ(nullptr, list.getNext(nullptr));
+  EXPECT_EQ(nullptr, list.remove(nullptr));
 }
 
 }  // namespace

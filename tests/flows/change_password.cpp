@@ -33,7 +33,8 @@ int main(int argc, char** argv) {
   if (library.Setup() != 0 || psDoVltSetUp(&orc) != 0) return 3;
   if (argc > 1 && std::strcmp(argv[1], "nobody") == 0) {
     if (::getuid() == 0 && ::setuid(65534) != 0) return 4;
-    --argc, ++argv;
+    --argc;
+    ++argv;
   }
   vexoOptionsInfo_t options = {};
   if (argc > 2) {

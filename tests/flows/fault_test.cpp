@@ -86,7 +86,8 @@ class Fault : public Site {
         settings_);
     terminal_->send("\n+0\n" + answers);
     ends(status);
-    EXPECT_TRUE(showed(" icanon ") && showed(" echo ")) << terminal_->transcript();
+    EXPECT_TRUE(showed(" icanon ")) << terminal_->transcript();
+    EXPECT_TRUE(showed(" echo ")) << terminal_->transcript();
   }
 
   // Every call of the undisturbed run has a row, and every call of a failing one is in some row.

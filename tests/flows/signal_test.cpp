@@ -72,7 +72,11 @@ TEST_F(Signal, WhileSqlplusRunsLeavesNothing) {
     dates();
     logon("prod");
     ASSERT_TRUE(terminal_->expect("asked"));
-    number == SIGHUP ? terminal_->hangUp() : void(terminal_->sendSignal(number));
+    if (number == SIGHUP) {
+      terminal_->hangUp();
+    } else {
+      ASSERT_TRUE(terminal_->sendSignal(number));
+    }
     EXPECT_EQ(128 + number, terminal_->wait());
     expectNothingDone();
   }

@@ -29,8 +29,10 @@ bool struck = false;
 
 bool fails() {
   if (countdown < 0) return false;
-  if (countdown > 0) return --countdown == 0 && (struck = true);
-  return !onlyOne;
+  if (countdown == 0) return !onlyOne;
+  --countdown;
+  if (countdown == 0) struck = true;
+  return countdown == 0;
 }
 
 }  // namespace
@@ -83,12 +85,17 @@ class PlainLibrary : public DVltApi {
     gVltApiObjP = this;
     m_fnvltInitExP = [](std::uint32_t* handle, const VltInitExIn*, VltInitExOut*) -> std::int16_t {
       server.loggedOn = true;
-      return *handle = 7, 0;
+      *handle = 7;
+      return 0;
     };
-    m_fnvltTerminateP = [](std::uint32_t) -> std::int16_t { return server.loggedOn = false, 0; };
+    m_fnvltTerminateP = [](std::uint32_t) -> std::int16_t {
+      server.loggedOn = false;
+      return 0;
+    };
     m_fnvltQuerySessOptionsP = [](std::uint32_t, VltOptions*) -> std::int16_t { return 0; };
     m_fnvltQuerySessInfoP = [](std::uint32_t, VltSessInfo* info) -> std::int16_t {
-      return info->maxObjPerTxn = 4, 0;
+      info->maxObjPerTxn = 4;
+      return 0;
     };
     m_fnvltBeginQueryP = [](std::uint32_t, std::uint8_t, const VltQueryBackup*) -> std::int16_t {
       return 0;
@@ -97,7 +104,8 @@ class PlainLibrary : public DVltApi {
     m_fnvltGetNextQObjP = nextObject;
     m_fnvltBeginTxnP = [](std::uint32_t) -> std::int16_t {
       EXPECT_FALSE(server.inTransaction);
-      return server.inTransaction = true, 0;
+      server.inTransaction = true;
+      return 0;
     };
     m_fnvltDeleteObjP = [](std::uint32_t, std::uint8_t, const VltDelInfo* info) -> std::int16_t {
       server.going[info->objId.lo] = true;
@@ -108,10 +116,12 @@ class PlainLibrary : public DVltApi {
         if (vote == VLT_VOTE_COMMIT && server.going[i]) server.there[i] = false;
         server.going[i] = false;
       }
-      return server.inTransaction = false, 0;
+      server.inTransaction = false;
+      return 0;
     };
     m_fnvltRCMsgP = [](std::uint32_t, std::int16_t, char* text) -> std::int16_t {
-      return std::strcpy(text, "ZYL a text that is too long to be kept in a string itself"), 0;
+      std::strcpy(text, "ZYL a text that does not fit into the string object itself");
+      return 0;
     };
   }
   ~PlainLibrary() { ClearPointers(); }
@@ -170,7 +180,8 @@ TEST_F(WithErrorLog, EveryFailedAllocationEndsOrIsEndured) {
       countdown = -1;
       output.take();
       const std::string where = std::to_string(n) + (single ? " alone" : " and all after it");
-      ASSERT_FALSE(server.inTransaction || server.loggedOn) << where;
+      ASSERT_FALSE(server.inTransaction) << where;
+      ASSERT_FALSE(server.loggedOn) << where;
       int gone = 0;
       for (int i = 0; i < kObjects; ++i) {
         if (server.there[i]) continue;
