@@ -9,7 +9,7 @@ namespace {
 
 using fuzz::hold;
 
-// The answer is told of 17 entries; the three after them must stay out of its reach.
+// ProcessAnswer is given 17 entries; the three after them must be out of its reach.
 constexpr std::size_t kObjects = 20, kCount = 17;
 
 char markOf(bool picked) { return picked ? '+' : '-'; }

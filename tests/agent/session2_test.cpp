@@ -96,20 +96,20 @@ TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
   EXPECT_EQ(0, psDoVltSetUp(&orc)) << "no such file is no error";
   EXPECT_STREQ("", orc.legacyPassword);
   std::filesystem::remove("installed/agent/VEXO.N.save");
-  dir.write("installed/agent/VEXO.N.save/full", "");  // a name that nothing can be renamed to
+  dir.write("installed/agent/VEXO.N.save/full", "");  // nothing can be renamed to this name
   dir.write("installed/agent/VEXO.N", kHeader + chunk('6', "secret"));
   support::Captured shown;
   EXPECT_EQ(0, psDoVltSetUp(&orc));
   EXPECT_HOLDS(shown.take(), "QRB2629E");
   EXPECT_HOLDS(log(), "QRB2629E");
-  EXPECT_STREQ("secret", orc.legacyPassword) << "it is used all the same";
+  EXPECT_STREQ("secret", orc.legacyPassword) << "it is used nevertheless";
 }
 
 TEST_F(Session, SetUpReportsWhyItFailed) {
   const support::Captured quiet;
   ScriptedApi api({version(12), version(13), Step("vltSetUp", "1", 2409)});
   api.add(textSteps("0", 2409, "ZYL2409E why"));
-  EXPECT_EQ(2507, psDoVltSetUp(&orc)) << "too old: it never sees a record of ours";
+  EXPECT_EQ(2507, psDoVltSetUp(&orc)) << "too old: it is not handed a record";
   EXPECT_HOLDS(log(), "QRB2572E");
   EXPECT_HOLDS(log(), "QRB2573E");
   EXPECT_EQ(2409, psDoVltSetUp(&orc));
@@ -136,7 +136,7 @@ TEST_F(Session, LogonFillsTheContext) {
                      Step("vltQuerySessInfo", "7").fill<VltSessInfo>([](VltSessInfo& info) {
                        info.maxObjPerTxn = 100;
                      })});
-    EXPECT_EQ(0, vexoSession(&orc)) << "the options are appended once, however often";
+    EXPECT_EQ(0, vexoSession(&orc)) << "the options are appended only once";
     EXPECT_EQ(7u, orc.vltHandle);
     EXPECT_EQ(100, orc.maxObjPerTxn);
   }

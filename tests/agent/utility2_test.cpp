@@ -36,7 +36,7 @@ TEST_F(ErrorLog, LinesCarryTimeAndProcess) {
 }
 
 TEST_F(ErrorLog, KeepsLinesWholeAcrossProcesses) {
-  // Both ways into the log, and lines longer than a stream's buffer among them.
+  // Through both functions that write to the log, with some lines longer than a stream's buffer.
   constexpr int kProcesses = 8, kLines = 1000;
   const auto textOf = [](char name) { return std::string(name < 'c' ? 5000 : 99, name); };
   const support::Captured quiet(STDERR_FILENO);

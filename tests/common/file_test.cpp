@@ -1,4 +1,4 @@
-// file_test.cpp: private files in public directories, input lines.
+// file_test.cpp: private files in public directories, and input lines.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,8 +24,8 @@ TEST(PrivateFile, IsOursAloneWhateverTheMask) {
     ASSERT_NE(nullptr, file);
     struct stat entry = {};
     ASSERT_EQ(0, ::stat(path.c_str(), &entry));
-    EXPECT_EQ(0600u, entry.st_mode & 07777) << "a looser mode is mended";
-    EXPECT_EQ(0, entry.st_size) << "what was there is gone";
+    EXPECT_EQ(0600u, entry.st_mode & 07777) << "looser permissions are tightened";
+    EXPECT_EQ(0, entry.st_size) << "the old contents are gone";
     std::fputs("secret", file.get());
     EXPECT_TRUE(ut::closeFile(std::move(file)));
     ASSERT_EQ(0, ::chmod(path.c_str(), 0666));
@@ -50,7 +50,7 @@ TEST(PrivateFile, RefusesWhatSomebodyElseMayHavePlanted) {
   EXPECT_FALSE(dir.has("made"));
 }
 
-TEST(TempName, IsNewAndInTheDirectoryThatIsWanted) {
+TEST(TempName, IsNewAndInTheChosenDirectory) {
   TempDir dir;
   const std::string file = dir.write("file", "");
   ScopedEnv wanted("TMPDIR", dir.path().c_str());
@@ -64,7 +64,7 @@ TEST(TempName, IsNewAndInTheDirectoryThatIsWanted) {
   }
 }
 
-TEST(InputLine, IsCutWithoutItsRestBecomingTheNextAnswer) {
+TEST(InputLine, IsCutAndItsRestDoesNotBecomeTheNextAnswer) {
   TempDir dir;
   const std::string text("one\n\ntoo long\nfour\nb\0c\nlast", 27);
   const ut::FilePtr input(std::fopen(dir.write("input", text).c_str(), "r"));

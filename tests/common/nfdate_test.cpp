@@ -8,7 +8,7 @@
 
 namespace {
 
-// The run's formats go back to what they were when the test ends.
+// Restores the default formats when a test ends.
 class Dates : public testing::Test {
  protected:
   ~Dates() override { ut::setRunFormats({1, 1, 1}); }

@@ -1,4 +1,4 @@
-// trace_test.cpp: trace targets, prefixes, word lists, and the file that wraps.
+// trace_test.cpp: trace targets, prefixes, lists of classes, and the file that wraps.
 #include "common/ut/trace.h"
 
 #include <gtest/gtest.h>
@@ -33,7 +33,7 @@ class Trace : public testing::Test {
     EXPECT_EQ(0u, trace->trBegin(path.c_str(), 0));
     EXPECT_EQ(0u, trace->trEnable(flags, true));
   }
-  // What was written behind the lines that every start writes.
+  // What was written after the lines that every start writes.
   std::string lines() const {
     const std::string text = dir.read("trace"), last = "Tracing to file: " + path + "\n";
     return text.substr(text.rfind(last) + last.size());
@@ -132,7 +132,7 @@ TEST_F(Trace, WrappedFileSaysWhereItsNewestLineEnds) {
   EXPECT_EQ(last, newer.back());
   EXPECT_EQ(newer.front(), older.back() + 1) << "nothing was lost at the wrap";
   EXPECT_EQ(14000u, newer.size() + older.size() + static_cast<std::size_t>(older.front()) - 1);
-  start("API -PID -TID", 1);  // another run goes on where the first one stopped
+  start("API -PID -TID", 1);  // another run continues where the first one stopped
   EXPECT_EQ("BEGINNING NEW TRACE\n", dir.read("trace").substr(seam, 20));
   for (const int count : {1, 15000}) {
     writeLines(count);

@@ -1,6 +1,6 @@
-// change_password.cpp: the password change as a program of its own, because no command of vexosync
-// reaches it: `change_password [nobody] [OLD NEW]`. Prints "rc=CODE" at its end. With "nobody" a
-// root user gives root up before the change.
+// change_password.cpp: the password change as a separate program, because no command of vexosync
+// reaches it: `change_password [nobody] [OLD NEW]`. Prints "rc=CODE" in the end. With "nobody" it
+// gives up root's rights before the change.
 #include <unistd.h>
 
 #include <cstdio>

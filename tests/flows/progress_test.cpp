@@ -1,4 +1,4 @@
-// progress_test.cpp: the line on the terminal that says how far a long stage is.
+// progress_test.cpp: the line on the terminal that shows the progress of a long stage.
 #include <chrono>
 #include <filesystem>
 
@@ -13,7 +13,7 @@ class Progress : public Site {
     for (int i = 0; i < 40; ++i) object("/piece" + std::to_string(i));
     zylstore("limits --latency 35");
   }
-  // Runs a command line of the shell on the terminal, and returns what stood on it.
+  // Runs a shell command on a terminal and returns what was shown there.
   std::string shown(const std::string& command) {
     terminal_ = std::make_unique<sandbox::Terminal>(
         std::vector<std::string>{"/bin/sh", "-c", command}, settings_);
@@ -27,7 +27,7 @@ class Progress : public Site {
   }
 };
 
-TEST_F(Progress, StandsOnATerminalOnlyAndLeavesStandardOutputAlone) {
+TEST_F(Progress, IsShownOnATerminalOnlyAndNeverOnStandardOutput) {
   dir_.write("answers", "\n+0\n");
   const auto begin = std::chrono::steady_clock::now();
   const std::string line = shown("vexosync query <answers >seen");
@@ -45,7 +45,7 @@ TEST_F(Progress, StandsOnATerminalOnlyAndLeavesStandardOutputAlone) {
 }
 
 TEST_F(Progress, IsShownInEveryStage) {
-  // Writes its answer as sqlplus does, but slowly.
+  // Writes a spool file as sqlplus does, but slowly.
   const std::string sqlplus = dir_.write("bin/sqlplus", R"(#!/bin/sh
 spool=$(sed -n '2s/^spool //p' "${2#@}")
 for i in 1 2 3; do echo "piece$i"; sleep 0.7; done >"$spool"

@@ -1,4 +1,4 @@
-// site.cpp: a user's site in miniature, see site.h.
+// site.cpp: a small site for one test, see site.h.
 #include "tests/flows/site.h"
 
 #include <cstdio>

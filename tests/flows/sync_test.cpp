@@ -87,7 +87,7 @@ TEST_F(Sync, TakesEveryObjectForAnOrphanWhenTheCatalogIsEmpty) {
   answer("x      2| ", "o");
   ASSERT_TRUE(terminal_->expect("QRB2652W"));
   answer("Do you want to continue?", "no");
-  answer("       2| ", "q");  // all picks are forgotten
+  answer("       2| ", "q");  // no pick is kept
   ends(kLeft);
   EXPECT_EQ("/a /b", stored());
 }
@@ -138,7 +138,8 @@ TEST_F(Sync, EndsWithoutAListWhenOracleRefusesThePassword) {
   EXPECT_EQ("/a", stored());
 }
 
-// sqlplus ends with status 0 after an error; without a word of it every object would be an orphan.
+// sqlplus ends with status 0 after an error. If that went unnoticed, every object would be an
+// orphan.
 TEST_F(Sync, EndsWithoutAListWhenTheQueryFailsWithinSqlplus) {
   object("/a");
   catalog("prod", {"a"}, "target");  // has no view of a recovery catalog
@@ -168,7 +169,7 @@ TEST_F(Sync, KnowsHandlesThatSqlplusBreaksAtItsLineSize) {
   EXPECT_FALSE(showed("oracle/eee"));
 }
 
-// A control character would end a line of the script and begin a command of its own.
+// A control character could end a line of the script and begin another command.
 TEST_F(Sync, AsksAgainForAnAnswerWithAControlCharacter) {
   object("/a");
   catalog("prod", {"a"});

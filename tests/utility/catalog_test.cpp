@@ -1,4 +1,4 @@
-// catalog_test.cpp: the SQL script, what sqlplus leaves behind, and reading it: every doubt must
+// catalog_test.cpp: the SQL script, the file that sqlplus leaves, and reading it. Every doubt must
 // end the query, because a handle that is lost makes a good backup look forgotten.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -31,7 +31,7 @@ class Catalog : public WithErrorLog {
     spool_ = dir_.path("SQLOx_3.out");
   }
 
-  // Puts an sqlplus in front that runs these shell lines; the script's path is $script.
+  // Puts an sqlplus first in the path that runs these shell lines; the script's path is $script.
   void sqlplus(const std::string& lines) {
     const std::string file = dir_.write(
         "bin/sqlplus", "#!/bin/sh\nscript=${2#@}\necho \"$1\" >" + dir_.path("first") +
@@ -120,8 +120,8 @@ TEST_F(Catalog, FailsWhenSqlplusDoesAndLeavesNothingBehind) {
   EXPECT_EQ(2533, query());
 }
 
-// sqlplus can end well without having written a line, and something else can have come there.
-TEST_F(Catalog, TakesAFileThatTheQueryDidNotWriteForNoAnswer) {
+// sqlplus can end with 0 without having written a line, and there can be another file by then.
+TEST_F(Catalog, RejectsAFileThatTheQueryDidNotWrite) {
   const std::string other = dir_.write("other", "keep me\n");
   const std::string remove = "rm " + spool_ + "; ";
   const struct {
@@ -207,7 +207,7 @@ TEST_F(Catalog, VoidsAListingThatIsNotSound) {
   EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find("QRB2643E"));
 }
 
-// Handles that the listing holds, and those that it may hold, are known; how many are counted.
+// Handles that the listing holds, and those that it may hold, are known, and they are counted.
 TEST_F(Catalog, KnowsEveryHandleThatALineCanMean) {
   const auto padded = [](const std::string& line) {
     return line + std::string(80 - line.size(), ' ') + "\n";
@@ -217,7 +217,7 @@ TEST_F(Catalog, KnowsEveryHandleThatALineCanMean) {
   for (int i = 0; i < 80; ++i) accents += "\xc3\xa9";
   const struct {
     std::string spool, counts;   // rows and new handles
-    std::string known, unknown;  // with "|" behind each
+    std::string known, unknown;  // each followed by "|"
   } rows[] = {
       {"\nSession altered.\n\n  first piece\nsecond,x\n\tthird\nfirst\nSessions\n", "3 2",
        "first|second|second,x|third|Sessions|first piece|", "Session|altered.|piece|x||"},

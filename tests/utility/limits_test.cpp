@@ -1,5 +1,5 @@
-// limits_test.cpp: files that cannot be written or opened any more. A limit on the size of files
-// stands in for a full disk, one on descriptors for a system that has none left.
+// limits_test.cpp: files that can no longer be written or opened. A limit on the size of files acts
+// as a full disk, a limit on descriptors as a system that has none left.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
@@ -58,7 +58,7 @@ class Limits : public WithErrorLog {
   support::ScopedEnv path{"PATH", std::getenv("PATH")};
 };
 
-TEST_F(Limits, EndWithTheNamedCodeAndCostNothingThatWasThere) {
+TEST_F(Limits, EndWithTheNamedCodeAndDamageNoExistingFile) {
   const std::string passwords = dir_.path(), password = dir_.write("VEXO.N", "the old one");
   const std::string trace = dir_.path("trace");
   unsigned key[2] = {};

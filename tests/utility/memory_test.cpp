@@ -1,8 +1,8 @@
-// memory_test.cpp: a whole SYNCDB in which the n-th allocation fails, for every n: it ends with a
-// code that is known, leaves no transaction open, and deletes nothing but what was picked.
+// memory_test.cpp: a whole SYNCDB in which the n-th allocation fails, for every n. It must end with
+// a known code, leave no transaction open, and delete only what was picked.
 //
-// malloc and system are replaced at link time (--wrap), the allocation operators here. The storage
-// library is a table in this file, which allocates nothing.
+// malloc and system are replaced at link time (--wrap), the allocation operators in this file. The
+// storage library is a table in this file, which allocates nothing.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -23,8 +23,8 @@
 
 namespace {
 
-long countdown = -1;  // allocations until one fails; below 0: none does
-bool onlyOne = true;  // or all that come after it as well
+long countdown = -1;  // allocations until one fails; negative: none does
+bool onlyOne = true;  // false: all later ones fail too
 bool struck = false;
 
 bool fails() {
@@ -40,7 +40,7 @@ bool fails() {
 extern "C" {
 void* __real_malloc(std::size_t size);
 void* __wrap_malloc(std::size_t size) { return fails() ? nullptr : __real_malloc(size); }
-// Clears no screen, and is an sqlplus that knows 40 other pieces.
+// Does not clear the screen; as sqlplus, it knows 40 other pieces.
 int __wrap_system(const char* command) {
   const char* script = std::strchr(command, '@');
   std::FILE* file = script == nullptr ? nullptr : std::fopen(script + 1, "r");
@@ -109,7 +109,8 @@ class PlainLibrary : public DVltApi {
     };
     m_fnvltDeleteObjP = [](std::uint32_t, std::uint8_t, const VltDelInfo* info) -> std::int16_t {
       server.going[info->objId.lo] = true;
-      return info->objId.lo == 20 ? VLT_RC_NO_MATCH : 0;  // the way through a failure as well
+      return info->objId.lo == 20 ? VLT_RC_NO_MATCH
+                                  : 0;  // so that a failed deletion is covered too
     };
     m_fnvltEndTxnP = [](std::uint32_t, std::uint8_t vote, std::uint16_t*) -> std::int16_t {
       for (int i = 0; i < kObjects; ++i) {
@@ -157,7 +158,9 @@ TEST(LinkedList, TracesThatMemoryRanOut) {
   }
 }
 
-TEST_F(WithErrorLog, EveryFailedAllocationEndsOrIsEndured) {
+using OutOfMemory = WithErrorLog;
+
+TEST_F(OutOfMemory, EndsTheRunInOrderOrIsSurvived) {
   PlainLibrary library;
   support::ScopedEnv temporary("TMPDIR", dir_.path().c_str());
   TEST_ENABLESCRIPTINPUT = 1;
@@ -191,9 +194,10 @@ TEST_F(WithErrorLog, EveryFailedAllocationEndsOrIsEndured) {
       ASSERT_EQ(0, gone % 3) << where << ": whole transactions";
       seen.insert(rc);
       if (!struck) break;
-      ASSERT_LT(n, 5000) << "no end";
+      ASSERT_LT(n, 5000) << "there is no end";
     }
-    EXPECT_EQ(1u, seen.erase(VLT_RC_NO_MATCH)) << "endured: the deletion came to its own failure";
+    EXPECT_EQ(1u, seen.erase(VLT_RC_NO_MATCH))
+        << "survived: the run got as far as the failed deletion";
   }
   TEST_ENABLESCRIPTINPUT = 0;
   // The tree, the list, anything else, no temporary name, no room beside the spool file.

@@ -79,8 +79,8 @@ class PickList : public WithMessages {
     return lines;
   }
 
-  // Runs the list with a text on standard input. The output is no terminal: 23 rows, 1024 columns,
-  // pages of 13 lines.
+  // Runs the list with a text on standard input. The output is not a terminal: 23 rows, 1024
+  // columns, pages of 13 lines.
   static int run(ObjectList& list, const std::string& input, std::string* output = nullptr) {
     support::FedInput answers(input);
     int rc = -1;
@@ -101,14 +101,14 @@ TEST_F(PickList, AppliesEveryFormOfAnswer) {
       {"2:5+", "", "2 3 4 5"},
       {"2:5-", "+", "1 6 7 8 9"},
       {"5+", "", "5"},
-      {"3:7", "", "7"},                 // without a sign only the last one is turned
-      {"3:5 9+", "", "3 4 5 6 7 8 9"},  // the open range waits for the next sign
-      {"1-5", "+", "2 3 4 6 7 8 9"},    // no range: 1 is dropped, 5 turned
-      {"2+4+", "", "1 2 3 4"},          // a second signed item starts at the first entry
-      {"8+2-", "", "8"},                // ... also when it drops
+      {"3:7", "", "7"},                 // without a sign only the last one is toggled
+      {"3:5 9+", "", "3 4 5 6 7 8 9"},  // the range is open until the next sign
+      {"1-5", "+", "2 3 4 6 7 8 9"},    // not a range: 1 is unpicked, 5 toggled
+      {"2+4+", "", "1 2 3 4"},          // a second signed item is a range from entry 1
+      {"8+2-", "", "8"},                // ... even if it unpicks
       {"2+ 4+", "", "2 4"},             // two delimiters: the sign of 4 is not seen
       {"0:3+", "", "1 2 3"},
-      {"0+", "", "1"},  // entry 0 is the first one
+      {"0+", "", "1"},  // entry 0 means entry 1
       {"8:99999999999999999999+", "", "8 9"},
       {"3  4+", "", "3 4"},  // two delimiters: the sign is looked for one place too early
       {"3   4+", "+", "1 2 5 6 7 8 9"},
@@ -173,7 +173,7 @@ TEST_F(PickList, LinesUpAtEveryWidthAndInEveryFormat) {
   }
   int pageSize = 0;
   const std::vector<std::string> wide = page(list, 1, 22, 200, 0, &pageSize);
-  EXPECT_EQ(12, pageSize) << "the owner costs a line of the list";
+  EXPECT_EQ(12, pageSize) << "the owner takes up a line of the list";
   EXPECT_EQ(23u, wide.size());
   for (std::size_t cols = 20; cols < 200; ++cols) {
     const std::vector<std::string> lines = page(list, 1, 22, static_cast<int>(cols), 0);
@@ -181,13 +181,13 @@ TEST_F(PickList, LinesUpAtEveryWidthAndInEveryFormat) {
     for (std::size_t i = 0; i + 1 < lines.size(); ++i) {
       EXPECT_LE(lines[i].size(), cols) << lines[i];
       EXPECT_EQ(0u, wide[i].find(lines[i])) << lines[i];
-      EXPECT_EQ(ut::printable(lines[i]), lines[i]) << "a character is torn";
+      EXPECT_EQ(ut::printable(lines[i]), lines[i]) << "a character is cut in two";
     }
   }
   EXPECT_EQ("x1234567| ", nlsprintf(msg::kListLine, 'x', 1234567u, "").substr(0, 10));
 }
 
-// Over a list of a million a command must not walk further than it marks.
+// In a list of a million entries a command must not visit more entries than it marks.
 TEST_F(PickList, VisitsWhatItMarksAndNothingElse) {
   const struct {
     const char* answer;
@@ -277,7 +277,7 @@ TEST_F(PickList, MovesByWholePagesAndStaysInTheList) {
 TEST_F(PickList, ReturnsThePicksOnlyWhenTheyAreConfirmed) {
   ObjectList list;
   fill(list, 20);
-  list.getFirst()->selected = 1;  // from an earlier time: forgotten
+  list.getFirst()->selected = 1;  // picked earlier: forgotten
   EXPECT_EQ(0, run(list, "3 5\no\n"));
   EXPECT_EQ("3 5", picks(list));
   EXPECT_EQ(0, run(list, "+ 3\nO whatever\n"));
@@ -285,7 +285,7 @@ TEST_F(PickList, ReturnsThePicksOnlyWhenTheyAreConfirmed) {
   for (const char* leave : {"c\n", "Quit\n"}) EXPECT_EQ(300, run(list, leave));
 }
 
-// Half of an answer could mark what was not meant.
+// Half of an answer could pick what the user did not mean.
 TEST_F(PickList, IgnoresAnAnswerThatIsTooLong) {
   ObjectList list;
   fill(list, 20);
