@@ -1,13 +1,13 @@
-// bare.cpp: the least program that does the work of a whole run, linked against the client library.
+// bare.cpp: the smallest program that does the work of a whole run, linked to the client library.
 //
-// Usage: bench_bare query                     all objects of the node, looked at and dropped
-//        bench_bare sync HANDLES EXPECTED     ... without those of the file, a handle a line; there
-//                                             must be EXPECTED of them
-//        bench_bare delete EXPECTED           all objects of the node are deleted, 255 a
-//        transaction
+// Usage: bench_bare query                     reads all objects of the node and drops them
+//        bench_bare sync HANDLES EXPECTED     the same without the handles in a file, one on each
+//                                             line; EXPECTED objects must be left
+//        bench_bare delete EXPECTED           deletes all EXPECTED objects of the node, 255 in each
+//                                             transaction
 //
-// The calls of the library are those that vexosync makes, in their order; beside them there is a
-// std::set and nothing else: no message, no option, no list.
+// It calls the library as vexosync does, in the same order. Apart from that there is a std::set and
+// nothing else: no messages, no options, no list.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -100,7 +100,7 @@ class Session {
   std::uint32_t handle_ = 0;
 };
 
-// Each gives the number of objects that it is about.
+// Each returns the number of objects that it read, kept or deleted.
 
 std::size_t runQuery() {
   Session session;

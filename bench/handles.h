@@ -1,4 +1,4 @@
-// handles.h: backup handles for the benchmarks, of the form that RMAN's formats make.
+// handles.h: backup handles for the benchmarks, in the form that RMAN's formats give.
 #ifndef BENCH_HANDLES_H
 #define BENCH_HANDLES_H
 
@@ -13,8 +13,8 @@ namespace bench {
 
 using Handles = std::vector<std::string>;
 
-// `count` different handles of 32 to 34 characters out of four databases, in ascending order. Each
-// `odd` differs from all of the other kind: those are looked up in vain.
+// `count` different handles of 32 to 34 characters from four databases, in ascending order. The odd
+// ones differ from all others: they are the ones that are looked up and not found.
 inline Handles makeHandles(std::size_t count, bool odd) {
   static constexpr const char* kDatabases[] = {"ORCL", "SALES", "FINDW", "HRPROD"};
   Handles handles;
@@ -29,7 +29,7 @@ inline Handles makeHandles(std::size_t count, bool odd) {
   return handles;
 }
 
-// The same in a random order, also in memory: each text was allocated in its turn.
+// The same in a random order, in memory too, because the texts are allocated in that order.
 inline Handles shuffled(const Handles& handles, unsigned seed) {
   std::vector<std::size_t> order(handles.size());
   for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;

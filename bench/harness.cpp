@@ -19,12 +19,12 @@ namespace {
   std::exit(1);
 }
 
-// The child's half: the figures as text, through the pipe.
+// The child's part: writes the figures to the pipe as text.
 [[noreturn]] void runChild(int out, const std::function<Figures()>& side) {
   std::FILE* pipe = ::fdopen(out, "w");
   for (const auto& [name, value] : side()) std::fprintf(pipe, "%s %.17g\n", name.c_str(), value);
   const bool written = std::fclose(pipe) == 0;
-  ::_exit(written ? 0 : 1);  // nothing is tidied up: that would only take time
+  ::_exit(written ? 0 : 1);  // without destructors, which would only take time
 }
 
 }  // namespace

@@ -1,18 +1,17 @@
 // harness.h: how the benchmarks measure and what they print.
 //
-// A ratio compares two sides within one run. The sides take turns, round by round, and each round
-// gives one ratio; the median of the rounds is the figure, the lowest and the highest are its
-// spread. So a machine that slows down for a while slows both sides down.
+// A ratio compares two sides in one run. The sides take turns, round by round, and each round gives
+// one ratio; the figure is the median of the rounds, its spread the lowest and the highest. If the
+// machine slows down for a while, it slows both sides down.
 //
-// What fills memory runs in a child process of its own (inChild): it starts without a heap to
-// speak of, and the growth of its resident size is what the thing measured holds, whoever hands
-// the memory out.
+// Whatever fills memory runs in a child process (inChild), which starts with an almost empty heap.
+// The growth of its resident size is what the measured container holds, whichever allocator the
+// memory comes from.
 //
-// Output, a line each, columns separated by tabs; bench/report.awk makes tables of it:
+// Output, one line for each result, columns separated by tabs; bench/report.awk makes tables of it:
 //
 //   ratio  KEY    N       MEDIAN  LOWEST  HIGHEST
-//   cost   GROUP  SERIES  N       VALUE                (nanoseconds, bytes or seconds for each
-//   entry)
+//   cost   GROUP  SERIES  N       VALUE    (nanoseconds, bytes or seconds for each entry)
 #ifndef BENCH_HARNESS_H
 #define BENCH_HARNESS_H
 
@@ -24,10 +23,10 @@
 
 namespace bench {
 
-// What one run of one side gave, by the figure's name.
+// The result of one run of one side, by the name of the figure.
 using Figures = std::map<std::string, double>;
 
-// One side's runs, a value each round.
+// The values of one side, one for each round.
 using Values = std::vector<double>;
 
 // Nanoseconds of this process's processor time.
@@ -36,10 +35,11 @@ double cpuNs();
 // Bytes of this process that are in memory.
 double residentBytes();
 
-// Gives freed memory back, so that what is taken next is fresh. Returns residentBytes().
+// Returns freed memory to the system, so that what is allocated next is fresh. Returns
+// residentBytes().
 double settledMemory();
 
-// Keeps the compiler from leaving out what computes `value`.
+// Keeps the compiler from removing the computation of `value`.
 template <typename T>
 void keep(const T& value) {
   asm volatile("" : : "r,m"(value) : "memory");
@@ -53,8 +53,8 @@ struct Side {
   std::function<Figures()> run;
 };
 
-// The sides of one comparison, `rounds` times in turns: forwards in one round, backwards in the
-// next.
+// Runs the sides of one comparison `rounds` times in turn: in their order in one round, in reverse
+// in the next.
 class Comparison {
  public:
   Comparison(int rounds, const std::vector<Side>& sides);
@@ -74,11 +74,11 @@ class Comparison {
 
 double median(Values values);
 
-// One value a round and side.
+// `side` and `peer` have one value for each round.
 void printRatio(const std::string& key, std::size_t n, const Values& side, const Values& peer);
 void printCost(const std::string& group, const std::string& series, std::size_t n, double value);
 
-// "1000000" and so on.
+// The number that an argument consists of, at least 1; anything else ends the program.
 std::size_t toNumber(const char* text);
 
 }  // namespace bench

@@ -1,15 +1,14 @@
-// list.cpp: the list of backup objects beside the least that memory asks for, and other containers.
+// list.cpp: the list of backup objects compared with bare memory and with other containers.
 //
 // Usage: bench_list ROUNDS N ...
 //
-// The floor does what no list can do without: it clears each record, fills it, and copies it to
-// memory that was never touched before.
+// "memory floor" does what every list must do: it clears each record, fills it, and copies it to
+// memory that was never used before.
 #include <sys/mman.h>
 
 #include <cstdlib>
 #include <cstring>
 #include <list>
-#include <string>
 #include <vector>
 
 #include "bench/harness.h"

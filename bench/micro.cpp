@@ -2,10 +2,10 @@
 //
 // Usage: bench_micro [--benchmark_...]; prints the lines of harness.h.
 //
-// The function is the comparison that the tree calls most: once as it would be without a trace
-// line, once with one, and as the product has it (two lines). The three differ by less than the
-// machine's mood from one millisecond to the next, so there are many short repetitions, which
-// Google Benchmark runs in a random order.
+// The function is the comparison that the tree calls most: without a trace line, with one, and as
+// it is in the product (two lines). The three differ by less than the machine varies from one
+// millisecond to the next, so there are many short repetitions, which Google Benchmark runs in a
+// random order.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -40,7 +40,7 @@ BENCHMARK_CAPTURE(compareTexts, without_line, &withoutLine);
 BENCHMARK_CAPTURE(compareTexts, with_line, &withLine);
 BENCHMARK_CAPTURE(compareTexts, product, &utFindFilename);
 
-// Collects the repetitions and prints ratios of one to the other.
+// Collects the repetitions and prints the ratios.
 class Ratios : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context&) override { return true; }

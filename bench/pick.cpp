@@ -1,10 +1,11 @@
-// pick.cpp: the pick list's commands beside one walk over the list.
+// pick.cpp: the commands of the pick list compared with one walk over the list.
 //
 // Usage: bench_pick ROUNDS N ...
 //
-// One list of N objects for all rounds. The answers come on standard input as a user's would, the
-// pages go to /dev/null, and `system`, which clears the screen, does nothing (linked with --wrap).
-// The figures hold for a list whose page was drawn before, as it is whenever a user answers.
+// There is one list of N objects for all rounds. The answers are read from standard input as a
+// user's would be, the pages are written to /dev/null, and `system`, which clears the screen, does
+// nothing (linked with --wrap). A page is drawn before the measurement, as it always is when a user
+// answers.
 #include <fcntl.h>
 #include <stdio_ext.h>
 #include <sys/mman.h>
@@ -30,7 +31,7 @@ namespace {
 constexpr int kRows = 22, kCols = 79, kPage = 13;
 constexpr int kItems = 100;
 
-// Sends standard output to /dev/null for its lifetime.
+// Redirects standard output to /dev/null during its lifetime.
 class Silence {
  public:
   Silence() : before_(::dup(STDOUT_FILENO)) {
@@ -106,7 +107,7 @@ class Picks {
  private:
   double count() const { return static_cast<double>(n_); }
 
-  // A short list is walked more often, or the clock and the page would tell more than the walk.
+  // A short list is walked more often, or the clock and the page would cost more than the walk.
   std::size_t times() const { return std::max<std::size_t>(4, 200'000 / n_); }
 
   void walkAll() {
@@ -118,16 +119,19 @@ class Picks {
     walk_.push_back(spent / static_cast<double>(times()));
   }
 
-  // The key "+" by the difference it makes: in place of "t", which only draws the page.
+  // The cost of the key "+": the difference from "t", which only draws the page.
   void pickAll() {
     std::string walks, pages;
-    for (std::size_t i = 0; i < times(); ++i) walks += "+\n", pages += "t\n";
+    for (std::size_t i = 0; i < times(); ++i) {
+      walks += "+\n";
+      pages += "t\n";
+    }
     const double without = runPickList(&list_, pages + "q\n");
     const double with = runPickList(&list_, walks + "q\n");
     all_.push_back((with - without) / static_cast<double>(times()));
   }
 
-  // A tenth of the list, somewhere in it, beside a tenth of the walk before.
+  // A tenth of the list, at a random place, compared with a tenth of the last walk.
   void pickRange() {
     const std::size_t length = n_ / 10, from = 1 + random_() % (n_ - length);
     const std::string answer = std::to_string(from) + ":" + std::to_string(from + length - 1) + "+";
@@ -135,8 +139,8 @@ class Picks {
     share_.push_back(walk_.back() * static_cast<double>(length) / count());
   }
 
-  // A hundred numbers in one answer, and as many answers of one number: other ones, which no cache
-  // holds yet.
+  // A hundred numbers in one answer, and a hundred answers of one number. The numbers differ, so
+  // that none of the objects is in a cache.
   void pickItems(bool oneByOneFirst) {
     const auto number = [this] { return std::to_string(1 + random_() % n_); };
     std::string together;
@@ -163,7 +167,7 @@ class Picks {
     });
     return spent / kTimes;
   }
-  // Both pages are full, or they would not have the same work.
+  // Both pages are full, so that they are the same amount of work.
   void drawEnds(bool firstFirst) {
     if (firstFirst) first_.push_back(drawPage(1));
     last_.push_back(drawPage(size() - kPage + 1));

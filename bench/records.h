@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -12,7 +11,7 @@
 
 namespace bench {
 
-// Fills what differs between the objects of a site; the rest stays zero.
+// Fills what differs between the objects of a site; the rest is left zero.
 inline void fillRecord(utZylObj_s* object, std::size_t number) {
   std::memcpy(object->name, "/marlorc/oracle/SALES_df_729008281_1204_1",
               sizeof "/marlorc/oracle/SALES_df_729008281_1204_1");

@@ -1,9 +1,9 @@
-// tree.cpp: the search tree of handles beside what one would use instead.
+// tree.cpp: the search tree of handles compared with what one would use instead.
 //
 // Usage: bench_tree ROUNDS [+]N ...; with "+" only the random order, for sizes that take long.
 //
-// Every round of every side is a child process that stores N handles, then looks all of them up (at
-// least kLookups look-ups) and as many that are not there, in another random order.
+// Each round of each side is a child process. It stores N handles and then looks up all of them, at
+// least kLookups times in all, and as many others that are not there, in another random order.
 #include <cstddef>
 #include <cstring>
 #include <set>
@@ -43,7 +43,7 @@ struct Peer {
   bool contains(const std::string& handle) const { return set.find(handle) != set.end(); }
 };
 
-// Nanoseconds for one look-up; each of them must end as `expected`.
+// Nanoseconds for one look-up; each of them must give `expected`.
 template <typename Container>
 double lookUp(Container& container, const bench::Handles& handles, bool expected) {
   const std::size_t times = (kLookups + handles.size() - 1) / handles.size();
@@ -60,7 +60,7 @@ double lookUp(Container& container, const bench::Handles& handles, bool expected
 
 struct Input {
   bench::Handles stored;        // in the order of insertion
-  bench::Handles hits, misses;  // none: only the insertion is measured
+  bench::Handles hits, misses;  // empty: only the insertion is measured
 };
 
 template <typename Container>
@@ -113,7 +113,7 @@ void compareOrder(const std::string& order, int rounds, std::size_t n, bench::Ha
   comparison.printCosts("build_" + order, n, "build");
 }
 
-// Prints what a size costs, and returns the tree's look-ups that hit.
+// Prints the costs of one size, and returns those of the tree's look-ups that hit.
 bench::Values compareSize(int rounds, std::size_t n, bool randomOnly) {
   const bench::Handles ascending = bench::makeHandles(n, false);
   Input random = {bench::shuffled(ascending, 1), bench::shuffled(ascending, 2),

@@ -1,7 +1,7 @@
-// usage.cpp: linked into a program, writes at its end what the process itself has used.
+// usage.cpp: linked into a program, writes what the process has used when it ends.
 //
-// The file is named by VEXO_BENCH_USAGE: "cpu SECONDS", "peak BYTES". Child processes (sqlplus, the
-// shell) are not in it, which is why the figures are taken from within.
+// VEXO_BENCH_USAGE names the file: "cpu SECONDS", "peak BYTES". Child processes (sqlplus, the
+// shell) must not count, which is why the process itself takes the figures.
 #include <sys/resource.h>
 
 #include <cstdio>
@@ -13,8 +13,8 @@ double seconds(const struct timeval& time) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
 
-// The most that was in memory at a time, in KiB. (getrusage would count what stood here before the
-// program was loaded as well.)
+// The peak of the resident size, in KiB. getrusage would include what was there before the program
+// was loaded.
 long peakKiB() {
   std::FILE* status = std::fopen("/proc/self/status", "r");
   long peak = 0;

@@ -1,16 +1,16 @@
-// whole.cpp: whole runs of vexosync beside the least programs that make the same library calls.
+// whole.cpp: whole runs of vexosync compared with small programs that make the same library calls.
 //
 // Usage: bench_whole sync ROUNDS N ORPHANS    SYNCDB on a site of N objects; the list is left
-//        bench_whole delete ROUNDS N          DELETE of all N objects, 255 a transaction
+//        bench_whole delete ROUNDS N          DELETE of all N objects, 255 in each transaction
 //
-// SANDBOX_HOME names the site; run.sh has made it, with the files
-//   handles    what the catalog knows, a line each, in the catalog's order
+// SANDBOX_HOME names the site that run.sh has made, with the files
+//   handles    what the catalog knows, one handle on each line, in the catalog's order
 //   fresh.db   the store as it is before a run
 //   answers    what the user types
 //   leave      the same without a deletion, for DELETE
 //
-// Processor time and memory are the program's own (usage.cpp), sqlplus's are not in them. In memory
-// the share of the client library is what the bare query needs.
+// Processor time and memory are those of the program itself (usage.cpp), without sqlplus. What the
+// bare query needs counts as the client library's share of the memory.
 #include <sys/wait.h>
 
 #include <chrono>
@@ -57,7 +57,7 @@ bench::Figures run(const std::string& command, int status) {
   return figures;
 }
 
-// What the tree of the site's handles and a list of its orphans hold.
+// The memory that a tree of the site's handles and a list of its orphans hold.
 bench::Figures treeAndList(std::size_t orphans) {
   return bench::inChild([&] {
     const double before = bench::settledMemory();
@@ -111,11 +111,14 @@ void compareDelete(int rounds, std::size_t n) {
        {kLeaving, [&] { return fresh("bench_vexosync DELETE <" + site("leave"), kLeft); }},
        {kListing, [&] { return fresh("bench_bare query", 0); }}});
   comparison.printRatio("delete_cpu", n, kProgram, kQuery, "cpu");
-  // The deletion alone: without what it takes to list the objects and pick them.
+  // The deletion alone, without listing and picking the objects.
   bench::Values own = comparison.values(kProgram, "cpu"), bare = comparison.values(kQuery, "cpu");
   const bench::Values leaving = comparison.values(kLeaving, "cpu");
   const bench::Values listing = comparison.values(kListing, "cpu");
-  for (std::size_t i = 0; i < own.size(); ++i) own[i] -= leaving[i], bare[i] -= listing[i];
+  for (std::size_t i = 0; i < own.size(); ++i) {
+    own[i] -= leaving[i];
+    bare[i] -= listing[i];
+  }
   bench::printRatio("delete_alone", n, own, bare);
   comparison.printRatio("delete_wall", n, kProgram, kQuery, "wall");
   comparison.printCosts("delete_cpu", n, "cpu");

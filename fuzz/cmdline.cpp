@@ -1,4 +1,7 @@
 // cmdline.cpp: the command line. A zero byte or a line feed in the input ends an argument.
+#include <algorithm>
+#include <cstdint>
+
 #include "common/nls/nls.h"
 #include "fuzz/fuzz.h"
 #include "utility/utparser.h"

@@ -6,12 +6,11 @@
 #ifndef FUZZ_FUZZ_H
 #define FUZZ_FUZZ_H
 
-#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <sstream>
-#include <utility>
+#include <string>
 #include <vector>
 
 #include "common/ut/psfile.h"

@@ -1,6 +1,7 @@
 // password.cpp: the password file, with a cipher that can be computed here as well.
 #include "agent/password.h"
 
+#include <algorithm>
 #include <cstdint>
 
 #include "api/vltapid.h"

@@ -1,5 +1,7 @@
 // pick.cpp: answers to the pick list, judged by a line of marks with a sign for each entry, "+" if
 // it is picked; and the part of a line that fits on the screen.
+#include <algorithm>
+
 #include "fuzz/fuzz.h"
 #include "utility/utpick.h"
 
@@ -7,7 +9,7 @@ namespace {
 
 using fuzz::hold;
 
-// The answer is told of 17 entries; the three after them must stay out of its reach.
+// ProcessAnswer is given 17 entries; the three after them must be out of its reach.
 constexpr std::size_t kObjects = 20, kCount = 17;
 
 char markOf(bool picked) { return picked ? '+' : '-'; }

@@ -2,6 +2,7 @@
 // look forgotten: the first word of every line must be in the tree.
 #include <memory>
 #include <set>
+#include <sstream>
 
 #include "fuzz/fuzz.h"
 #include "utility/syncdb_names.h"

@@ -1,5 +1,5 @@
-// agent_fixture.h: an agent installed in a directory of the test's own, without a message catalog:
-// messages show their number and their inserts.
+// agent_fixture.h: an agent installed in the test's own directory, without a message catalog: a
+// message shows its number and its inserts.
 #ifndef TESTS_AGENT_AGENT_FIXTURE_H
 #define TESTS_AGENT_AGENT_FIXTURE_H
 
@@ -12,8 +12,6 @@
 #include "common/nls/nls.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/strutil.h"
-#include "tests/support/captured.h"
-#include "tests/support/scripted_api.h"
 #include "tests/support/tempdir.h"
 
 class Agent : public testing::Test {

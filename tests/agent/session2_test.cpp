@@ -2,12 +2,13 @@
 #include "agent/session2.h"
 
 #include <cstdint>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "agent/password.h"
 #include "tests/agent/agent_fixture.h"
+#include "tests/support/captured.h"
+#include "tests/support/scripted_api.h"
 
 namespace {
 
@@ -76,7 +77,8 @@ TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
   set(orc.VLTI_ORC_CONFIG, "/c.opt");
   const auto setUp = [] {
     return Step("vltSetUp", "1").look<VltEnvSetUp>([](const VltEnvSetUp& record) {
-      EXPECT_EQ(40, record.structVersion * 10 + record.incExlCaseSensitive);
+      EXPECT_EQ(4, record.structVersion);
+      EXPECT_EQ(0, record.incExlCaseSensitive);
       EXPECT_EQ("/api/log/c.optvexoerror.log",
                 std::string(record.vltiDir) + record.vltiLog + record.vltiConfig + record.logName);
     });
@@ -87,26 +89,27 @@ TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
                    version(13), setUp(), key, cipher("vltDecryptEx")});
   EXPECT_EQ(0, psDoVltSetUp(&orc));
   EXPECT_STREQ("secret", orc.legacyPassword);
-  EXPECT_EQ(11, orc.apiSetUp * 10 + orc.bUsePwGenerate);
+  EXPECT_EQ(1, orc.apiSetUp);
+  EXPECT_EQ(1, orc.bUsePwGenerate);
   EXPECT_FALSE(dir.has("installed/agent/VEXO.N"));
   EXPECT_TRUE(dir.has("installed/agent/VEXO.N.save"));
   EXPECT_EQ(0, psDoVltSetUp(&orc)) << "no such file is no error";
   EXPECT_STREQ("", orc.legacyPassword);
   std::filesystem::remove("installed/agent/VEXO.N.save");
-  dir.write("installed/agent/VEXO.N.save/full", "");  // a name that nothing can be renamed to
+  dir.write("installed/agent/VEXO.N.save/full", "");  // nothing can be renamed to this name
   dir.write("installed/agent/VEXO.N", kHeader + chunk('6', "secret"));
   support::Captured shown;
   EXPECT_EQ(0, psDoVltSetUp(&orc));
   EXPECT_HOLDS(shown.take(), "QRB2629E");
   EXPECT_HOLDS(log(), "QRB2629E");
-  EXPECT_STREQ("secret", orc.legacyPassword) << "it is used all the same";
+  EXPECT_STREQ("secret", orc.legacyPassword) << "it is used nevertheless";
 }
 
 TEST_F(Session, SetUpReportsWhyItFailed) {
   const support::Captured quiet;
   ScriptedApi api({version(12), version(13), Step("vltSetUp", "1", 2409)});
   api.add(textSteps("0", 2409, "ZYL2409E why"));
-  EXPECT_EQ(2507, psDoVltSetUp(&orc)) << "too old: it never sees a record of ours";
+  EXPECT_EQ(2507, psDoVltSetUp(&orc)) << "too old: it is not handed a record";
   EXPECT_HOLDS(log(), "QRB2572E");
   EXPECT_HOLDS(log(), "QRB2573E");
   EXPECT_EQ(2409, psDoVltSetUp(&orc));
@@ -126,13 +129,14 @@ TEST_F(Session, LogonFillsTheContext) {
                          .look<VltInitExIn>([](const VltInitExIn& in) {
                            EXPECT_STREQ(" -PASSWORDACCESS=GENERATE -PASSWORDDIR=/p w", in.options);
                            EXPECT_STREQ("/c.opt", in.configFile);
-                           EXPECT_EQ(53, in.structVersion * 10 + in.clientKind);
+                           EXPECT_EQ(5, in.structVersion);
+                           EXPECT_EQ(3, in.clientKind);
                          }),
                      Step("vltQuerySessOptions", "7"),
                      Step("vltQuerySessInfo", "7").fill<VltSessInfo>([](VltSessInfo& info) {
                        info.maxObjPerTxn = 100;
                      })});
-    EXPECT_EQ(0, vexoSession(&orc)) << "the options are appended once, however often";
+    EXPECT_EQ(0, vexoSession(&orc)) << "the options are appended only once";
     EXPECT_EQ(7u, orc.vltHandle);
     EXPECT_EQ(100, orc.maxObjPerTxn);
   }
@@ -144,7 +148,8 @@ TEST_F(Session, LogonWipesThePasswordRightAfterTheLastCall) {
   const char* buffer = nullptr;
   std::string given, left = "not looked at";
   ScriptedApi api({Step("vltInitEx", "*", 51).look<VltInitExIn>([&](const VltInitExIn& in) {
-                     given = buffer = in.clientPassword;
+                     buffer = in.clientPassword;
+                     given = buffer;
                    }),
                    Step("vltRCMsgEx").fill<VltRcMsgOut>([&](VltRcMsgOut&) {
                      left.assign(buffer, kPasswordSize);

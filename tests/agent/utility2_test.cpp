@@ -3,14 +3,17 @@
 
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <map>
 #include <sstream>
 
 #include "agent/errormsg.h"
+#include "api/clientdirs.h"
 #include "common/ut/agttrc.h"
 #include "tests/agent/agent_fixture.h"
+#include "tests/support/captured.h"
 
 namespace {
 
@@ -33,7 +36,7 @@ TEST_F(ErrorLog, LinesCarryTimeAndProcess) {
 }
 
 TEST_F(ErrorLog, KeepsLinesWholeAcrossProcesses) {
-  // Both ways into the log, and lines longer than a stream's buffer among them.
+  // Through both functions that write to the log, with some lines longer than a stream's buffer.
   constexpr int kProcesses = 8, kLines = 1000;
   const auto textOf = [](char name) { return std::string(name < 'c' ? 5000 : 99, name); };
   const support::Captured quiet(STDERR_FILENO);
@@ -41,7 +44,11 @@ TEST_F(ErrorLog, KeepsLinesWholeAcrossProcesses) {
     if (::fork() != 0) continue;
     const std::string text = textOf(name);
     for (int n = 0; n < kLines; ++n) {
-      name % 2 == 0 ? psNonNlsErrorMsg(text.c_str()) : vexoErrorMsg(text.c_str(), 0);
+      if (name % 2 == 0) {
+        psNonNlsErrorMsg(text.c_str());
+      } else {
+        vexoErrorMsg(text.c_str(), 0);
+      }
     }
     ::_exit(0);
   }
@@ -122,7 +129,8 @@ TEST_F(Start, GoesOnWithoutATraceThatCannotBeOpened) {
   vexoInitTrace(&orc);
   EXPECT_HOLDS(shown.take(), "QRB0201E");
   EXPECT_HOLDS(log(), "QRB0201E");
-  EXPECT_TRUE(TEST_SYNCDBNORMAN && !TR_PREFIX) << "flags without a trace are not switched";
+  EXPECT_EQ(1, TEST_SYNCDBNORMAN);
+  EXPECT_EQ(0, TR_PREFIX) << "without a trace no class is switched on";
   TEST_SYNCDBNORMAN = 0;
   trcClass = nullptr;
 }

@@ -1,4 +1,4 @@
-// wrapper_test.cpp: what the wrapper adds to the library's calls, and what it keeps from it.
+// wrapper_test.cpp: what the wrapper adds to the library's calls, and which calls it does not make.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -38,21 +38,21 @@ TEST(Wrapper, PassesArgumentsAndCodesUnchanged) {
   EXPECT_EQ(2402, api.dvltTerminate(VltApiStatusObjP, 7));
   EXPECT_EQ(0, VltApiStatusObjP->insideApiCall);
   EXPECT_GE(VltApiStatusObjP->totalTime, 20) << "milliseconds";
-  DVltApi::ClearPointers();  // stopped by the assertion where that is built in, else the code
+  DVltApi::ClearPointers();  // an assertion stops the call if it is compiled in; else it fails
   EXPECT_DEBUG_DEATH(EXPECT_EQ(419, api.dvltBeginTxn(VltApiStatusObjP, 7)), "not loaded");
 }
 
 TEST(Wrapper, TracesMillisecondsAsSeconds) {
-  ScriptedApi api({Step("vltEndTxn").fill<uint16_t>([](uint16_t&) { ::usleep(20000); })});
+  ScriptedApi api({Step("vltEndTxn").fill<std::uint16_t>([](std::uint16_t&) { ::usleep(20000); })});
   DVltApiStatus status;
-  uint16_t reason = 0;
+  std::uint16_t reason = 0;
   EXPECT_EQ(0, api.dvltEndTxn(&status, 7, VLT_VOTE_COMMIT, &reason));
   const std::string line = support::traced("PERFORMANCE", [&] { api.LogApiStatus(&status); });
   EXPECT_EQ("Performance stats: # seconds spent in ZYL API calls\n", support::masked(line));
   EXPECT_GE(std::stoi(line.substr(line.find(':') + 1)), 20);
 }
 
-TEST(Wrapper, TellsItsVersionToLibrariesThatHaveTheField) {
+TEST(Wrapper, PassesItsVersionIfTheRecordHasTheField) {
   for (const std::uint16_t structVersion : {std::uint16_t{4}, std::uint16_t{5}}) {
     ScriptedApi api({Step("vltInitEx").look<VltInitExIn>([&](const VltInitExIn& in) {
       ASSERT_EQ(structVersion > 4, in.appVersion != nullptr);
@@ -81,7 +81,7 @@ TEST(Wrapper, AcceptsLibrariesByTheirWeight) {
   }
 }
 
-TEST(CodeText, IsCutToTheBufferButCountedWhole) {
+TEST(CodeText, IsCutToTheBufferAndReportedWithItsFullLength) {
   for (const auto& [size, rc, wanted, whole] : {std::tuple(1u, 0, "", 8u),
                                                 {4u, 0, "ZYL", 8u},
                                                 {8u, 0, "ZYL2302", 8u},
@@ -93,9 +93,9 @@ TEST(CodeText, IsCutToTheBufferButCountedWhole) {
     EXPECT_EQ(rc, api.AgtVltRCMsg(VltApiStatusObjP, 7, 2, text, size, &length));
     EXPECT_EQ(whole, length);
     EXPECT_STREQ(wanted, text);
-    EXPECT_EQ('?', text[size]) << "nothing past the buffer";
+    EXPECT_EQ('?', text[size]) << "nothing is written past the buffer";
   }
-  for (const int length : {255, 256, VLT_MAX_RC_TEXT}) {  // the report asks again for a cut text
+  for (const int length : {255, 256, VLT_MAX_RC_TEXT}) {  // a text that was cut is asked for again
     const std::string text(static_cast<std::size_t>(length), 't');
     ScriptedApi api({Step("vltRCMsg", "7 51").text(text)});
     if (length > 255) api.add({Step("vltRCMsg", "7 51").text(text)});
@@ -116,7 +116,7 @@ TEST(Loading, TracesEveryStepOfAFailure) {
       text.substr(text.find("NUM_API_FUNCS")));
 }
 
-TEST(SetUp, IsDoneOnceUndoneOnceAndSaysWhichStepFailed) {
+TEST(SetUp, IsDoneOnceAndUndoneOnceAndSaysWhichStepFailed) {
   const support::ScopedEnv dir("VLTI_DIR", "/dir/"), config("VLTI_CONFIG", "/c.opt");
   support::ScopedEnv log("VLTI_LOG", std::string(1280, 'x').c_str());
   const auto setUp = [](std::int16_t rc) {

@@ -1,4 +1,4 @@
-// file_test.cpp: private files in public directories, input lines.
+// file_test.cpp: private files in public directories, and input lines.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,8 +24,8 @@ TEST(PrivateFile, IsOursAloneWhateverTheMask) {
     ASSERT_NE(nullptr, file);
     struct stat entry = {};
     ASSERT_EQ(0, ::stat(path.c_str(), &entry));
-    EXPECT_EQ(0600u, entry.st_mode & 07777) << "a looser mode is mended";
-    EXPECT_EQ(0, entry.st_size) << "what was there is gone";
+    EXPECT_EQ(0600u, entry.st_mode & 07777) << "looser permissions are tightened";
+    EXPECT_EQ(0, entry.st_size) << "the old contents are gone";
     std::fputs("secret", file.get());
     EXPECT_TRUE(ut::closeFile(std::move(file)));
     ASSERT_EQ(0, ::chmod(path.c_str(), 0666));
@@ -37,17 +37,20 @@ TEST(PrivateFile, RefusesWhatSomebodyElseMayHavePlanted) {
   dir.enter();
   dir.write("victim", "precious");
   dir.write("twice", "precious");
-  ASSERT_EQ(0, ::symlink("victim", "symlink") + ::symlink("made", "dangling") +
-                   ::link("twice", "hardlink") + ::mkfifo("pipe", 0600));
+  ASSERT_EQ(0, ::symlink("victim", "symlink"));
+  ASSERT_EQ(0, ::symlink("made", "dangling"));
+  ASSERT_EQ(0, ::link("twice", "hardlink"));
+  ASSERT_EQ(0, ::mkfifo("pipe", 0600));
   for (const char* name :
        {"symlink", "dangling", "hardlink", "twice", "pipe", ".", "", "no/file"}) {
     EXPECT_EQ(nullptr, ut::openPrivateFile(name)) << name;
   }
-  EXPECT_EQ("preciousprecious", dir.read("victim") + dir.read("twice"));
+  EXPECT_EQ("precious", dir.read("victim"));
+  EXPECT_EQ("precious", dir.read("twice"));
   EXPECT_FALSE(dir.has("made"));
 }
 
-TEST(TempName, IsNewAndInTheDirectoryThatIsWanted) {
+TEST(TempName, IsNewAndInTheChosenDirectory) {
   TempDir dir;
   const std::string file = dir.write("file", "");
   ScopedEnv wanted("TMPDIR", dir.path().c_str());
@@ -61,7 +64,7 @@ TEST(TempName, IsNewAndInTheDirectoryThatIsWanted) {
   }
 }
 
-TEST(InputLine, IsCutWithoutItsRestBecomingTheNextAnswer) {
+TEST(InputLine, IsCutAndItsRestDoesNotBecomeTheNextAnswer) {
   TempDir dir;
   const std::string text("one\n\ntoo long\nfour\nb\0c\nlast", 27);
   const ut::FilePtr input(std::fopen(dir.write("input", text).c_str(), "r"));

@@ -32,12 +32,13 @@ TEST(LinkedList, AgreesWithAVectorUnderRandomOperations) {
     }
     ASSERT_EQ(static_cast<int>(oracle.size()), list.count()) << step;
     ASSERT_EQ(nullptr, list.elementAt(oracle.size() + 1)) << step;
-    ASSERT_EQ(list.getFirst(), list.elementAt(0)) << "0 is taken as 1";
+    ASSERT_EQ(list.getFirst(), list.elementAt(0)) << "0 means 1";
     std::vector<int> walked;
     for (int* p = list.getFirst(); p != nullptr; p = list.getNext(p)) walked.push_back(*p);
     ASSERT_EQ(oracle, walked) << step;
   }
-  EXPECT_TRUE(list.getNext(nullptr) == nullptr && list.remove(nullptr) == nullptr);
+  EXPECT_EQ(nullptr, list.getNext(nullptr));
+  EXPECT_EQ(nullptr, list.remove(nullptr));
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# messages.sh: what must hold for the message catalogs. The first argument says which.
+# messages.sh: checks of the message catalogs; the first argument chooses one.
 #
-#   document  docs/messages.md is what the catalog makes, and each message explains itself
-#   german    the German catalog has the same messages with the same inserts and as many answers,
-#             and no screen line is wider than 80 columns, in either language
-#   misfits   a call that does not fit its message is refused by the compiler, for the right reason;
+#   document  docs/messages.md is generated from the catalog, and every message has its explanation
+#   german    the German catalog has the same messages, with the same inserts and the same number of
+#             answers, and no screen line is wider than 80 columns in either language
+#   misfits   the compiler refuses a call that does not fit its message, and gives the right reason;
 #             $2 is the compiler, $3 the directory of the generated sources
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
@@ -12,7 +12,7 @@ catalogs=$root/common/nls/catalog
 
 make_from() { awk -v make="$1" -f "$catalogs/catalog.awk" "$catalogs/$2.msg"; }
 
-# The lines of a catalog's texts without an identifier that are wider than a screen.
+# Lines that are wider than a screen, of the texts that are shown without an identifier.
 wide_lines() {
   sed -n 's/^[0-9]* "QRB[0-9]*Z\(.*\)"$/\1/p' "$catalogs/$1.msg" | sed 's/\\n/\n/g' |
     LC_ALL=C.UTF-8 grep -E '.{81}'
@@ -20,7 +20,7 @@ wide_lines() {
 
 check_document() {
   if ! make_from document vexo | diff "$root/docs/messages.md" -; then
-    echo "messages.sh: ./dev messages brings docs/messages.md up to date" >&2
+    echo "messages.sh: docs/messages.md is out of date; run ./dev messages" >&2
     return 1
   fi
 }
@@ -33,7 +33,7 @@ check_german() {
   if wide_lines vexo || wide_lines vexo_de; then return 1; fi
 }
 
-# Compiles a statement; prints what the compiler says.
+# Compiles a statement and prints the compiler's messages.
 compile() {
   printf '#include "common/nls/nls.h"\nvoid f(const char* text) { %s; (void)text; }\n' "$3" |
     "$1" -std=c++20 -fsyntax-only -I"$root" -I"$2" -x c++ - 2>&1

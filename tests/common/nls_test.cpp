@@ -1,10 +1,9 @@
-// nls_test.cpp: message texts with hostile conversions, hostile catalogs, questions, languages.
+// nls_test.cpp: message texts with hostile conversions, damaged catalogs, questions and languages.
 #include "common/nls/nls.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <random>
 #include <span>
 #include <string>
 #include <vector>
@@ -19,7 +18,7 @@ namespace {
 using nls::Insert;
 using support::Captured;
 
-TEST(MessageText, TakesItsInsertsOrIsCorrupted) {
+TEST(MessageText, TakesItsInsertsOrIsRefused) {
   const std::vector<Insert> all = {"%n%s", 'c', -42, UINT64_MAX, INT64_MIN, "not an insert"};
   const std::span<const Insert> inserts = std::span(all).first(5);
   for (const auto& [text, expected] : {std::pair("", ""),
@@ -61,7 +60,7 @@ class Messages : public testing::Test {
     destroyNlsGlobalObject();
     ut::setRunFormats({1, 1, 1});
   }
-  // Makes a catalog; its old entries go.
+  // Compiles a catalog; an existing one is replaced.
   void compile(const char* name, const std::string& text) {
     std::filesystem::remove(dir.path(name));
     const std::string source = dir.write("source.msg", "$quote \"\n" + text);
@@ -94,7 +93,7 @@ TEST_F(Messages, AreShownByTheirLetterAndReportedWhenDamaged) {
       }
       EXPECT_EQ("QRB00" + std::to_string(number) + "E ", text.substr(0, 9));
       EXPECT_NE(text.npos, text.find(number == 20 ? "not found" : "corrupted")) << text;
-      EXPECT_EQ('x', text.back()) << "what was to be said is said";
+      EXPECT_EQ('x', text.back()) << "the insert is shown nevertheless";
     }
   }
 }
@@ -105,7 +104,7 @@ TEST_F(Messages, ComeFromTheDefaultCatalogWhenTheWantedOneIsMissing) {
   EXPECT_NE(std::string::npos, nlsprintf(nls::Message<>(10)).find("not found"));
   EXPECT_EQ("ab\n\n",
             nlsprintf(msg::kText, "a") + nlsprintf(msg::kLine, "b") + nlsprintf(msg::kBlankLine))
-      << "need no catalog";
+      << "these need no catalog";
   compile("vexo.cat", "$set 1\n10 \"QRB0010IEnglish\"\n");
   EXPECT_EQ(0, open("vexo_fra.cat"));
   EXPECT_EQ(1, info.usedDefault);
@@ -121,7 +120,7 @@ TEST_F(Messages, ComeFromTheDefaultCatalogWhenTheWantedOneIsMissing) {
   EXPECT_NE(std::string::npos, nlsprintf(nls::Message<>(10)).find("not found"));
 }
 
-TEST(Wrapped, EndsLinesBetweenWordsAndKeepsWhatStandsInColumns) {
+TEST(Wrapped, EndsLinesBetweenWordsAndKeepsColumns) {
   for (const auto& [text, expected] : {std::pair("one two three", "one two\nthree"),
                                        {"one two", "one two"},
                                        {"1234567 9", "1234567\n9"},

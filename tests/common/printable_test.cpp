@@ -1,4 +1,4 @@
-// printable_test.cpp: what of a foreign text reaches a terminal.
+// printable_test.cpp: what is left of a foreign text when it is shown on a terminal.
 #include "common/ut/printable.h"
 
 #include <gtest/gtest.h>
@@ -22,8 +22,8 @@ TEST(Printable, ShowsWhatATerminalWouldObeyAsQuestionMarks) {
       {"a\xe2\x80\xae"
        "b\xe2\x81\xa6"
        "c\xe2\x80\x8b",
-       "a?b?c?"},                                                 // turned round, isolated, hidden
-      {"caf\xe9 \xff\x80x", "caf? ??x"},                          // not UTF-8
+       "a?b?c?"},                         // reverses, isolates, is invisible
+      {"caf\xe9 \xff\x80x", "caf? ??x"},  // not UTF-8
       {"\xc0\xaf \xe0\x80\xaf \xf0\x80\x80\xaf", "?? ??? ????"},  // overlong
       {"\xed\xa0\x80 \xf4\x90\x80\x80", "??? ????"},  // a surrogate, beyond the last character
       {"\xe2\x82", "?"},                              // cut short
@@ -33,7 +33,7 @@ TEST(Printable, ShowsWhatATerminalWouldObeyAsQuestionMarks) {
   };
   for (const auto& [text, shown] : rows) {
     EXPECT_EQ(shown, ut::printable(text));
-    EXPECT_EQ(shown, ut::printable(shown)) << "once is enough";
+    EXPECT_EQ(shown, ut::printable(shown)) << "what was made printable is kept";
     EXPECT_EQ(std::string(shown) + "\n", nlsprintf(msg::kLine, text))
         << "as an insert of a message";
   }

@@ -1,6 +1,6 @@
-// change_password.cpp: the password change as a program of its own, because no command of vexosync
-// reaches it: `change_password [nobody] [OLD NEW]`. Prints "rc=CODE" at its end. With "nobody" a
-// root user gives root up before the change.
+// change_password.cpp: the password change as a separate program, because no command of vexosync
+// reaches it: `change_password [nobody] [OLD NEW]`. Prints "rc=CODE" in the end. With "nobody" it
+// gives up root's rights before the change.
 #include <unistd.h>
 
 #include <cstdio>
@@ -33,7 +33,8 @@ int main(int argc, char** argv) {
   if (library.Setup() != 0 || psDoVltSetUp(&orc) != 0) return 3;
   if (argc > 1 && std::strcmp(argv[1], "nobody") == 0) {
     if (::getuid() == 0 && ::setuid(65534) != 0) return 4;
-    --argc, ++argv;
+    --argc;
+    ++argv;
   }
   vexoOptionsInfo_t options = {};
   if (argc > 2) {

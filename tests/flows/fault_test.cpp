@@ -1,7 +1,7 @@
 // fault_test.cpp: every call of the client library that a flow makes fails once, in every flow.
 //
-// Seven objects a to g and one, k, that the catalog knows; a, b, d, e and g are picked. With a
-// limit of three objects (so two deletions) a transaction, they go as (a b) (d e) (g).
+// There are seven objects a to g, and k, which the catalog knows; a, b, d, e and g are picked. A
+// transaction may hold three objects, so two are deleted in each: (a b) (d e) (g).
 #include <cstring>
 #include <map>
 #include <set>
@@ -11,20 +11,20 @@
 
 namespace {
 
-constexpr int kLeft = 300;  // the code of a pick list that was left
-constexpr int kAsEver = -1000;
+constexpr int kLeft = 300;      // the code of a pick list that was left
+constexpr int kNormal = -1000;  // the status of a run without a fault
 
-// Where the library's text of a failure is to be found.
+// Where the library's text for a failure is shown.
 enum class Told { kNowhere, kInLog, kInLogAndOnTerminal };
 constexpr Told kNo = Told::kNowhere, kLog = Told::kInLog, kBoth = Told::kInLogAndOnTerminal;
 
 struct Row {
   std::string flows;                // initials of QUERY, DELETE, SYNCDB
-  std::vector<std::string> faults;  // as zylstore takes them; the first one is the call at issue
-  int status;                       // kAsEver: that of a run without a fault
+  std::vector<std::string> faults;  // as zylstore takes them; the row is about the first one
+  int status;
   Told told;
   const char* text;  // the number in the library's text
-  const char* done;  // the picked objects that are gone; with QUERY, those that it shows
+  const char* done;  // the picked objects that were deleted; for QUERY, those that were shown
 };
 
 const Row kRows[] = {
@@ -32,27 +32,27 @@ const Row kRows[] = {
     {"QDS", {"InitEx 51"}, 51, kBoth, "0051", ""},
     {"QDS", {"InitEx 51", "RCMsgEx 2405"}, 51, kBoth, "0051", ""},
     {"QDS", {"InitEx 51", "RCMsg 2405 --times 2"}, 51, kNo, "0051", ""},
-    {"QDS", {"InitEx -50 --times 4"}, kAsEver, kNo, "0050", "abdeg"},  // tried five times
+    {"QDS", {"InitEx -50 --times 4"}, kNormal, kNo, "0050", "abdeg"},  // tried five times
     {"QDS", {"InitEx -50 --times 5"}, -50, kBoth, "0050", ""},
     {"QDS", {"QuerySessOptions 2403"}, 2403, kBoth, "2403", ""},
     {"QDS", {"QuerySessInfo 53"}, 53, kBoth, "0053", ""},
     {"QDS", {"QuerySessInfo 53 --after 1"}, 53, kLog, "0053", ""},
     {"QDS", {"BeginQuery 2410"}, 2410, kBoth, "2410", ""},
-    // The query breaks off: what was listed until then is offered.
-    {"QD", {"GetNextQObj 2410"}, kAsEver, kNo, "2410", ""},
+    // The query is cut short: what was listed before is offered.
+    {"QD", {"GetNextQObj 2410"}, kNormal, kNo, "2410", ""},
     {"S", {"GetNextQObj 2410"}, 65535, kNo, "2410", ""},
-    {"QD", {"GetNextQObj 2"}, kAsEver, kLog, "0000", ""},  // the log has always held this text
+    {"QD", {"GetNextQObj 2"}, kNormal, kLog, "0000", ""},  // kept on purpose: code 0 in the log
     {"S", {"GetNextQObj 2"}, 65535, kLog, "0000", ""},
-    {"QDS", {"GetNextQObj 2410 --after 1"}, kAsEver, kNo, "2410", "a"},
-    {"QDS", {"GetNextQObj -50 --after 2"}, kAsEver, kNo, "0050", "ab"},
-    {"QDS", {"GetNextQObj 2410 --after 3"}, kAsEver, kNo, "2410", "ab"},
-    {"QDS", {"GetNextQObj 54 --after 4"}, kAsEver, kNo, "0054", "abd"},
-    {"QDS", {"GetNextQObj 2302 --after 5"}, kAsEver, kNo, "2302", "abde"},
-    {"QDS", {"GetNextQObj 122 --after 5"}, kAsEver, kNo, "0122", "abdeg"},  // skipped, goes on
-    {"QDS", {"GetNextQObj 121 --after 6"}, kAsEver, kNo, "0121", "abde"},
-    {"QDS", {"GetNextQObj 2410 --after 7"}, kAsEver, kNo, "2410", "abdeg"},
-    {"QDS", {"GetNextQObj 2410 --after 8"}, kAsEver, kNo, "2410", "abdeg"},
-    {"QDS", {"EndQuery 2404"}, kAsEver, kNo, "2404", "abdeg"},
+    {"QDS", {"GetNextQObj 2410 --after 1"}, kNormal, kNo, "2410", "a"},
+    {"QDS", {"GetNextQObj -50 --after 2"}, kNormal, kNo, "0050", "ab"},
+    {"QDS", {"GetNextQObj 2410 --after 3"}, kNormal, kNo, "2410", "ab"},
+    {"QDS", {"GetNextQObj 54 --after 4"}, kNormal, kNo, "0054", "abd"},
+    {"QDS", {"GetNextQObj 2302 --after 5"}, kNormal, kNo, "2302", "abde"},
+    {"QDS", {"GetNextQObj 122 --after 5"}, kNormal, kNo, "0122", "abdeg"},  // the query continues
+    {"QDS", {"GetNextQObj 121 --after 6"}, kNormal, kNo, "0121", "abde"},
+    {"QDS", {"GetNextQObj 2410 --after 7"}, kNormal, kNo, "2410", "abdeg"},
+    {"QDS", {"GetNextQObj 2410 --after 8"}, kNormal, kNo, "2410", "abdeg"},
+    {"QDS", {"EndQuery 2404"}, kNormal, kNo, "2404", "abdeg"},
     {"DS", {"BeginTxn 2404"}, 2404, kBoth, "2404", ""},
     {"DS", {"BeginTxn 2404 --after 1"}, 2404, kLog, "2404", "ab"},
     {"DS", {"BeginTxn 2410 --after 2"}, 2410, kLog, "2410", "abde"},
@@ -63,22 +63,22 @@ const Row kRows[] = {
     {"DS", {"DeleteObj 2410 --after 4"}, 2410, kBoth, "2410", "abde"},
     {"DS", {"DeleteObj 54 --after 3", "EndTxn 2410 --after 1"}, 2410, kBoth, "2410", "ab"},
     {"DS", {"DeleteObj 54", "EndTxn 2302 --reason 2"}, 2, kBoth, "0054", ""},
-    {"DS", {"DeleteObj 54", "EndTxn 0 --reason 2"}, kAsEver, kBoth, "0054", ""},
+    {"DS", {"DeleteObj 54", "EndTxn 0 --reason 2"}, kNormal, kBoth, "0054", ""},
     {"DS", {"EndTxn 2302 --reason 2"}, 2, kLog, "0002", ""},
     {"DS", {"EndTxn 2302"}, 2302, kLog, "2302", ""},
     {"DS", {"EndTxn 2410 --after 1"}, 2410, kLog, "2410", "ab"},
     {"DS", {"EndTxn 2302 --reason 54 --after 2"}, 54, kBoth, "0054", "abde"},
     {"DS", {"EndTxn 2302 --after 2"}, 2302, kBoth, "2302", "abde"},
-    // A reason without a code counts as code 0: the list comes again, with nothing picked.
-    {"DS", {"EndTxn 0 --reason 54 --after 1"}, kAsEver, kLog, "0000", "ab"},
-    {"DS", {"EndTxn 0 --reason 54 --after 2"}, kAsEver, kBoth, "0000", "abde"},
-    {"QDS", {"Terminate 2402"}, kAsEver, kNo, "2402", "abdeg"},
-    {"QDS", {"CleanUp 2401"}, kAsEver, kNo, "2401", "abdeg"},
+    // A reason without a code counts as code 0: the list is shown again, with nothing picked.
+    {"DS", {"EndTxn 0 --reason 54 --after 1"}, kNormal, kLog, "0000", "ab"},
+    {"DS", {"EndTxn 0 --reason 54 --after 2"}, kNormal, kBoth, "0000", "abde"},
+    {"QDS", {"Terminate 2402"}, kNormal, kNo, "2402", "abdeg"},
+    {"QDS", {"CleanUp 2401"}, kNormal, kNo, "2401", "abdeg"},
 };
 
 class Fault : public Site {
  protected:
-  // Runs `command` and types all answers ahead. The shell shows the terminal's settings at the end.
+  // Runs `command` with all answers typed ahead; then the shell shows the terminal's settings.
   void play(const std::string& command, const std::string& answers, int status) {
     terminal_ = std::make_unique<sandbox::Terminal>(
         std::vector<std::string>{"/bin/sh", "-c",
@@ -86,20 +86,21 @@ class Fault : public Site {
         settings_);
     terminal_->send("\n+0\n" + answers);
     ends(status);
-    EXPECT_TRUE(showed(" icanon ") && showed(" echo ")) << terminal_->transcript();
+    EXPECT_TRUE(showed(" icanon ")) << terminal_->transcript();
+    EXPECT_TRUE(showed(" echo ")) << terminal_->transcript();
   }
 
-  // Every call of the undisturbed run has a row, and every call of a failing one is in some row.
-  void expectRowsForAllCalls(char flow, const std::string& undisturbed) {
-    std::set<std::string> ordered;  // "DeleteObj 3" for its fourth call
+  // Every call of a run without a fault has a row; every function called in any run is in a row.
+  void expectRowsForAllCalls(char flow, const std::string& faultless) {
+    std::set<std::string> covered;  // "DeleteObj", and "DeleteObj 3" for its fourth call
     for (const Row& row : kRows) {
       if (row.flows.find(flow) == std::string::npos) continue;
       for (const std::string& fault : row.faults) {
         const std::string operation = fault.substr(0, fault.find(' '));
         const std::size_t after = fault.find("--after ");
-        ordered.insert(operation);
+        covered.insert(operation);
         if (&fault != &row.faults.front()) continue;
-        ordered.insert(operation + (after == fault.npos ? " 0" : fault.substr(after + 7)));
+        covered.insert(operation + (after == fault.npos ? " 0" : fault.substr(after + 7)));
       }
     }
     std::map<std::string, int> calls;
@@ -107,13 +108,13 @@ class Fault : public Site {
       std::istringstream lines(record);
       for (std::string number, process, operation; lines >> number >> process >> operation;) {
         operation.erase(0, 3);  // "vlt"
-        EXPECT_TRUE(ordered.contains(operation)) << operation << " has no row";
+        EXPECT_TRUE(covered.contains(operation)) << operation << " has no row";
         const std::string call = operation + " " + std::to_string(calls[operation]++);
-        EXPECT_TRUE(!counted || ordered.contains(call)) << call << " has no row";
+        EXPECT_TRUE(!counted || covered.contains(call)) << call << " has no row";
         std::getline(lines, process);
       }
     };
-    each(undisturbed, true);
+    each(faultless, true);
     each(zylstore("calls show"), false);
   }
 
@@ -123,10 +124,10 @@ class Fault : public Site {
     zylstore("limits --max-objects-per-txn 3");
     zylstore("calls on");
     const std::string fresh = dir_.read("store.db");
-    const int asEver = flow == 'Q' ? 0 : kLeft;
+    const int normal = flow == 'Q' ? 0 : kLeft;
     const std::string answers = logon + "1 2 4 5 7\nO\ny\nq\n";
-    play(command, answers, asEver);
-    const std::string undisturbed = zylstore("calls show");
+    play(command, answers, normal);
+    const std::string faultless = zylstore("calls show");
     for (const Row& row : kRows) {
       if (row.flows.find(flow) == std::string::npos) continue;
       dir_.write("store.db", fresh);
@@ -137,7 +138,7 @@ class Fault : public Site {
         what += fault + "; ";
       }
       SCOPED_TRACE(command + ": " + what);
-      play(command, answers, row.status == kAsEver ? asEver : row.status);
+      play(command, answers, row.status == kNormal ? normal : row.status);
       const std::string sign = row.told == kNo ? "ZYL" : std::string("ZYL") + row.text;
       EXPECT_EQ(row.told != kNo, errorLog().find(sign) != std::string::npos) << errorLog();
       EXPECT_EQ(row.told == kBoth, showed(row.told == kBoth ? sign : "ZYL"));
@@ -150,12 +151,12 @@ class Fault : public Site {
         if (flow == 'Q' || !done) left += std::string(left.empty() ? "/" : " /") + name;
       }
       EXPECT_EQ(left, stored());
-      EXPECT_EQ("", zylstore("fault --list")) << "a fault that nothing met";
-      // Nothing of the failure stays: the work can be done.
-      play(command, logon + "+\nO\ny\nq\n", asEver);
+      EXPECT_EQ("", zylstore("fault --list")) << "a fault that was never reached";
+      // Nothing is left of the failure: the work can be done now.
+      play(command, logon + "+\nO\ny\nq\n", normal);
       EXPECT_EQ(flow == 'Q' ? left : flow == 'S' ? "/k" : "", stored());
     }
-    expectRowsForAllCalls(flow, undisturbed);
+    expectRowsForAllCalls(flow, faultless);
   }
 };
 

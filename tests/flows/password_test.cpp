@@ -1,4 +1,4 @@
-// password_test.cpp: the password change on a terminal, and a logon in each of the four ways.
+// password_test.cpp: the password change on a terminal, and logons before and after it.
 #include <unistd.h>
 
 #include <filesystem>
@@ -7,7 +7,7 @@
 
 namespace {
 
-// What every password of these tests holds; it must be found nowhere.
+// A part of every password in these tests; it must not appear anywhere.
 const std::string kMark = "MaRk-4711";
 const std::string kOld = kMark + "old", kNew = kMark + "new";
 
@@ -18,7 +18,7 @@ class Password : public Site {
     option("VEXO_TRACE_FILE " + dir_.path("trace"));
     option("VEXO_TRACE_FLAGS ALL PREFIX");
   }
-  // No file, log or trace of the test and nothing on the terminal holds a password.
+  // No file, log or trace of the test holds a password, and the terminal showed none.
   void TearDown() override {
     if (terminal_ != nullptr) {
       EXPECT_FALSE(showed(kMark));
@@ -30,7 +30,7 @@ class Password : public Site {
     }
   }
 
-  // The agent keeps the password itself. Only root may change it then.
+  // Makes the agent keep the password itself; only root can change it then.
   void ownFile() {
     option("VEXO_TEST_FLAGS LEGACYPWD");
     dir_.write("vlt.opt", dir_.read("vlt.opt") + "PASSWORDACCESS prompt\n");
@@ -66,11 +66,11 @@ TEST_F(Password, LogsOnWithTheGeneratedOneBeforeAndAfterAChange) {
   logsOn();
 }
 
-TEST_F(Password, LogsOnWithTheAgentsOwnFileThenWithTheOneTakenOverFromIt) {
+TEST_F(Password, LogsOnWithTheAgentsFileAndThenWithThePasswordTakenFromIt) {
   if (::getuid() != 0) GTEST_SKIP() << "needs root";
   ownFile();
   run({"query"});
-  ends(168);  // there is no file yet
+  ends(168);  // no file yet
   EXPECT_TRUE(showed("QRB0168E") || errorLog().find("QRB0168E") != std::string::npos);
   change({kOld, kNew});
   changed(0);
@@ -99,7 +99,7 @@ TEST_F(Password, IsChangedEvenIfTheAgentsFileCannotBeWritten) {
   logsOn();
 }
 
-// Oracle's passwords are kept as secret, and nothing is offered when Oracle knows everything.
+// Oracle's passwords are kept just as secret. Nothing is offered if Oracle knows every object.
 TEST_F(Password, OfACatalogLeavesNoTraceBelowLevelTwo) {
   option("VEXO_TRACE_FLAGS ALL PREFIX -ORCLEVEL2");
   object("/a");
@@ -116,7 +116,7 @@ TEST_F(Password, OfACatalogLeavesNoTraceBelowLevelTwo) {
 TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
   const std::string longest = kMark + std::string(64 - kMark.size(), 'x');
   const struct {
-    std::vector<std::string> answers;  // behind the old password, in pairs
+    std::vector<std::string> answers;  // after the old password, in pairs
     int rc;
     const char* message;
   } rows[] = {
@@ -140,7 +140,7 @@ TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
   logsOn();
 }
 
-TEST_F(Password, GivesTheEchoBackWhateverEndsOrStopsTheProgram) {
+TEST_F(Password, RestoresTheEchoHoweverTheProgramIsEndedOrStopped) {
   const char* prompts[] = {"current password: ", "new password: ", "new password again: "};
   terminal_ = std::make_unique<sandbox::Terminal>(
       std::vector<std::string>{"/bin/sh", "-c",
@@ -170,7 +170,7 @@ TEST_F(Password, GivesTheEchoBackWhateverEndsOrStopsTheProgram) {
   changed(0);
 }
 
-TEST_F(Password, CuresAnExpiredOneAndReportsWhatTheServerRefuses) {
+TEST_F(Password, ReplacesAnExpiredOneAndReportsWhatTheServerRefuses) {
   zylstore("node ORANODE --password " + kOld + " --expired");
   run({"query"});
   ends(52);

@@ -1,5 +1,5 @@
-// progress_test.cpp: the line on the terminal that says how far a long stage is.
-#include <algorithm>
+// progress_test.cpp: the line on the terminal that shows the progress of a long stage.
+#include <chrono>
 #include <filesystem>
 
 #include "tests/flows/site.h"
@@ -13,7 +13,7 @@ class Progress : public Site {
     for (int i = 0; i < 40; ++i) object("/piece" + std::to_string(i));
     zylstore("limits --latency 35");
   }
-  // Runs a command line of the shell on the terminal, and returns what stood on it.
+  // Runs a shell command on a terminal and returns what was shown there.
   std::string shown(const std::string& command) {
     terminal_ = std::make_unique<sandbox::Terminal>(
         std::vector<std::string>{"/bin/sh", "-c", command}, settings_);
@@ -22,12 +22,12 @@ class Progress : public Site {
   }
   static long count(const std::string& text, const std::string& part) {
     long result = 0;
-    for (std::size_t at = 0; (at = text.find(part, at)) != text.npos; at += part.size()) ++result;
+    for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++result;
     return result;
   }
 };
 
-TEST_F(Progress, StandsOnATerminalOnlyAndLeavesStandardOutputAlone) {
+TEST_F(Progress, IsShownOnATerminalOnlyAndNeverOnStandardOutput) {
   dir_.write("answers", "\n+0\n");
   const auto begin = std::chrono::steady_clock::now();
   const std::string line = shown("vexosync query <answers >seen");
@@ -45,7 +45,7 @@ TEST_F(Progress, StandsOnATerminalOnlyAndLeavesStandardOutputAlone) {
 }
 
 TEST_F(Progress, IsShownInEveryStage) {
-  // Writes its answer as sqlplus does, but slowly.
+  // Writes a spool file as sqlplus does, but slowly.
   const std::string sqlplus = dir_.write("bin/sqlplus", R"(#!/bin/sh
 spool=$(sed -n '2s/^spool //p' "${2#@}")
 for i in 1 2 3; do echo "piece$i"; sleep 0.7; done >"$spool"

@@ -1,5 +1,5 @@
-// run_test.cpp: the ways in and out of the program: help, bad input, missing parts, failing logons,
-// and what traces and logs hold of them.
+// run_test.cpp: starting and ending the program: help, invalid command lines, missing parts, and
+// what the trace holds.
 #include <sys/stat.h>
 
 #include "tests/flows/site.h"
@@ -53,7 +53,7 @@ TEST_F(Run, SaysWhatIsWrongWithACommandLineAfterTheHelp) {
   }
 }
 
-TEST_F(Run, ReportsTheOptionsFileInPlaceOfABadOption) {
+TEST_F(Run, ReportsTheOptionsFileInsteadOfABadOption) {
   settings_.environment["VEXO_OPTFILE"] = dir_.path("absent.opt");
   run({"syncdb", "-wrong"});
   ends(2534);
@@ -63,7 +63,7 @@ TEST_F(Run, ReportsTheOptionsFileInPlaceOfABadOption) {
   EXPECT_FALSE(showed("QRB0103E"));
 }
 
-TEST_F(Run, EndsWithoutTheClientLibraryOrWithAnUnfitOne) {
+TEST_F(Run, EndsIfTheClientLibraryIsMissingOrDoesNotFit) {
   settings_.environment["LD_LIBRARY_PATH"] = dir_.path();
   run({"query"});
   ends(104);
@@ -72,7 +72,7 @@ TEST_F(Run, EndsWithoutTheClientLibraryOrWithAnUnfitOne) {
   run({"query"});
   ends(104);
   EXPECT_TRUE(showed("QRB0156E"));
-  settings_.environment["LD_LIBRARY_PATH"] = WHOLE_LIBRARY;  // says that it is version 0
+  settings_.environment["LD_LIBRARY_PATH"] = WHOLE_LIBRARY;  // reports version 0
   run({"query"});
   ends(2507);
   EXPECT_TRUE(showed("QRB2572E"));
@@ -88,7 +88,7 @@ TEST_F(Run, ReportsAListingThatCouldNotBeWritten) {
   EXPECT_FALSE(showed("QRB2599I"));
 }
 
-TEST_F(Run, WritesATraceThatAnOldHandKnows) {
+TEST_F(Run, WritesTheTraceLinesThatSupportLooksFor) {
   const std::string trace = dir_.path("run.trc");
   option("VEXO_TRACE_FILE " + trace);
   option("VEXO_TRACE_FLAGS SERVICE PREFIX -PID -TID");

@@ -1,5 +1,5 @@
-// signal_test.cpp: a signal at each prompt ends the program by that signal, and leaves nothing
-// behind: no deletion, no temporary file, no terminal without echo.
+// signal_test.cpp: a signal at each prompt ends the program by that signal; nothing is deleted, no
+// temporary file is left, and the terminal has its echo.
 #include <csignal>
 
 #include "tests/flows/site.h"
@@ -19,7 +19,7 @@ constexpr Prompt kPrompts[] = {
 
 class Signal : public Site {
  protected:
-  // Answers the prompts before the one with this number and waits at that one.
+  // Answers the prompts before number `number` and waits for that one.
   void stopAt(std::size_t number, const std::string& command) {
     terminal_ = std::make_unique<sandbox::Terminal>(
         std::vector<std::string>{"/bin/sh", "-c", command}, settings_);
@@ -36,7 +36,7 @@ class Signal : public Site {
   void expectNothingDone() {
     EXPECT_EQ("/a /b", stored());
     EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(dir_.path("tmp")), {}))
-        << "a temporary file stayed beside the test's own";
+        << "a temporary file is left, besides the test's own";
   }
 };
 
@@ -46,7 +46,7 @@ TEST_F(Signal, AtAPromptEndsTheProgramAndLeavesNothing) {
   for (std::size_t at = 0; at < std::size(kPrompts); ++at) {
     SCOPED_TRACE(kPrompts[at].text);
     for (const int number : {SIGINT, SIGTERM}) {
-      // The shell outlives the program, so that the terminal can still be asked.
+      // The shell outlives the program, so that the terminal can still be examined.
       stopAt(at, "trap : INT TERM; vexosync syncdb; echo =$?=; read x");
       ASSERT_TRUE(terminal_->sendSignal(number));
       ASSERT_TRUE(terminal_->expect("=" + std::to_string(128 + number) + "="))
@@ -72,7 +72,11 @@ TEST_F(Signal, WhileSqlplusRunsLeavesNothing) {
     dates();
     logon("prod");
     ASSERT_TRUE(terminal_->expect("asked"));
-    number == SIGHUP ? terminal_->hangUp() : void(terminal_->sendSignal(number));
+    if (number == SIGHUP) {
+      terminal_->hangUp();
+    } else {
+      ASSERT_TRUE(terminal_->sendSignal(number));
+    }
     EXPECT_EQ(128 + number, terminal_->wait());
     expectNothingDone();
   }

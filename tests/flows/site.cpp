@@ -1,7 +1,6 @@
-// site.cpp: a user's site in miniature, see site.h.
+// site.cpp: a small site for one test, see site.h.
 #include "tests/flows/site.h"
 
-#include <array>
 #include <cstdio>
 #include <sstream>
 

@@ -1,5 +1,5 @@
-// site.h: a user's site in miniature for one test: store, catalogs, options, and vexosync on a
-// terminal in front of them. Everything lives in a directory of its own.
+// site.h: a small site for one test: store, catalogs, options, and vexosync on a terminal. All
+// files are in the test's own directory.
 #ifndef TESTS_FLOWS_SITE_H
 #define TESTS_FLOWS_SITE_H
 
@@ -27,7 +27,7 @@ class Site : public testing::Test {
   void catalog(const std::string& name, const std::vector<std::string>& handles,
                const std::string& kind = "recovery") const;
 
-  // The low-level names in the store, in the order of their identifiers, joined with blanks.
+  // The low-level names in the store, in the order of their identifiers, separated by blanks.
   std::string stored() const;
 
   // Adds a line to the agent's options file.

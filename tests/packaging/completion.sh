@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# completion.sh BUILD: what the completions offer for the words of a command line, as bash takes
-# them apart: "=" is a word of its own. BUILD is the build directory whose zylstore is asked.
+# completion.sh BUILD: what the completions offer for the words of a command line, split as bash
+# splits them, which makes "=" a word. BUILD is the build directory whose zylstore is used.
 set -uo pipefail
 cd "$(dirname "$(readlink -f "$0")")/../.." || exit
 export PATH=$1/bin:$PATH SANDBOX_HOME
@@ -14,7 +14,7 @@ mkdir "$SANDBOX_HOME/catalogs"
 touch "$SANDBOX_HOME"/{'a b.opt',vexo.opt} "$SANDBOX_HOME"/catalogs/{prod,test}.db
 bad=0 home=$SANDBOX_HOME
 
-# offers WANTED WORD...: the last word is the one that is being completed.
+# offers WANTED WORD...: completes the last word; WANTED is what must be offered.
 offers() {
   local wanted=$1 got
   shift

@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
-# examples.sh BUILD [PAGE...]: runs what the displays of the manual pages show, as a reader would
-# type it, with the programs of the build directory BUILD; each page on a site of its own.
+# examples.sh BUILD [PAGE...]: runs the examples of the manual pages and the README, as a reader
+# would type them, with the programs of the build directory BUILD; each page has its own site.
 #
-# The README's displays are its ```console blocks, their answers stand in a comment before them.
+# In the README the examples are the ```console blocks, with answers in a comment before them.
 #
-# In a literal display, "$ " begins a command, which goes on behind a "\" or "|" at the line's end.
-# The lines below it are its output; "..." stands for any lines, and empty lines do not count. A
-# status other than 0 must be shown by "echo $?". Comments say what a reader does not see:
-#   .\" file NAME            the display is the contents of this file
-#   .\" expect|send|secret   what is answered on a terminal, as playsession reads it
+# In a literal display, "$ " begins a command, which continues on the next line after a "\" or "|".
+# The lines below are its output; "..." stands for any lines, and empty lines do not count. A status
+# other than 0 must be shown by "echo $?". Comments hold what a reader does not see:
+#   .\" file NAME            the display is written to this file
+#   .\" expect|send|secret   what is typed on a terminal, in the form that playsession reads
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/../.."
 root=$PWD build=$(readlink -f "$1")
@@ -20,7 +20,7 @@ source sandbox/site.sh
 [[ $# -gt 0 ]] || set -- docs/man/*.[15] README.md
 site=$(mktemp -d)
 trap 'rm -rf "$site"' EXIT
-# vexosync-sandbox with its stand-ins beside it, as it is installed.
+# vexosync-sandbox with its stand-ins next to it, as installed.
 mkdir "$site/sandbox"
 cp sandbox/site.sh "$site/sandbox"
 cp sandbox/vexosync-sandbox.sh "$site/sandbox/vexosync-sandbox"
@@ -29,7 +29,7 @@ ln -s "$build/lib" "$site/sandbox/lib"
 export PATH=$build/bin:$build/bin/sandbox:$site/sandbox:$PATH TERM=dumb
 export LD_LIBRARY_PATH=$build/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
 unset VLTI_DIR VLTI_LOG VLTI_CONFIG VEXO_OPTFILE TMPDIR
-readonly today=2025-03-08 # what the pages show as the day of the run
+readonly today=2025-03-08 # the day of the run, on the pages
 
 fail() {
   printf 'examples: %s: %s\n$ %s\n' "$page" "$1" "$command" >&2
@@ -37,7 +37,7 @@ fail() {
   exit 1
 }
 
-# Runs the command that was read, and compares its output with the lines that were read below it.
+# Runs the current command and compares its output with the lines that were read after it.
 finish() {
   local want gap=no at=0 seen
   [[ -n $command ]] || return 0
@@ -92,7 +92,7 @@ for page in "$@"; do
   mkdir "$site/${page##*/}"
   (
     cd "$site/${page##*/}"
-    # A site as the example of zylstore(1) makes it; that page itself begins without one.
+    # The site that the example of zylstore(1) makes; that page itself begins without one.
     [[ $page == */zylstore.1 ]] || make_site "$PWD" 60 5 --today 2025-03-07 >"$site/made"
     export TERM=dumb # no codes among what is compared
     run_page

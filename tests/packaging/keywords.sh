@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# keywords.sh BUILD: the words that the program's tables know are those of the manual pages, of the
-# sample options file and of the completions, no more and no less; and the program accepts the
-# sample when the stars in front of its options are removed.
+# keywords.sh BUILD: the manual pages, the sample options file and the completions have exactly the
+# words that the tables of the program have; and the program accepts the sample if the stars before
+# its options are removed.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/../.."
 build=$(readlink -f "$1") man=docs/man sample=packaging/vexo.opt.sample bad=0
@@ -11,14 +11,14 @@ export PATH=$build/bin:$PATH TERM=dumb SANDBOX_HOME=$site
 export LD_LIBRARY_PATH=$build/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
 unset VLTI_DIR VLTI_LOG VLTI_CONFIG
 
-# same WHAT FILE...: the lines of each file are those of the first one, in any order.
+# same WHAT FILE...: every file has the lines of the first one, in any order.
 same() {
   local what=$1 file
   shift
   [[ -s $1 ]] || { echo "keywords: found no $what" >&2; bad=1; }
   for file; do
     diff <(sort "$1") <(sort "$file") >"$site/diff" && continue
-    echo "keywords: $what: < is missing, > is too much in ${file##*/}" >&2
+    echo "keywords: $what: < is missing from ${file##*/}, > is not in ${1##*/}" >&2
     cat "$site/diff" >&2
     bad=1
   done
@@ -40,7 +40,7 @@ while read -r word; do
   grep -qw "$word" "$man/vexo.opt.5" || { echo "keywords: no flag $word in vexo.opt.5" >&2; bad=1; }
 done <"$site/lists/flags"
 
-# Commands and options of the command line. The completion is asked as bash asks it.
+# Commands and options of the command line. The completion is called as bash calls it.
 rows() { sed -n "/^constexpr KeywordRow $1/,/^}/s/^    {\"\(.*\)\", k.*/\1/p" utility/utparser.cpp; }
 rows commandTable >"$site/lists/commands"
 rows optionTable | cut -c2- >"$site/lists/options"
@@ -66,7 +66,7 @@ tr '[:lower:]' '[:upper:]' <"$site/lists/options" >"$site/lists/OPTIONS"
 same command "$site"/lists/{COMMANDS,completion}
 same option "$site"/lists/{OPTIONS,'completion of options'}
 
-# Commands and options of zylstore; each stands in the page under its own command.
+# Commands and options of zylstore; on the page each option is listed under its command.
 zylstore --help | sed -n 's/^  \([a-z][a-z ]*[a-z]\)  .*/\1/p' >"$site/lists/zylstore"
 tags zylstore.1 Ic '[a-z]+( (add|load|list))?' | sort -u >"$site/lists/zylstore.1"
 same 'command of zylstore' "$site"/lists/{zylstore,zylstore.1}

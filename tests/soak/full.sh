@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
 # full.sh ROUNDS BUILD: SYNCDB with its temporary directory and its error log on a small file system
-# that is full, or has less and less room left, while sqlplus spools 2,000 handles. All objects are
-# known: whatever the disk loses, none may be offered, and the answers would delete them all.
-# Needs a mount namespace of its own; where the system gives none it ends with 77.
+# that is full at first and has more room in each round, while sqlplus spools 2,000 handles. All
+# objects are known: whatever is lost on the disk, none may be offered; the answers would delete
+# them all. Needs its own mount namespace; ends with 77 if the system does not allow that.
 set -euo pipefail
 if [[ -z ${VEXO_OWN_NAMESPACE:-} ]]; then
   export VEXO_OWN_NAMESPACE=1
   for way in -m -rm; do
     if unshare $way true 2>/dev/null; then exec unshare $way "$0" "$@"; fi
   done
-  echo "full: skipped, no mount namespace to be had"
+  echo "full: skipped, the system allows no mount namespace"
   exit 77
 fi
 rounds=$1
@@ -41,8 +41,8 @@ for ((round = 0; round <= rounds; round++)); do
   esac
   endings[$ending]=$((${endings[$ending]:-0} + 1))
   expect_gone 1 0
-  find "$site/small" -name 'SQL*' | grep -q . && fail "a temporary file stayed"
+  find "$site/small" -name 'SQL*' | grep -q . && fail "a temporary file was left"
   umount "$site/small"
 done
 for ending in "${!endings[@]}"; do echo "full: ${endings[$ending]} of $((rounds + 1)) rounds: $ending"; done
-((${#endings[@]} == 3)) || fail "not every ending was seen"
+((${#endings[@]} == 3)) || fail "some ending did not occur"

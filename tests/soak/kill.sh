@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# kill.sh ROUNDS BUILD: kills a deletion at a random moment. What is gone then must be the first of
-# the picked objects, in whole transactions; the next run must be able to delete the rest.
+# kill.sh ROUNDS BUILD: kills a deletion at a random moment. What was deleted by then must be the
+# first of the picked objects, in whole transactions; the next run must be able to delete the rest.
 set -euo pipefail
 rounds=$1
 # shellcheck source=tests/soak/site.sh
@@ -8,7 +8,7 @@ source "$(dirname "$(readlink -f "$0")")/site.sh" "$2"
 first=301 last=1807 # a hundred transactions and a smaller one
 picked=$((last - first + 1))
 
-# The first time warms the caches, the second one is measured.
+# The first run warms the caches, the second one is measured.
 for _ in 1 2; do
   restore
   begin=$(microseconds)
@@ -31,7 +31,7 @@ for ((round = 1; round <= rounds; round++)); do
     0) early=$((early + 1)) ;;
     "$picked") late=$((late + 1)) ;;
     *) hits=$((hits + 1)) places[gone]=hit
-      ((gone % whole == 0)) || fail "$gone is no number of whole transactions" ;;
+      ((gone % whole == 0)) || fail "$gone deletions are not whole transactions" ;;
   esac
   delete $first $((last - gone))
   expect_gone $first $last

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# redraw.sh ROUNDS BUILD: at the end of its input the pick list is drawn again and again. It must go
-# on doing so without growing: the resident memory is compared over ROUNDS times 200 pages.
+# redraw.sh ROUNDS BUILD: at the end of its input the pick list is drawn again and again. That must
+# not take more and more memory: the resident size is compared over ROUNDS times 200 pages.
 set -euo pipefail
 rounds=$1
 # shellcheck source=tests/soak/site.sh
 source "$(dirname "$(readlink -f "$0")")/site.sh" "$2"
-# With the address sanitizer: what was freed is not kept for long.
+# The address sanitizer must not keep freed memory for long.
 export ASAN_OPTIONS=${ASAN_OPTIONS:+$ASAN_OPTIONS:}quarantine_size_mb=1:thread_local_quarantine_size_kb=16
 readonly pages=200 most=200 # kB
 
@@ -18,7 +18,7 @@ resident() { awk '$1 == "VmRSS:" { print $2 }' "/proc/$program/status"; }
 
 drawn_or_ended() { (($(drawn) >= goal)) || ! kill -0 "$program"; }
 
-# Waits until so many more pages are drawn.
+# Waits until $pages more pages are drawn.
 draw() {
   goal=$(($(drawn) + pages))
   await drawn_or_ended

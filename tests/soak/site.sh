@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # site.sh: the site of the soak scripts, which read it with `source site.sh BUILD`: the programs of
 # the build directory BUILD, 2,000 objects, and transactions of at most 15 deletions. All files are
-# in $site, which goes at the end with what still runs. Random numbers have a fixed seed.
+# in $site, which is removed at the end, after what still runs is killed. The random numbers have a
+# fixed seed.
 build=$(readlink -f "$1")
 site=$(mktemp -d)
 all=2000 whole=15 seed=4711 round=0
@@ -42,12 +43,12 @@ fail() {
   exit 1
 }
 
-# Waits for so many microseconds without starting a program.
+# Waits for $1 microseconds without starting a program.
 exec {idle}<> <(:)
 pause() { read -rt "$(printf '%d.%06d' $(($1 / 1000000)) $(($1 % 1000000)))" -u "$idle" || true; }
 microseconds() { echo "${EPOCHREALTIME/[.,]/}"; }
 
-# Waits until a condition holds; a program that hangs ends the script.
+# Waits until a command succeeds; fails after 60 seconds.
 await() {
   local begin
   begin=$(microseconds)
@@ -60,8 +61,8 @@ await() {
 # The answers that delete entries $1 to $2 of the list.
 answers() { printf '%s\n' "" +0 "$1:$2+" O y q; }
 
-# Deletes entries $1 to $2 of the list; none if $2 is before $1. Nobody else is at work, so it ends
-# well.
+# Deletes entries $1 to $2 of the list; none if $2 is before $1. Must succeed: no other program uses
+# the store.
 delete() {
   local status=0
   (($1 <= $2)) || return 0
@@ -69,9 +70,9 @@ delete() {
   [[ $status == 44 ]] || fail "deleting $1 to $2 ended with $status"
 }
 
-# The store must hold all objects but those of entries $1 to $2; all when $2 is before $1.
+# The store must hold all objects except entries $1 to $2; all of them if $2 is before $1.
 expect_gone() {
   zylstore list | cut -f1 >"$site/after"
   awk -v from="$1" -v to="$2" 'NR < from || NR > to' "$site/before" | cmp -s - "$site/after" ||
-    fail "gone is something else than entries $1 to $2"
+    fail "what was deleted is not entries $1 to $2"
 }

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # two.sh ROUNDS BUILD: two programs show the same list, then delete overlapping picks at the same
-# time. Each one must have deleted the first of its picks in whole transactions, and no object is
-# deleted by both; it ends with 44 (the list was left) when it got all of its picks, with 2 (the
-# library's code: the object is gone) when it met an object that the other one took. The next run
-# must be able to delete the rest.
+# time. Each must delete the first of its picks in whole transactions, and no object may be deleted
+# by both. A program ends with 44 (the list was left) if it deleted all of its picks, and with 2 (the
+# library's code: no such object) if the other one was faster. The next run must be able to delete
+# the rest.
 set -euo pipefail
 rounds=$1
 # shellcheck source=tests/soak/site.sh
@@ -19,8 +19,8 @@ feed() {
   printf '%s\n' "$2:$3+" O y q
 }
 
-# The objects that process $1 has deleted, by the record of calls: what a transaction held whose
-# end was answered with 0. Fails unless all of them but the last one held $whole.
+# The objects that process $1 has deleted, according to the record of calls: those of the transactions
+# that were ended with result 0. Fails unless all of these but the last one held $whole.
 committed() {
   zylstore calls show | awk -F '\t' -v process="$1" -v whole=$whole '
     $2 != process { next }
@@ -38,10 +38,10 @@ judge() {
   awk -v from="$2" -v to=$(($2 + deleted)) 'NR >= from && NR < to' "$site/before" |
     cmp -s - "$site/deleted.$1" ||
     fail "program $1 has not deleted the first of its picks"
-  ((deleted % whole == 0 || deleted == picked)) || fail "program $1: the last transaction is cut"
+  ((deleted % whole == 0 || deleted == picked)) || fail "program $1: the last transaction is not whole"
   case ${status[$1]} in
-    44) ((deleted == picked)) || fail "program $1 has done $deleted and says it is all" ;;
-    2) ((deleted < picked)) || fail "program $1 has done all and complains" ;;
+    44) ((deleted == picked)) || fail "program $1 has deleted only $deleted and reports success" ;;
+    2) ((deleted < picked)) || fail "program $1 has deleted everything and reports a failure" ;;
     *) fail "program $1 ended with ${status[$1]}" ;;
   esac
 }
@@ -50,7 +50,7 @@ declare -A outcomes
 for ((round = 1; round <= rounds; round++)); do
   restore
   zylstore calls on
-  # Often the same entries: then both programs are after the same objects in the same moment.
+  # Often the same entries, so that both programs delete the same objects at the same time.
   from=(0 301 $((301 + RANDOM % 3 * RANDOM % 600)))
   to=(0 $((from[1] + 700)) $((from[2] + 700)))
   for p in 1 2; do
@@ -72,7 +72,7 @@ for ((round = 1; round <= rounds; round++)); do
   for p in 1 2; do judge $p "${from[p]}" "${to[p]}"; done
   zylstore list | cut -f1 >"$site/after"
   cat "$site"/deleted.[12] "$site/after" | sort -n | cmp -s - "$site/before" ||
-    fail "gone is something else than what the programs deleted, or deleted twice"
+    fail "what is missing is not what the programs deleted, or was deleted twice"
   outcomes["${status[*]}"]=$((${outcomes["${status[*]}"]:-0} + 1))
   delete 301 $((to[2] - all + $(wc -l <"$site/after")))
   expect_gone 301 "${to[2]}"

@@ -12,7 +12,7 @@
 
 namespace support {
 
-// The text with "#" for every run of digits, for lines with times and process numbers.
+// The text with "#" instead of every run of digits, for lines with times and process numbers.
 inline std::string masked(const std::string& text) {
   std::string result;
   for (const char c : text) {
@@ -22,7 +22,7 @@ inline std::string masked(const std::string& text) {
   return result;
 }
 
-// Puts a nameless file in the place of a descriptor until `end` or the destructor.
+// Redirects a descriptor to an unnamed file until `end` or the destructor.
 class Redirected {
  public:
   explicit Redirected(int descriptor) : descriptor_(descriptor), saved_(::dup(descriptor)) {
@@ -63,7 +63,7 @@ class Captured : public Redirected {
   }
 };
 
-// Makes `text` standard input, and its end the end of input.
+// Makes `text` the whole of standard input.
 class FedInput : public Redirected {
  public:
   explicit FedInput(std::string_view text) : Redirected(STDIN_FILENO) {

@@ -7,15 +7,15 @@
 //       = 2; })});
 //   ... code under test, which finds the script through gVltApiObjP ...
 //
-// Every call of the library must be the next step, with these arguments. The first call that is not
-// fails the test and names the step; from there on every call returns kOffScript. The destructor
-// fails the test for steps that were left over. One script at a time.
+// Every call of the library must be the next step, with its arguments. The first call that is not
+// fails the test and names the step; from then on every call returns kOffScript. The destructor
+// fails the test if steps are left over. There can be one script at a time.
 //
-// Arguments are written in order, with a blank between them: numbers in decimal, texts in single
-// quotes (or null), and of the records
+// Arguments are written in order, separated by a blank: numbers in decimal, texts in single quotes
+// (or null), and these records
 //   VltDelInfo      id=NUMBER                VltInitExIn    node='' owner='' password=''
 //   VltQueryBackup  'fs' 'high' 'low' owner=''  VltRcMsgIn  HANDLE RC FLAG
-// All other pointers are left out; `look` and `fill` reach them. "*" stands for any arguments.
+// All other pointers are left out; `look` and `fill` reach them. "*" matches any arguments.
 #ifndef TESTS_SUPPORT_SCRIPTED_API_H
 #define TESTS_SUPPORT_SCRIPTED_API_H
 
@@ -40,19 +40,19 @@ struct Step {
   explicit Step(std::string name, std::string arguments = "*", std::int16_t result = 0)
       : function(std::move(name)), args(std::move(arguments)), rc(result) {}
 
-  // Lets `act` fill the record (or the first element) that the call's pointer to T points at.
+  // Lets `act` fill the record (or the first element) that the call's pointer to T points to.
   template <typename T>
   Step&& fill(std::function<void(T&)> act) && {
     effects.emplace_back(std::move(act));
     return std::move(*this);
   }
-  // The same for a record that the library only reads: checks go here.
+  // The same for a record that the library only reads; the place for checks.
   template <typename T>
   Step&& look(std::function<void(const T&)> act) && {
     effects.emplace_back(std::move(act));
     return std::move(*this);
   }
-  // For vltRCMsg and vltRCMsgEx: the text that the library has for the code.
+  // For vltRCMsg and vltRCMsgEx: the text that the library gives for the code.
   Step&& text(std::string answer) && {
     effects.emplace_back(std::function<void(char&)>(
         [answer](char& first) { std::memcpy(&first, answer.c_str(), answer.size() + 1); }));
@@ -100,7 +100,7 @@ class ScriptedApi : public DVltApi {
   void add(std::vector<Step> more) {
     for (Step& step : more) steps_.push_back(std::move(step));
   }
-  // How many steps were taken.
+  // The number of steps that were taken.
   std::size_t taken() const { return next_; }
 
  private:

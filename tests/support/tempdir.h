@@ -1,4 +1,4 @@
-// tempdir.h: a directory of a test's own, and environment variables for the length of a scope.
+// tempdir.h: a directory for one test, and environment variables that are set for a scope.
 #ifndef TESTS_SUPPORT_TEMPDIR_H
 #define TESTS_SUPPORT_TEMPDIR_H
 
@@ -13,8 +13,8 @@
 
 namespace support {
 
-// A new directory, removed with all that is in it. `enter` makes it the current directory until
-// then.
+// A new directory, removed with its contents in the end. `enter` makes it the current directory
+// until then.
 class TempDir {
  public:
   TempDir() : path_((std::filesystem::temp_directory_path() / "vexo-test-XXXXXX").string()) {
@@ -35,14 +35,14 @@ class TempDir {
   const std::string& path() const { return path_; }
   std::string path(std::string_view name) const { return path_ + "/" + std::string(name); }
 
-  // Writes a file, with the directories above it, and returns its path.
+  // Writes a file, creates the directories above it, and returns its path.
   std::string write(std::string_view name, std::string_view text) const {
     const std::filesystem::path file = path(name);
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file, std::ios::binary) << text;
     return file.string();
   }
-  // A file's bytes; empty when there is none.
+  // A file's bytes; empty if it does not exist.
   std::string read(std::string_view name) const {
     std::ifstream file(path(name), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};

@@ -1,9 +1,8 @@
-// bplus_test.cpp: the search tree against std::set, and what it does with memory.
+// bplus_test.cpp: the search tree against std::set, and its use of memory.
 #include "utility/bplus.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstring>
 #include <random>
 #include <set>
@@ -24,8 +23,8 @@ const char* find(dsBPlusTree& tree, const std::string& name) {
   return static_cast<const char*>(tree.SearchItem(const_cast<char*>(name.c_str()), utFindFilename));
 }
 
-// Names of very different lengths, so that buffers that are used again would overflow if their
-// sizes were mixed up.
+// Names of very different lengths: a buffer that is reused would overflow if its size were mixed up
+// with another.
 std::string randomName(std::mt19937& random) {
   std::string name(random() % (random() % 8 == 0 ? 300 : 6) + 1, 'a');
   for (char& c : name) c = static_cast<char>('a' + random() % 5);
@@ -65,8 +64,8 @@ TEST(BPlusTree, ReleasesAllButTheStagingBufferOfEachInsertion) {
   EXPECT_EQ(staged, ut::trackedMemory().bytes - before.bytes);
 }
 
-// A change of how the tree lies in memory must not change how often its callbacks are called, nor
-// how often it asks for a block.
+// A change to the layout of the tree must not change how often its callbacks are called, nor how
+// often it asks for a block.
 TEST(BPlusTree, ComparesCopiesAndAllocatesExactlyAsOftenAsEver) {
   static long compared, copied;
   const auto compare = [](void* searched, void* stored) {

@@ -1,4 +1,4 @@
-// catalog_test.cpp: the SQL script, what sqlplus leaves behind, and reading it: every doubt must
+// catalog_test.cpp: the SQL script, the file that sqlplus leaves, and reading it. Every doubt must
 // end the query, because a handle that is lost makes a good backup look forgotten.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -33,7 +33,7 @@ class CatalogQuery : public WithErrorLog {
     spool_ = dir_.path("SQLOx_3.out");
   }
 
-  // Puts an sqlplus in front that runs these shell lines; the script's path is $script.
+  // Puts an sqlplus first in the path that runs these shell lines; the script's path is $script.
   void sqlplus(const std::string& lines) {
     const std::string file = dir_.write(
         "bin/sqlplus", "#!/bin/sh\nscript=${2#@}\necho \"$1\" >" + dir_.path("first") +
@@ -54,6 +54,17 @@ class CatalogQuery : public WithErrorLog {
     const unsigned short rc = utLoadBTree(spool_.c_str(), &pointer, &answer_);
     shown_ = output.take();
     return rc;
+  }
+  // A text of a message was shown and logged; with the empty text, nothing was.
+  void expectTold(const std::string& text) const {
+    const std::string log = dir_.read("vexoerror.log");
+    if (text.empty()) {
+      EXPECT_EQ("", shown_);
+      EXPECT_EQ("", log);
+    } else {
+      EXPECT_NE(std::string::npos, shown_.find(text)) << shown_;
+      EXPECT_NE(std::string::npos, log.find(text)) << log;
+    }
   }
   static bool holds(dsBPlusTree& tree, const std::string& handle) {
     return tree.SearchItem(const_cast<char*>(handle.c_str()), utFindFilename) != nullptr;
@@ -96,8 +107,7 @@ TEST_F(CatalogQuery, NeverRunsAScriptThatWouldBeCut) {
   connect += 'c';
   std::snprintf(record_.connString, sizeof record_.connString, "%s", connect.c_str());
   EXPECT_EQ(2533, query());
-  EXPECT_NE(std::string::npos, shown_.find("QRB2640E The SQL script for catalog 3 ")) << shown_;
-  EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find("QRB2640E"));
+  expectTold("QRB2640E The SQL script for catalog 3 ");
   EXPECT_FALSE(dir_.has("seen"));
   EXPECT_FALSE(std::filesystem::exists(script_));
 }
@@ -168,8 +178,8 @@ TEST_F(CatalogQuery, RemovesItsFilesBeforeASignalEndsTheProgram) {
   }
 }
 
-// sqlplus can end well without having written a line, and something else can have come there.
-TEST_F(CatalogQuery, TakesAFileThatTheQueryDidNotWriteForNoAnswer) {
+// sqlplus can end with 0 without having written a line, and there can be another file by then.
+TEST_F(CatalogQuery, RejectsAFileThatTheQueryDidNotWrite) {
   const std::string other = dir_.write("other", "keep me\n");
   const std::string remove = "rm " + spool_ + "; ";
   const struct {
@@ -186,12 +196,13 @@ TEST_F(CatalogQuery, TakesAFileThatTheQueryDidNotWriteForNoAnswer) {
               {remove, 2576, "QRB2576E"},
               {": >" + spool_, 0, ""}};  // written, and empty: an answer
   for (const auto& row : rows) {
+    SCOPED_TRACE(row.sqlplus);
+    dir_.write("vexoerror.log", "");
     sqlplus(row.sqlplus);
-    EXPECT_EQ(0, query()) << row.sqlplus;
+    EXPECT_EQ(0, query());
     dsBPlusTree tree;
-    EXPECT_EQ(row.rc, load(tree)) << row.sqlplus;
-    EXPECT_NE(std::string::npos, shown_.find(row.message)) << row.sqlplus << shown_;
-    EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find(row.message));
+    EXPECT_EQ(row.rc, load(tree));
+    expectTold(row.message);
     EXPECT_EQ("keep me\n", dir_.read("other"));
     std::filesystem::remove(spool_);
   }
@@ -263,7 +274,7 @@ TEST_F(CatalogQuery, VoidsAListingThatIsNotSound) {
   EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find("QRB2643E"));
 }
 
-// Handles that the listing holds, and those that it may hold, are known; how many are counted.
+// Handles that the listing holds, and those that it may hold, are known, and they are counted.
 TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
   const auto padded = [](const std::string& line) {
     return line + std::string(80 - line.size(), ' ') + "\n";
@@ -273,7 +284,7 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
   for (int i = 0; i < 80; ++i) accents += "\xc3\xa9";
   const struct {
     std::string spool, counts;   // rows and new handles
-    std::string known, unknown;  // with "|" behind each
+    std::string known, unknown;  // each followed by "|"
   } rows[] = {
       {"\nSession altered.\n\n  first piece\nsecond,x\n\tthird\nfirst\nSessions\n", "3 2",
        "first|second|second,x|third|Sessions|first piece|", "Session|altered.|piece|x||"},

@@ -1,4 +1,4 @@
-// deletion_test.cpp: the order of transactions for every limit, and each way in which one can fail.
+// deletion_test.cpp: the transactions for every limit, the question before them, and its answers.
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <unistd.h>
@@ -20,7 +20,7 @@ namespace {
 
 using support::Step;
 
-// A script in short form, one word a call: B begin, Dn delete object n, C commit.
+// A script in short form, one word for each call: B begin, Dn delete object n, C commit.
 std::vector<Step> script(const std::string& text) {
   std::vector<Step> steps;
   std::istringstream in(text);

@@ -1,4 +1,4 @@
-// listing_test.cpp: which objects of the server come into the list, and what ends a listing.
+// listing_test.cpp: which objects of the server are listed, and the dates that are asked for.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -107,7 +107,8 @@ TEST_F(FileList, CountsTheStartDateByWholeDays) {
   EXPECT_EQ("/fs/oracle/a /fs/oracle/e /fs/oracle/f", names());
 }
 
-// Everything turns on this comparison: one leading "/" is dropped, the rest counts byte for byte.
+// Everything depends on this comparison: one leading "/" is dropped, the rest must be equal byte by
+// byte.
 TEST_F(FileList, LeavesOutWhatTheTreeHolds) {
   dsBPlusTree tree;
   const std::string longest(255, 'x');
@@ -127,7 +128,7 @@ TEST_F(FileList, LeavesOutWhatTheTreeHolds) {
       names());
 }
 
-TEST_F(FileList, KeepsTheNamesOfAllObjectsForDiagnosisForItsUserAlone) {
+TEST_F(FileList, WritesTheNamesOfAllObjectsToADiagnosticFileForItsUserOnly) {
   support::ScopedEnv temporary("TMPDIR", dir_.path().c_str());
   const mode_t before = ::umask(0);
   TR_ORCLEVEL2 = 1;
@@ -197,7 +198,7 @@ TEST_F(FileList, AsksForDatesUntilTheRangeIsValid) {
       {"nonsense\n\n03/31/2026\n", ut::makeDate(1990, 1, 1), ut::makeDate(2026, 3, 31), 0},
       {"03/07/2026\n03/06/2026\n03/01/2026\n03/06/2026\n", ut::makeDate(2026, 3, 1),
        ut::makeDate(2026, 3, 6), 0},
-      // The default end was taken once: the flag stays, whatever comes later.
+      // The default end was used once: the flag is kept, whatever is answered later.
       {"12/31/9999\n\n03/01/2026\n03/06/2026\n", ut::makeDate(2026, 3, 1), ut::makeDate(2026, 3, 6),
        1},
   };

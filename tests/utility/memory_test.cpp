@@ -1,5 +1,5 @@
-// memory_test.cpp: a whole SYNCDB in which the n-th allocation fails, for every n: it ends with a
-// code that is known, leaves no transaction open, and deletes nothing but what was picked.
+// memory_test.cpp: a whole SYNCDB in which the n-th allocation fails, for every n. It must end with
+// a known code, leave no transaction open, and delete only what was picked.
 //
 // malloc and the start of programs are replaced at link time (--wrap), the allocation operators
 // here. The storage library is a table in this file, which allocates nothing.
@@ -25,14 +25,16 @@
 
 namespace {
 
-long countdown = -1;  // allocations until one fails; below 0: none does
-bool onlyOne = true;  // or all that come after it as well
+long countdown = -1;  // allocations until one fails; negative: none does
+bool onlyOne = true;  // false: all later ones fail too
 bool struck = false;
 
 bool fails() {
   if (countdown < 0) return false;
-  if (countdown > 0) return --countdown == 0 && (struck = true);
-  return !onlyOne;
+  if (countdown == 0) return !onlyOne;
+  --countdown;
+  if (countdown == 0) struck = true;
+  return countdown == 0;
 }
 
 }  // namespace
@@ -40,7 +42,7 @@ bool fails() {
 extern "C" {
 void* __real_malloc(std::size_t size);
 void* __wrap_malloc(std::size_t size) { return fails() ? nullptr : __real_malloc(size); }
-// Clears no screen, and is an sqlplus that knows 40 other pieces.
+// Does not clear the screen; as sqlplus, it knows 40 other pieces.
 int __wrap_posix_spawn(pid_t* child, const char*, const posix_spawn_file_actions_t*,
                        const posix_spawnattr_t*, char* const* arguments, char* const*) {
   *child = 1;
@@ -91,12 +93,17 @@ class PlainLibrary : public DVltApi {
     gVltApiObjP = this;
     m_fnvltInitExP = [](std::uint32_t* handle, const VltInitExIn*, VltInitExOut*) -> std::int16_t {
       server.loggedOn = true;
-      return *handle = 7, 0;
+      *handle = 7;
+      return 0;
     };
-    m_fnvltTerminateP = [](std::uint32_t) -> std::int16_t { return server.loggedOn = false, 0; };
+    m_fnvltTerminateP = [](std::uint32_t) -> std::int16_t {
+      server.loggedOn = false;
+      return 0;
+    };
     m_fnvltQuerySessOptionsP = [](std::uint32_t, VltOptions*) -> std::int16_t { return 0; };
     m_fnvltQuerySessInfoP = [](std::uint32_t, VltSessInfo* info) -> std::int16_t {
-      return info->maxObjPerTxn = 4, 0;
+      info->maxObjPerTxn = 4;
+      return 0;
     };
     m_fnvltBeginQueryP = [](std::uint32_t, std::uint8_t, const VltQueryBackup*) -> std::int16_t {
       return 0;
@@ -105,21 +112,25 @@ class PlainLibrary : public DVltApi {
     m_fnvltGetNextQObjP = nextObject;
     m_fnvltBeginTxnP = [](std::uint32_t) -> std::int16_t {
       EXPECT_FALSE(server.inTransaction);
-      return server.inTransaction = true, 0;
+      server.inTransaction = true;
+      return 0;
     };
     m_fnvltDeleteObjP = [](std::uint32_t, std::uint8_t, const VltDelInfo* info) -> std::int16_t {
       server.going[info->objId.lo] = true;
-      return info->objId.lo == 20 ? VLT_RC_NO_MATCH : 0;  // the way through a failure as well
+      return info->objId.lo == 20 ? VLT_RC_NO_MATCH
+                                  : 0;  // so that a failed deletion is covered too
     };
     m_fnvltEndTxnP = [](std::uint32_t, std::uint8_t vote, std::uint16_t*) -> std::int16_t {
       for (int i = 0; i < kObjects; ++i) {
         if (vote == VLT_VOTE_COMMIT && server.going[i]) server.there[i] = false;
         server.going[i] = false;
       }
-      return server.inTransaction = false, 0;
+      server.inTransaction = false;
+      return 0;
     };
     m_fnvltRCMsgP = [](std::uint32_t, std::int16_t, char* text) -> std::int16_t {
-      return std::strcpy(text, "ZYL a text that is too long to be kept in a string itself"), 0;
+      std::strcpy(text, "ZYL a text that does not fit into the string object itself");
+      return 0;
     };
   }
   ~PlainLibrary() { ClearPointers(); }
@@ -155,7 +166,9 @@ TEST(LinkedList, TracesThatMemoryRanOut) {
   }
 }
 
-TEST_F(WithErrorLog, EveryFailedAllocationEndsOrIsEndured) {
+using OutOfMemory = WithErrorLog;
+
+TEST_F(OutOfMemory, EndsTheRunInOrderOrIsSurvived) {
   PlainLibrary library;
   support::ScopedEnv temporary("TMPDIR", dir_.path().c_str());
   TEST_ENABLESCRIPTINPUT = 1;
@@ -178,7 +191,8 @@ TEST_F(WithErrorLog, EveryFailedAllocationEndsOrIsEndured) {
       countdown = -1;
       output.take();
       const std::string where = std::to_string(n) + (single ? " alone" : " and all after it");
-      ASSERT_FALSE(server.inTransaction || server.loggedOn) << where;
+      ASSERT_FALSE(server.inTransaction) << where;
+      ASSERT_FALSE(server.loggedOn) << where;
       int gone = 0;
       for (int i = 0; i < kObjects; ++i) {
         if (server.there[i]) continue;
@@ -188,9 +202,10 @@ TEST_F(WithErrorLog, EveryFailedAllocationEndsOrIsEndured) {
       ASSERT_EQ(0, gone % 3) << where << ": whole transactions";
       seen.insert(rc);
       if (!struck) break;
-      ASSERT_LT(n, 5000) << "no end";
+      ASSERT_LT(n, 5000) << "there is no end";
     }
-    EXPECT_EQ(1u, seen.erase(VLT_RC_NO_MATCH)) << "endured: the deletion came to its own failure";
+    EXPECT_EQ(1u, seen.erase(VLT_RC_NO_MATCH))
+        << "survived: the run got as far as the failed deletion";
   }
   TEST_ENABLESCRIPTINPUT = 0;
   // The tree, the list, anything else, no temporary name, no room beside the spool file.

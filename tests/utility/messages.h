@@ -1,4 +1,4 @@
-// messages.h: fixtures with the real message catalog open, and an error log of the test's own.
+// messages.h: fixtures with the real message catalog, and with an error log for the test.
 #ifndef TESTS_UTILITY_MESSAGES_H
 #define TESTS_UTILITY_MESSAGES_H
 

@@ -1,4 +1,4 @@
-// utparser_test.cpp: command lines, what becomes of them, and what is said about them.
+// utparser_test.cpp: the results and values of command lines.
 #include "utility/utparser.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 
 namespace {
 
-// The parts of a command line, in storage that the parser may change.
+// The words of a command line, in memory that the parser may change.
 class Arguments {
  public:
   explicit Arguments(const std::string& line) {
@@ -85,7 +85,7 @@ TEST_F(CommandLine, KeepsValuesAsTheyWereWritten) {
   EXPECT_EQ(2147483647, parse("sync -numcat=99999999999999999999").options.numCatalogs);
 }
 
-// They are tried as options first, which upper-cases them and cuts them at "=".
+// They are parsed as options first, which upper-cases them and cuts them at "=". Kept on purpose.
 TEST_F(CommandLine, TakesPasswordsAsTheTrialAsOptionsLeavesThem) {
   const Parsed parsed = parse("password abc=d xyz");
   EXPECT_STREQ("ABC", parsed.options.oldPassword);
