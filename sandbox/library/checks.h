@@ -1,0 +1,76 @@
+// checks.h: the interface as its implementer includes it, and the checks of what callers pass.
+//
+// The library is built with hidden symbols. The interface's declarations are the exception, so that
+// exactly the entry points can be found from outside.
+#ifndef SANDBOX_LIBRARY_CHECKS_H
+#define SANDBOX_LIBRARY_CHECKS_H
+
+#pragma GCC visibility push(default)
+#include "api/vltlib.h"
+#pragma GCC visibility pop
+
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "sandbox/store/dates.h"
+
+namespace sandbox {
+
+// The library's own version, and the server's.
+inline constexpr VltApiVersionEx kLibraryVersion = {2, 8, 1, 13, 0};
+
+// Why an operation is not carried out. Stays inside the library: the entry points turn it into
+// their return code.
+struct Refusal {
+  std::int16_t code;
+};
+
+// Throws Refusal with the code unless the condition holds.
+inline void require(bool condition, std::int16_t code = VLT_RC_BAD_ARGUMENT) {
+  if (!condition) throw Refusal{code};
+}
+
+// The record is there and its caller was built for the version that the library knows.
+template <typename Record>
+void requireRecord(const Record* record, std::uint16_t version) {
+  require(record != nullptr);
+  require(record->structVersion == version, VLT_RC_BAD_STRUCT_VERSION);
+}
+
+// A text in a caller's record. Refused when no terminator stands within the array.
+template <std::size_t Size>
+std::string_view checkedText(const char (&array)[Size]) {
+  const std::size_t length = strnlen(array, Size);
+  require(length < Size);
+  return {array, length};
+}
+
+// A text that a pointer gives; null counts as empty. Refused when it is longer than `limit` bytes.
+std::string_view checkedText(const char* text, std::size_t limit);
+
+// Copies as much as fits and always terminates.
+template <std::size_t Size>
+void fillText(char (&array)[Size], std::string_view text) {
+  const std::size_t length = text.size() < Size - 1 ? text.size() : Size - 1;
+  std::memcpy(array, text.data(), length);
+  array[length] = '\0';
+}
+
+constexpr std::int64_t fromWord(const VltWord64& word) {
+  return static_cast<std::int64_t>(std::uint64_t{word.hi} << 32 | word.lo);
+}
+
+constexpr VltWord64 toWord(std::int64_t value) {
+  const auto bits = static_cast<std::uint64_t>(value);
+  return {static_cast<std::uint32_t>(bits >> 32), static_cast<std::uint32_t>(bits)};
+}
+
+// A bound in the store's form; 0 for "no date". Refused when the calendar has no such moment.
+Stamp checkedDate(const VltDate& date);
+VltDate toDate(Stamp stamp);
+
+}  // namespace sandbox
+
+#endif  // SANDBOX_LIBRARY_CHECKS_H

@@ -1,0 +1,176 @@
+// logon.cpp: entry points that need a password: logon and the change of the password.
+#include <unistd.h>
+
+#include "sandbox/library/state.h"
+#include "sandbox/store/site.h"
+#include "sandbox/store/text.h"
+
+namespace sandbox {
+namespace {
+
+// The caller's input record, checked and in the library's own terms.
+struct LogonRequest {
+  ClientOptions options;
+  std::string owner;
+  std::string password;  // empty: none given
+};
+
+std::string hostName() {
+  char name[VLT_MAX_NODE + 1] = "";
+  gethostname(name, sizeof name - 1);  // ignore: an empty name is an unknown node
+  return name;
+}
+
+// The options in force for the session: its own file, else the process's, then the option text.
+ClientOptions optionsOf(const VltInitExIn& in) {
+  const std::string_view file = checkedText(in.configFile, VLT_MAX_PATH);
+  ClientOptions options = file.empty() ? library().options : readClientOptions(std::string(file));
+  if (in.options != nullptr) applyOptionText(in.options, options);
+  const std::string_view node = checkedText(in.clientNodeName, VLT_MAX_NODE);
+  if (!node.empty()) options.nodeName = node;
+  if (options.nodeName.empty()) options.nodeName = hostName();
+  options.nodeName = upperCase(options.nodeName);
+  return options;
+}
+
+void requireInput(const VltInitExIn* in) {
+  requireRecord(in, 5);
+  requireRecord(in->apiVersion, kLibraryVersion.structVersion);
+  if (in->appVersion != nullptr) requireRecord(in->appVersion, 1);
+  require(in->clientKind >= VLT_CLIENT_KIND_USER &&
+          in->clientKind <= VLT_CLIENT_KIND_DATABASE_AGENT);
+}
+
+LogonRequest requestOf(const VltInitExIn* in) {
+  requireInput(in);
+  LogonRequest request;
+  request.options = optionsOf(*in);
+  request.owner = checkedText(in->clientOwnerName, VLT_MAX_OWNER);
+  request.password = checkedText(in->clientPassword, VLT_MAX_PASSWORD);
+  // Nobody but the node itself may open its session.
+  const std::string_view user = checkedText(in->userName, VLT_MAX_NODE);
+  require(user.empty() || equalIgnoringCase(user, request.options.nodeName), VLT_RC_NOT_AUTHORIZED);
+  return request;
+}
+
+PasswordFile passwordFileOf(const ClientOptions& options) {
+  return PasswordFile(passwordDirectoryOf(options), options.nodeName);
+}
+
+// With generated passwords: the given one first, then the one that the library keeps.
+void requireGeneratedPassword(const LogonRequest& request, const Node& node) {
+  const PasswordFile file = passwordFileOf(request.options);
+  if (!request.password.empty() && passwordMatches(node.password, request.password)) {
+    require(file.write(request.password), VLT_RC_BAD_OPTION);
+    return;
+  }
+  const std::optional<std::string> kept = file.read();
+  require(kept && passwordMatches(node.password, *kept), VLT_RC_WRONG_PASSWORD);
+}
+
+void requirePassword(const LogonRequest& request, const Node& node) {
+  if (request.options.generatedPassword)
+    requireGeneratedPassword(request, node);
+  else
+    require(passwordMatches(node.password, request.password), VLT_RC_WRONG_PASSWORD);
+}
+
+std::unique_ptr<Session> openSession(const LogonRequest& request,
+                                     const std::shared_ptr<Control>& control) {
+  try {
+    return std::make_unique<Session>(request.options, control);
+  } catch (const StoreError&) {
+    throw Refusal{VLT_RC_SERVER_UNREACHABLE};
+  }
+}
+
+std::int16_t logOn(const VltInitExIn* in, const std::shared_ptr<Control>& control,
+                   std::uint32_t* handle, VltInitExOut* out) {
+  require(library().isSetUp, VLT_RC_NOT_SET_UP);
+  const LogonRequest request = requestOf(in);
+  if (out != nullptr) requireRecord(out, 1);
+  std::unique_ptr<Session> session = openSession(request, control);
+  const std::optional<Node> node = session->store.findNode(request.options.nodeName);
+  require(node.has_value(), VLT_RC_UNKNOWN_NODE);
+  requirePassword(request, *node);
+  session->node = *node;
+  session->owner = request.owner;
+  session->expired = node->expired;
+  const std::int16_t code = session->expired ? VLT_RC_PASSWORD_EXPIRED : VLT_RC_OK;
+  const std::uint32_t newHandle = library().nextHandle++;
+  library().sessions.emplace(newHandle, std::move(session));
+  if (out != nullptr)
+    *out = {1, kLibraryVersion.version, kLibraryVersion.release, kLibraryVersion.level,
+            kLibraryVersion.subLevel};
+  *handle = newHandle;
+  return code;
+}
+
+// The control of the store that the logon leads to. Arguments that lead nowhere are reported by the
+// logon itself; until then the process's own control sees the call.
+std::shared_ptr<Control> controlOf(const VltInitExIn* in) {
+  try {
+    requireInput(in);
+    return controlFor(optionsOf(*in).storePath);
+  } catch (const Refusal&) {
+    return library().control;
+  }
+}
+
+std::string quoted(const char* text) {
+  if (text == nullptr) return "-";
+  return std::string("\"").append(text).append("\"");
+}
+
+std::string logonText(const VltInitExIn* in, const std::uint32_t* handle) {
+  if (in == nullptr || in->structVersion != 5) return {};
+  return "node=" + quoted(in->clientNodeName) + " owner=" + quoted(in->clientOwnerName) +
+         " application=" + quoted(in->applicationType) + " config=" + quoted(in->configFile) +
+         " options=" + quoted(in->options) + " kind=" + std::to_string(in->clientKind) +
+         " -> handle=" + (handle != nullptr ? std::to_string(*handle) : "-");
+}
+
+std::int16_t changePassword(Session& session, const char* oldPassword, const char* newPassword) {
+  require(oldPassword != nullptr && newPassword != nullptr);
+  const std::string_view oldText = checkedText(oldPassword, VLT_MAX_PASSWORD);
+  const std::string_view newText = checkedText(newPassword, VLT_MAX_PASSWORD);
+  require(!newText.empty());
+  const std::optional<Node> node = session.store.findNode(session.node.name);
+  require(node.has_value(), VLT_RC_UNKNOWN_NODE);
+  require(passwordMatches(node->password, oldText), VLT_RC_WRONG_PASSWORD);
+  session.store.setPassword(node->id, newText);
+  session.expired = false;
+  // Last, so that the file never holds a password that the server does not accept yet.
+  if (session.options.generatedPassword)
+    require(passwordFileOf(session.options).write(newText), VLT_RC_BAD_OPTION);
+  return VLT_RC_OK;
+}
+
+}  // namespace
+}  // namespace sandbox
+
+using namespace sandbox;
+
+std::int16_t vltInitEx(std::uint32_t* handle, const VltInitExIn* in, VltInitExOut* out) {
+  try {
+    const std::lock_guard lock(library().mutex);
+    if (handle != nullptr) *handle = 0;
+    const std::shared_ptr<Control> control = library().isSetUp ? controlOf(in) : library().control;
+    refreshQuietly(control.get());
+    return perform(
+        control.get(), __func__, [&] { return logonText(in, handle); },
+        [&] {
+          require(handle != nullptr);
+          return logOn(in, control, handle, out);
+        },
+        kNothingToUndo);
+  } catch (...) {
+    return codeOfException();
+  }
+}
+
+std::int16_t vltChangePW(std::uint32_t handle, const char* oldPassword, const char* newPassword) {
+  return enterSession(
+      __func__, handle, Access::kEvenExpired, Pace::kEachCall, [&] { return handleText(handle); },
+      [&](Session& session) { return changePassword(session, oldPassword, newPassword); });
+}

@@ -1,0 +1,113 @@
+// control.h: faults to order and the record of calls.
+//
+// An armed fault makes the client library fail an operation instead of carrying it out; the record
+// lists the calls that programs made, over all processes in one order. Two tables, the first in the
+// store, the second in a file beside it, `<store>-calls`:
+//
+//   fault  id          ascending: among the faults of one operation the oldest unfinished one acts
+//          operation   "vltDeleteObj"
+//          code        the code to return
+//          reason      for vltEndTxn: the reason to give
+//          remaining   calls that it still lets pass
+//          times       calls that it still fails; a fault with 0 is removed
+//   call   seq         ascending over all processes
+//          process     process id
+//          operation
+//          arguments   short text, never a password
+//          code
+//
+// The record is a file of its own because an open query keeps the store's write-ahead log from
+// being emptied: the calls that read a million objects would let it grow by gigabytes.
+//
+// Counting happens in the store, so that a fault for the third call fails the third call no matter
+// which processes made them.
+#ifndef SANDBOX_STORE_CONTROL_H
+#define SANDBOX_STORE_CONTROL_H
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sandbox/store/store.h"
+
+namespace sandbox {
+
+inline constexpr const char* kFaultSchema = R"(
+CREATE TABLE fault(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  operation TEXT NOT NULL,
+  code INTEGER NOT NULL,
+  reason INTEGER NOT NULL,
+  remaining INTEGER NOT NULL,
+  times INTEGER NOT NULL);
+)";
+
+struct Fault {
+  std::int64_t id = 0;
+  std::string operation;
+  std::int16_t code = 0;
+  std::uint16_t reason = 0;
+  std::int64_t remaining = 0;
+  std::int64_t times = 1;
+};
+
+struct Call {
+  std::int64_t sequence = 0, process = 0;
+  std::string operation, arguments;
+  std::int16_t code = 0;
+};
+
+// The full name ("vltEndTxn") of an operation that returns a code, given with or without "vlt" and
+// in any letter case; nothing for any other text.
+std::optional<std::string> findOperation(std::string_view name);
+
+// The path of the file that holds a store's record of calls.
+std::string callsPath(const std::string& storePath);
+
+// What one program sees of faults and recording. Has a connection of its own, so that its counting
+// and recording never take part in another transaction.
+class Control {
+ public:
+  explicit Control(const std::string& storePath) : store_(storePath) { refresh(); }
+
+  const std::string& storePath() const { return store_.path(); }
+
+  // Reads what is armed, whether calls are recorded, and the latency. Three look-ups of a few
+  // microseconds: callers do it for every operation but those that run once per object.
+  void refresh();
+
+  // The fault that acts on this call, counted down; nothing when the call is to be carried out.
+  // Costs nothing when no fault is armed and the server has no latency.
+  std::optional<Fault> strike(std::string_view operation);
+
+  bool recording() const { return recording_; }
+  void record(std::string_view operation, std::string_view arguments, std::int16_t code);
+
+  // For the administrator.
+  void arm(const Fault& fault);
+  void clearFaults();
+  std::vector<Fault> faults();
+  void switchRecording(bool on);
+  void clearCalls();
+  void eachCall(const std::function<void(const Call&)>& show);
+
+ private:
+  void countDown(const Fault& fault);
+  // The file of the record, if there is one.
+  std::optional<Database> openCalls() const;
+
+  Store store_;
+  std::optional<Database> calls_;  // open once something was recorded
+  std::optional<Statement> insertCall_;
+  bool recording_ = false;
+  bool armed_ = false;
+  std::chrono::milliseconds latency_{0};
+};
+
+}  // namespace sandbox
+
+#endif  // SANDBOX_STORE_CONTROL_H

@@ -1,0 +1,185 @@
+// store.cpp: the storage server's data: nodes, backup objects, limits.
+#include "sandbox/store/store.h"
+
+#include <cstdio>
+
+#include "api/vltlib.h"
+#include "sandbox/store/control.h"
+#include "sandbox/store/text.h"
+
+namespace sandbox {
+namespace {
+
+constexpr std::int32_t kStoreKind = 0x5A594C53;  // "ZYLS"
+constexpr int kStoreVersion = 1;
+
+constexpr const char* kSchema = R"(
+CREATE TABLE setting(name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
+CREATE TABLE node(
+  id INTEGER PRIMARY KEY,
+  name TEXT NOT NULL UNIQUE,
+  salt BLOB NOT NULL,
+  hash BLOB NOT NULL,
+  expired INTEGER NOT NULL,
+  mayDelete INTEGER NOT NULL);
+CREATE TABLE object(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  node INTEGER NOT NULL REFERENCES node(id),
+  state INTEGER NOT NULL,
+  owner TEXT NOT NULL,
+  fs TEXT NOT NULL,
+  hl TEXT NOT NULL,
+  ll TEXT NOT NULL,
+  inserted INTEGER NOT NULL,
+  size INTEGER NOT NULL,
+  compressed INTEGER NOT NULL,
+  encryption INTEGER NOT NULL,
+  deduplicated INTEGER NOT NULL,
+  unknown INTEGER NOT NULL);
+)";
+
+void removeDatabase(const std::string& path) {
+  // The log files belong to the database: a new one must not take over those of the old one.
+  for (const char* suffix : {"", "-wal", "-shm"}) {
+    std::remove((path + suffix).c_str());  // ignore: most often there is none
+  }
+}
+
+// A `limit` of bytes and a required first character, or no further demand.
+std::string partFault(const char* what, std::string_view text, std::size_t limit, bool mayBeEmpty) {
+  if (text.size() > limit)
+    return std::string(what) + " is longer than " + std::to_string(limit) + " bytes";
+  if (text.empty() ? !mayBeEmpty : text.front() != '/')
+    return std::string(what) + " does not begin with \"/\"";
+  return {};
+}
+
+}  // namespace
+
+std::string objectNameFault(const Object& object) {
+  std::string fault = partFault("the filespace", object.fileSpace, VLT_MAX_FILESPACE, false);
+  if (fault.empty())
+    fault = partFault("the high-level name", object.highLevel, VLT_MAX_HIGHLEVEL, true);
+  if (fault.empty())
+    fault = partFault("the low-level name", object.lowLevel, VLT_MAX_LOWLEVEL, false);
+  if (fault.empty() && object.owner.size() > VLT_MAX_OWNER)
+    fault = "the owner is longer than " + std::to_string(VLT_MAX_OWNER) + " bytes";
+  return fault;
+}
+
+Store::Store(const std::string& path) : Store(path, Database(path, Database::Mode::kExisting)) {
+  requireKind(database_, kStoreKind, kStoreVersion, path_, "a store");
+}
+
+Store::Store(const std::string& path, Database database)
+    : path_(path), database_(std::move(database)) {}
+
+Store Store::create(const std::string& path, std::int64_t firstId) {
+  removeDatabase(path);
+  removeDatabase(callsPath(path));
+  Store store(path, Database(path, Database::Mode::kCreate));
+  // The kind goes in last: a process that is killed here leaves no half-made store.
+  WriteTransaction schema(store.database_);
+  store.database_.execute(kSchema);
+  store.database_.execute(kFaultSchema);
+  store.database_.prepare("INSERT INTO sqlite_sequence(name,seq) VALUES('object',?)")
+      .bind(1, firstId - 1)
+      .run();
+  schema.commit();
+  store.changeSetting("maxObjPerTxn", kDefaultMaxObjPerTxn);
+  store.changeSetting("recordCalls", 0);
+  markKind(store.database_, kStoreKind, kStoreVersion);
+  return store;
+}
+
+std::optional<Node> Store::findNode(std::string_view name) {
+  Statement query =
+      database_.prepare("SELECT id,name,salt,hash,expired,mayDelete FROM node WHERE name=?");
+  query.bind(1, upperCase(name));
+  if (!query.step()) return std::nullopt;
+  Node node;
+  node.id = query.integer(0);
+  node.name = query.text(1);
+  node.password = {std::string(query.text(2)), std::string(query.text(3))};
+  node.expired = query.integer(4) != 0;
+  node.mayDelete = query.integer(5) != 0;
+  return node;
+}
+
+void Store::saveNode(const Node& node) {
+  database_
+      .prepare(
+          "INSERT INTO node(name,salt,hash,expired,mayDelete) VALUES(?,?,?,?,?) "
+          "ON CONFLICT(name) DO UPDATE SET salt=excluded.salt, hash=excluded.hash, "
+          "expired=excluded.expired, mayDelete=excluded.mayDelete")
+      .bind(1, upperCase(node.name))
+      .bindBlob(2, node.password.salt)
+      .bindBlob(3, node.password.hash)
+      .bind(4, std::int64_t{node.expired})
+      .bind(5, std::int64_t{node.mayDelete})
+      .run();
+}
+
+void Store::setPassword(std::int64_t node, std::string_view password) {
+  const PasswordHash kept = hashPassword(password);
+  database_.prepare("UPDATE node SET salt=?, hash=?, expired=0 WHERE id=?")
+      .bindBlob(1, kept.salt)
+      .bindBlob(2, kept.hash)
+      .bind(3, node)
+      .run();
+  if (database_.changes() != 1) throw StoreError("the node is gone");
+}
+
+std::int64_t Store::setting(std::string_view name) {
+  Statement query = database_.prepare("SELECT value FROM setting WHERE name=?");
+  query.bind(1, name);
+  return query.step() ? query.integer(0) : 0;
+}
+
+void Store::changeSetting(std::string_view name, std::int64_t value) {
+  database_.prepare("INSERT OR REPLACE INTO setting(name,value) VALUES(?,?)")
+      .bind(1, name)
+      .bind(2, value)
+      .run();
+}
+
+ObjectWriter::ObjectWriter(Store& store)
+    : store_(store),
+      insert_(store.database().prepare(
+          "INSERT INTO object(node,state,owner,fs,hl,ll,inserted,size,compressed,encryption,"
+          "deduplicated,unknown) VALUES(?,?,?,?,?,?,?,?,?,?,?,?)")) {}
+
+std::int64_t ObjectWriter::add(const Object& object) {
+  insert_.bind(1, object.node)
+      .bind(2, std::int64_t{object.state})
+      .bind(3, object.owner)
+      .bind(4, object.fileSpace)
+      .bind(5, object.highLevel)
+      .bind(6, object.lowLevel)
+      .bind(7, object.inserted)
+      .bind(8, object.size)
+      .bind(9, std::int64_t{object.compressed})
+      .bind(10, std::int64_t{object.encryption})
+      .bind(11, std::int64_t{object.deduplicated})
+      .bind(12, std::int64_t{object.unknownFormat})
+      .run();
+  return store_.database().lastInsertId();
+}
+
+void readObject(const Statement& row, Object& object) {
+  object.id = row.integer(0);
+  object.node = row.integer(1);
+  object.state = static_cast<int>(row.integer(2));
+  object.owner = row.text(3);
+  object.fileSpace = row.text(4);
+  object.highLevel = row.text(5);
+  object.lowLevel = row.text(6);
+  object.inserted = row.integer(7);
+  object.size = row.integer(8);
+  object.compressed = row.integer(9) != 0;
+  object.encryption = static_cast<int>(row.integer(10));
+  object.deduplicated = row.integer(11) != 0;
+  object.unknownFormat = row.integer(12) != 0;
+}
+
+}  // namespace sandbox

@@ -1,0 +1,116 @@
+// store.h: the storage server's data: nodes, backup objects, limits.
+//
+// One SQLite file in write-ahead mode. Several processes may work on it at once; a process that is
+// killed leaves what it had committed. The tables, drawn once:
+//
+//   setting  name        'maxObjPerTxn' (0: no limit), 'recordCalls' (0 or 1),
+//                        'latency' (milliseconds a call)
+//            value
+//   node     id
+//            name        in capitals, unique
+//            salt, hash  of its password
+//            expired     1: logon succeeds, but only a new password is accepted
+//            mayDelete   1: may delete its backup objects
+//   object   id          ascending in the order of insertion, never used twice
+//            node        node.id
+//            state       1 active, 2 inactive
+//            owner       may be empty
+//            fs, hl, ll  filespace, high- and low-level name
+//            inserted    YYYYMMDDhhmmss
+//            size        bytes
+//            compressed, encryption (4 DES 56, 8 AES 128, 16 AES 256, 0 none), deduplicated
+//            unknown     1: the client library cannot show this one
+//   fault    see control.h
+//
+// Objects have no index but their identifier: a query goes through the table in the order of
+// identifiers, which is the order that callers see, and needs no sort and no second look-up.
+#ifndef SANDBOX_STORE_STORE_H
+#define SANDBOX_STORE_STORE_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "sandbox/store/dates.h"
+#include "sandbox/store/secrets.h"
+#include "sandbox/store/sqlite.h"
+
+namespace sandbox {
+
+struct Node {
+  std::int64_t id = 0;
+  std::string name;
+  PasswordHash password;
+  bool expired = false;
+  bool mayDelete = true;
+};
+
+struct Object {
+  std::int64_t id = 0;  // given by the store
+  std::int64_t node = 0;
+  int state = 1;
+  std::string owner, fileSpace, highLevel, lowLevel;
+  Stamp inserted = 0;
+  std::int64_t size = 0;
+  bool compressed = false;
+  int encryption = 0;
+  bool deduplicated = false;
+  bool unknownFormat = false;
+};
+
+// What makes the names of an object invalid, as a sentence; empty when they are valid. The lengths
+// and the leading "/" are those of the client library's interface.
+std::string objectNameFault(const Object& object);
+
+inline constexpr std::int64_t kDefaultMaxObjPerTxn = 500;
+
+// A connection to a store. Every operation throws StoreError when the file fails.
+class Store {
+ public:
+  // An existing store.
+  explicit Store(const std::string& path);
+  // A new, empty store in place of whatever was at the path. The first object gets `firstId`.
+  static Store create(const std::string& path, std::int64_t firstId);
+
+  const std::string& path() const { return path_; }
+  Database& database() { return database_; }
+
+  // By name, letter case ignored.
+  std::optional<Node> findNode(std::string_view name);
+  // Inserts the node, or replaces the one of the same name, which keeps its objects.
+  void saveNode(const Node& node);
+  void setPassword(std::int64_t node, std::string_view password);
+
+  std::int64_t setting(std::string_view name);
+  void changeSetting(std::string_view name, std::int64_t value);
+
+ private:
+  Store(const std::string& path, Database database);
+
+  std::string path_;
+  Database database_;
+};
+
+// Inserts many objects with one prepared statement.
+class ObjectWriter {
+ public:
+  explicit ObjectWriter(Store& store);
+  // Returns the new identifier; `object.id` is not read.
+  std::int64_t add(const Object& object);
+
+ private:
+  Store& store_;
+  Statement insert_;
+};
+
+// The columns that readObject() expects, for the SELECT of a reader.
+inline constexpr std::string_view kObjectColumns =
+    "id,node,state,owner,fs,hl,ll,inserted,size,compressed,encryption,deduplicated,unknown";
+
+// Fills `object` from the current row; its texts keep their memory from row to row.
+void readObject(const Statement& row, Object& object);
+
+}  // namespace sandbox
+
+#endif  // SANDBOX_STORE_STORE_H

@@ -1,0 +1,66 @@
+// zylstore.cpp: the administrator's tool of the sandbox: its main function.
+//
+// Exit status: 0 done, 1 could not be done, 2 typed wrong; for 1 and 2 one line on standard error.
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+
+#include "sandbox/store/site.h"
+#include "sandbox/zylstore/commands.h"
+
+namespace sandbox {
+namespace {
+
+std::vector<CommandRow> allCommands() {
+  std::vector<CommandRow> commands;
+  for (const auto rows : {objectCommands(), catalogCommands(), faultCommands()})
+    commands.insert(commands.end(), rows.begin(), rows.end());
+  return commands;
+}
+
+// Moves a --store in front of the command behind it, where the command's options are.
+void moveStoreOption(std::vector<std::string>& words) {
+  if (words.empty() || !words[0].starts_with("--store")) return;
+  const std::ptrdiff_t length = words[0] == "--store" && words.size() > 1 ? 2 : 1;
+  std::rotate(words.begin(), words.begin() + length, words.end());
+}
+
+void run(std::vector<std::string> allWords) {
+  moveStoreOption(allWords);
+  const std::span<const std::string> words = allWords;
+  const std::vector<CommandRow> commands = allCommands();
+  if (!words.empty() && (words[0] == "--help" || words[0] == "help")) {
+    std::cout << helpText(commands);
+    return;
+  }
+  std::size_t used = 0;
+  const CommandRow& command = findCommand(commands, words, used);
+  const Arguments arguments(command, words.subspan(used));
+  if (arguments.wantsHelp())
+    std::cout << helpText(command);
+  else
+    command.run(arguments);
+}
+
+int complain(const char* what, int status) {
+  std::cout.flush();
+  std::fprintf(stderr, "zylstore: %s\n", what);
+  return status;
+}
+
+}  // namespace
+}  // namespace sandbox
+
+int main(int argc, char** argv) {
+  std::ios::sync_with_stdio(false);
+  try {
+    sandbox::run(std::vector<std::string>(argv + 1, argv + argc));
+    // A full disk or a closed pipe shows here at the latest.
+    if (!std::cout.flush()) throw sandbox::CommandError("standard output cannot be written");
+    return 0;
+  } catch (const sandbox::UsageError& error) {
+    return sandbox::complain(error.what(), 2);
+  } catch (const std::exception& error) {
+    return sandbox::complain(error.what(), 1);
+  }
+}
