@@ -10,6 +10,7 @@
 #pragma GCC visibility pop
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -39,23 +40,19 @@ void requireRecord(const Record* record, std::uint16_t version) {
   require(record->structVersion == version, VLT_RC_BAD_STRUCT_VERSION);
 }
 
-// A text in a caller's record. Refused when no terminator stands within the array.
+// A text that a pointer gives; null counts as empty. Refused if it is longer than `limit` bytes.
+std::string_view checkedText(const char* text, std::size_t limit);
+
+// A text in a caller's record. Refused if the array has no terminator.
 template <std::size_t Size>
 std::string_view checkedText(const char (&array)[Size]) {
-  const std::size_t length = strnlen(array, Size);
-  require(length < Size);
-  return {array, length};
+  return checkedText(array, Size - 1);
 }
-
-// A text that a pointer gives; null counts as empty. Refused when it is longer than `limit` bytes.
-std::string_view checkedText(const char* text, std::size_t limit);
 
 // Copies as much as fits and always terminates.
 template <std::size_t Size>
 void fillText(char (&array)[Size], std::string_view text) {
-  const std::size_t length = text.size() < Size - 1 ? text.size() : Size - 1;
-  std::memcpy(array, text.data(), length);
-  array[length] = '\0';
+  array[text.copy(array, Size - 1)] = '\0';
 }
 
 constexpr std::int64_t fromWord(const VltWord64& word) {
@@ -67,7 +64,7 @@ constexpr VltWord64 toWord(std::int64_t value) {
   return {static_cast<std::uint32_t>(bits >> 32), static_cast<std::uint32_t>(bits)};
 }
 
-// A bound in the store's form; 0 for "no date". Refused when the calendar has no such moment.
+// A bound in the store's form; 0 for "no date". Refused if the calendar has no such moment.
 Stamp checkedDate(const VltDate& date);
 VltDate toDate(Stamp stamp);
 

@@ -20,7 +20,7 @@ class Deletions {
   Deletions(Store& store, const Node& node);
 
   // VLT_RC_OK: will be deleted. VLT_RC_NO_MATCH: the node has no such object, or it was named
-  // before. VLT_RC_TXN_LIMIT, VLT_RC_NOT_AUTHORIZED: not taken. What was taken before stays.
+  // before. VLT_RC_TXN_LIMIT, VLT_RC_NOT_AUTHORIZED: not taken. What was taken before is kept.
   std::int16_t add(std::int64_t object);
 
   // Deletes what was taken. Returns 0, or the code of what kept it from doing so; then nothing is

@@ -1,14 +1,14 @@
 // logon.cpp: entry points that need a password: logon and the change of the password.
 #include <unistd.h>
 
-#include "sandbox/library/state.h"
-#include "sandbox/store/site.h"
+#include "sandbox/library/frame.h"
+#include "sandbox/store/secrets.h"
 #include "sandbox/store/text.h"
 
 namespace sandbox {
 namespace {
 
-// The caller's input record, checked and in the library's own terms.
+// What the caller's input record asks for, checked.
 struct LogonRequest {
   ClientOptions options;
   std::string owner;
@@ -57,22 +57,13 @@ PasswordFile passwordFileOf(const ClientOptions& options) {
   return PasswordFile(passwordDirectoryOf(options), options.nodeName);
 }
 
-// With generated passwords: the given one first, then the one that the library keeps.
-void requireGeneratedPassword(const LogonRequest& request, const Node& node) {
-  const PasswordFile file = passwordFileOf(request.options);
-  if (!request.password.empty() && passwordMatches(node.password, request.password)) {
-    require(file.write(request.password), VLT_RC_BAD_OPTION);
-    return;
-  }
-  const std::optional<std::string> kept = file.read();
-  require(kept && passwordMatches(node.password, *kept), VLT_RC_WRONG_PASSWORD);
-}
-
+// With generated passwords the given one is tried first, then the one that the library keeps.
 void requirePassword(const LogonRequest& request, const Node& node) {
-  if (request.options.generatedPassword)
-    requireGeneratedPassword(request, node);
-  else
-    require(passwordMatches(node.password, request.password), VLT_RC_WRONG_PASSWORD);
+  const bool right = digestOf(request.password) == node.password;
+  if (!request.options.generatedPassword) return require(right, VLT_RC_WRONG_PASSWORD);
+  const PasswordFile file = passwordFileOf(request.options);
+  if (right) return require(file.write(request.password), VLT_RC_BAD_OPTION);
+  require(digestOf(file.read().value_or("")) == node.password, VLT_RC_WRONG_PASSWORD);
 }
 
 std::unique_ptr<Session> openSession(const LogonRequest& request,
@@ -117,17 +108,19 @@ std::shared_ptr<Control> controlOf(const VltInitExIn* in) {
   }
 }
 
-std::string quoted(const char* text) {
-  if (text == nullptr) return "-";
-  return std::string("\"").append(text).append("\"");
-}
-
 std::string logonText(const VltInitExIn* in, const std::uint32_t* handle) {
-  if (in == nullptr || in->structVersion != 5) return {};
-  return "node=" + quoted(in->clientNodeName) + " owner=" + quoted(in->clientOwnerName) +
-         " application=" + quoted(in->applicationType) + " config=" + quoted(in->configFile) +
-         " options=" + quoted(in->options) + " kind=" + std::to_string(in->clientKind) +
-         " -> handle=" + (handle != nullptr ? std::to_string(*handle) : "-");
+  std::string text;
+  if (in == nullptr || in->structVersion != 5) return text;
+  const auto add = [&](const char* name, const char* value) {
+    if (value != nullptr) text.append(name).append("=\"").append(value).append("\" ");
+  };
+  add("node", in->clientNodeName);
+  add("owner", in->clientOwnerName);
+  add("application", in->applicationType);
+  add("config", in->configFile);
+  add("options", in->options);
+  text.append("kind=").append(std::to_string(in->clientKind)).append(" -> handle=");
+  return text.append(handle != nullptr ? std::to_string(*handle) : "-");
 }
 
 std::int16_t changePassword(Session& session, const char* oldPassword, const char* newPassword) {
@@ -137,7 +130,7 @@ std::int16_t changePassword(Session& session, const char* oldPassword, const cha
   require(!newText.empty());
   const std::optional<Node> node = session.store.findNode(session.node.name);
   require(node.has_value(), VLT_RC_UNKNOWN_NODE);
-  require(passwordMatches(node->password, oldText), VLT_RC_WRONG_PASSWORD);
+  require(node->password == digestOf(oldText), VLT_RC_WRONG_PASSWORD);
   session.store.setPassword(node->id, newText);
   session.expired = false;
   // Last, so that the file never holds a password that the server does not accept yet.
@@ -152,25 +145,18 @@ std::int16_t changePassword(Session& session, const char* oldPassword, const cha
 using namespace sandbox;
 
 std::int16_t vltInitEx(std::uint32_t* handle, const VltInitExIn* in, VltInitExOut* out) {
-  try {
-    const std::lock_guard lock(library().mutex);
-    if (handle != nullptr) *handle = 0;
-    const std::shared_ptr<Control> control = library().isSetUp ? controlOf(in) : library().control;
-    refreshQuietly(control.get());
-    return perform(
-        control.get(), __func__, [&] { return logonText(in, handle); },
-        [&] {
-          require(handle != nullptr);
-          return logOn(in, control, handle, out);
-        },
-        kNothingToUndo);
-  } catch (...) {
-    return codeOfException();
-  }
+  if (handle != nullptr) *handle = 0;
+  return enterCharged(
+      __func__, [&] { return library().isSetUp ? controlOf(in) : library().control; },
+      [&](const std::shared_ptr<Control>& control) {
+        require(handle != nullptr);
+        return logOn(in, control, handle, out);
+      },
+      [&] { return logonText(in, handle); });
 }
 
 std::int16_t vltChangePW(std::uint32_t handle, const char* oldPassword, const char* newPassword) {
-  return enterSession(
-      __func__, handle, Access::kEvenExpired, Pace::kEachCall, [&] { return handleText(handle); },
-      [&](Session& session) { return changePassword(session, oldPassword, newPassword); });
+  return enterSession(__func__, handle, Access::kEvenExpired, [&](Session& session) {
+    return changePassword(session, oldPassword, newPassword);
+  });
 }

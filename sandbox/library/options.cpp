@@ -9,39 +9,29 @@
 namespace sandbox {
 namespace {
 
-std::string limited(std::string_view value, std::size_t limit) {
-  require(!value.empty() && value.size() <= limit, VLT_RC_BAD_OPTION);
-  return std::string(value);
-}
-
-// Which of two words a value is.
-bool isSecond(std::string_view value, std::string_view first, std::string_view second) {
-  const bool matchesSecond = equalIgnoringCase(value, second);
-  require(matchesSecond || equalIgnoringCase(value, first), VLT_RC_BAD_OPTION);
-  return matchesSecond;
-}
-
-struct Keyword {
+struct TextKeyword {
   std::string_view name;
-  void (*apply)(std::string_view value, ClientOptions& options);
+  std::string ClientOptions::*text;
+  std::size_t limit;
 };
 
-constexpr Keyword kKeywords[] = {
-    {"STORE", [](std::string_view v, ClientOptions& o) { o.storePath = limited(v, VLT_MAX_PATH); }},
-    {"NODENAME",
-     [](std::string_view v, ClientOptions& o) { o.nodeName = limited(v, VLT_MAX_NODE); }},
-    {"PASSWORDACCESS",
-     [](std::string_view v, ClientOptions& o) {
-       o.generatedPassword = isSecond(v, "prompt", "generate");
-     }},
-    {"PASSWORDDIR",
-     [](std::string_view v, ClientOptions& o) { o.passwordDirectory = limited(v, VLT_MAX_PATH); }},
-    {"COMPRESSION",
-     [](std::string_view v, ClientOptions& o) { o.compression = isSecond(v, "no", "yes"); }},
-    {"SERVERNAME",
-     [](std::string_view v, ClientOptions& o) { o.serverName = limited(v, VLT_MAX_SERVER); }},
-    {"SERVERADDRESS",
-     [](std::string_view v, ClientOptions& o) { o.serverAddress = limited(v, VLT_MAX_SERVER); }},
+constexpr TextKeyword kTexts[] = {
+    {"STORE", &ClientOptions::storePath, VLT_MAX_PATH},
+    {"NODE", &ClientOptions::nodeName, VLT_MAX_NODE},
+    {"PASSWORDDIR", &ClientOptions::passwordDirectory, VLT_MAX_PATH},
+    {"SERVER", &ClientOptions::serverName, VLT_MAX_SERVER},
+    {"ADDRESS", &ClientOptions::serverAddress, VLT_MAX_SERVER},
+};
+
+struct ChoiceKeyword {
+  std::string_view name;
+  bool ClientOptions::*choice;
+  std::string_view no, yes;
+};
+
+constexpr ChoiceKeyword kChoices[] = {
+    {"PASSWORDACCESS", &ClientOptions::generatedPassword, "prompt", "generate"},
+    {"COMPRESSION", &ClientOptions::compression, "no", "yes"},
 };
 
 std::string_view unquoted(std::string_view value) {
@@ -51,9 +41,17 @@ std::string_view unquoted(std::string_view value) {
 }
 
 void apply(std::string_view keyword, std::string_view value, ClientOptions& options) {
-  for (const Keyword& known : kKeywords) {
+  value = unquoted(value);
+  for (const TextKeyword& known : kTexts) {
     if (!equalIgnoringCase(keyword, known.name)) continue;
-    known.apply(unquoted(value), options);
+    require(!value.empty() && value.size() <= known.limit, VLT_RC_BAD_OPTION);
+    options.*known.text = value;
+    return;
+  }
+  for (const ChoiceKeyword& known : kChoices) {
+    if (!equalIgnoringCase(keyword, known.name)) continue;
+    options.*known.choice = equalIgnoringCase(value, known.yes);
+    require(options.*known.choice || equalIgnoringCase(value, known.no), VLT_RC_BAD_OPTION);
     return;
   }
   throw Refusal{VLT_RC_BAD_OPTION};
@@ -84,12 +82,13 @@ ClientOptions readClientOptions(const std::string& path) {
 
 void applyOptionText(std::string_view text, ClientOptions& options) {
   static constexpr std::string_view kDirectory = "-PASSWORDDIR=", kAccess = "-PASSWORDACCESS=";
+  const auto begins = [&](std::string_view word) {
+    return equalIgnoringCase(text.substr(0, word.size()), word);
+  };
   for (text = trimmed(text); !text.empty(); text = trimmed(text)) {
+    require(begins(kDirectory) || begins(kAccess), VLT_RC_BAD_OPTION);
     // The directory may hold blanks, so it takes the rest of the text.
-    const bool isDirectory = equalIgnoringCase(text.substr(0, kDirectory.size()), kDirectory);
-    const bool isAccess = equalIgnoringCase(text.substr(0, kAccess.size()), kAccess);
-    require(isDirectory || isAccess, VLT_RC_BAD_OPTION);
-    const std::string_view word = isDirectory ? text : text.substr(0, text.find(' '));
+    const std::string_view word = begins(kDirectory) ? text : text.substr(0, text.find(' '));
     const std::size_t equals = word.find('=');
     apply(word.substr(1, equals - 1), word.substr(equals + 1), options);
     text.remove_prefix(word.size());

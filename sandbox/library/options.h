@@ -1,14 +1,14 @@
 // options.h: the client options of the storage client library.
 //
-// The options file has one `KEYWORD value` a line; keywords in any letter case; a line that begins
-// with "*" is a comment, as is an empty one. A value may stand in double quotes.
+// The options file has one `KEYWORD value` a line; keywords are case-insensitive; a line that
+// begins with "*" is a comment, as is an empty one. A value may be in double quotes.
 //
 //   STORE path             the store; default $SANDBOX_HOME/store.db
-//   NODENAME name          the node to log on as; default the host's name
+//   NODE name              the node to log on as; default the host's name
 //   PASSWORDACCESS prompt|generate
 //   PASSWORDDIR directory  of the generated passwords
 //   COMPRESSION yes|no
-//   SERVERNAME name, SERVERADDRESS address   for display
+//   SERVER name, ADDRESS address   for display
 #ifndef SANDBOX_LIBRARY_OPTIONS_H
 #define SANDBOX_LIBRARY_OPTIONS_H
 
@@ -23,7 +23,7 @@ struct ClientOptions {
   std::string file;  // empty: the defaults, no file was read
   std::string storePath;
   std::string nodeName;
-  std::string passwordDirectory;  // empty: the default that goes with the store
+  std::string passwordDirectory;  // empty: the default for the store
   std::string serverName = "SANDBOX";
   std::string serverAddress = "localhost";
   bool generatedPassword = false;

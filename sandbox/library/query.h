@@ -20,26 +20,19 @@ class ObjectQuery {
   ObjectQuery(const std::string& storePath, const Node& node, const VltQueryBackup& query);
 
   // VLT_RC_MORE_DATA: object() is the next one. VLT_RC_UNKNOWN_FORMAT: the next one cannot be
-  // shown. VLT_RC_FINISHED, or VLT_RC_NO_MATCH when there was none at all: the end, also for every
-  // later call.
+  // shown. VLT_RC_FINISHED, or VLT_RC_NO_MATCH if there was none at all: the end, and the answer to
+  // every later call.
   std::int16_t next();
 
   const Object& object() const { return object_; }
 
  private:
-  // Goes to the next row that the name patterns take.
-  bool advance();
-
   Store store_;
   Statement select_;
-  std::string highLevel_, lowLevel_;
   Object object_;
-  bool rowWaits_ = false;  // select_ stands on a row that was not yet looked at
+  bool rowWaits_ = false;  // select_ is at a row that was not yet returned
   bool found_ = false;
 };
-
-// Fills the caller's record, whose version is not touched, from an object.
-void fillResponse(const Object& object, VltQryRespBackup& response);
 
 }  // namespace sandbox
 

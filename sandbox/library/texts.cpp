@@ -1,10 +1,11 @@
 // texts.cpp: the texts of the return codes, and their entry points.
 //
-// A text is an identifier of nine bytes, a blank, and a sentence on what happened and one on what
-// to do: "ZYL0051E The server refused the password. ...".
+// A text is an identifier of nine bytes, a blank, a sentence that says what happened, and one that
+// says what to do: "ZYL0051E The server refused the password. ...".
+#include <algorithm>
 #include <cstdlib>
 
-#include "sandbox/library/state.h"
+#include "sandbox/library/frame.h"
 
 namespace sandbox {
 namespace {
@@ -15,7 +16,7 @@ struct CodeText {
   std::string_view text;
 };
 
-constexpr std::size_t kIdentifierSize = sizeof "ZYL0000E " - 1;
+constexpr std::size_t kIdentifier = sizeof "ZYL0000E " - 1;
 
 constexpr CodeText kTexts[] = {
     {VLT_RC_SERVER_UNREACHABLE, 'E',
@@ -73,24 +74,20 @@ constexpr CodeText kTexts[] = {
      "disk space and its log, then try again."},
 };
 
-CodeText unknownCodeText() {
-  return {VLT_RC_BAD_ARGUMENT, 'E', "This return code is not known to the client library."};
-}
-
 const CodeText* findText(std::int16_t code) {
-  for (const CodeText& known : kTexts)
-    if (known.code == code) return &known;
-  return nullptr;
+  const auto found = std::ranges::find(kTexts, code, &CodeText::code);
+  return found != std::end(kTexts) ? found : nullptr;
 }
 
 std::string fullText(std::int16_t code) {
+  static constexpr CodeText kUnknown = {
+      VLT_RC_BAD_ARGUMENT, 'E', "This return code is not known to the client library. Code: "};
   const CodeText* known = findText(code);
-  const CodeText entry = known != nullptr ? *known : unknownCodeText();
+  const CodeText& entry = known != nullptr ? *known : kUnknown;
   const std::string number = std::to_string(std::abs(int{entry.code}));
   std::string text = "ZYL" + std::string(4 - number.size(), '0') + number;
   text.append(1, entry.severity).append(" ").append(entry.text);
-  if (known == nullptr) text.append(" Code: ").append(std::to_string(code));
-  return text;
+  return known != nullptr ? text : text + std::to_string(code);
 }
 
 std::int16_t resultFor(std::int16_t code) {
@@ -98,7 +95,7 @@ std::int16_t resultFor(std::int16_t code) {
 }
 
 std::string messageArguments(std::uint32_t handle, std::int16_t rc) {
-  return handleText(handle) + " rc=" + std::to_string(rc);
+  return "handle=" + std::to_string(handle) + " rc=" + std::to_string(rc);
 }
 
 }  // namespace
@@ -109,27 +106,26 @@ using namespace sandbox;
 // Needs neither a set-up nor a session: most texts are wanted because one of them failed.
 std::int16_t vltRCMsg(std::uint32_t handle, std::int16_t rc, char* text) {
   return enter(
-      __func__, [&] { return messageArguments(handle, rc); },
-      [&]() -> std::int16_t {
+      __func__,
+      [&] {
         require(text != nullptr);
         const std::string full = fullText(rc);
         std::memcpy(text, full.c_str(), full.size() + 1);
         return resultFor(rc);
-      });
+      },
+      [&] { return messageArguments(handle, rc); });
 }
 
 std::int16_t vltRCMsgEx(const VltRcMsgIn* in, VltRcMsgOut* out) {
   return enter(
-      __func__, [&] { return in != nullptr ? messageArguments(in->handle, in->rc) : ""; },
-      [&]() -> std::int16_t {
+      __func__,
+      [&] {
         requireRecord(in, 1);
         requireRecord(out, 1);
         require(out->text != nullptr && out->textSize > 0);
-        std::string text = fullText(in->rc);
-        if (in->withIdentifier == 0) text.erase(0, kIdentifierSize);
-        const std::size_t length = std::min<std::size_t>(text.size(), out->textSize - 1);
-        std::memcpy(out->text, text.data(), length);
-        out->text[length] = '\0';
+        const std::string text = fullText(in->rc).substr(in->withIdentifier == 0 ? kIdentifier : 0);
+        out->text[text.copy(out->text, out->textSize - 1)] = '\0';
         return resultFor(in->rc);
-      });
+      },
+      [&] { return in != nullptr ? messageArguments(in->handle, in->rc) : ""; });
 }

@@ -1,14 +1,12 @@
 // unsupported.cpp: the entry points that this library has but does not offer.
 //
 // Programs resolve all 45 names, so all must be there. These move data or manage filespaces, rights
-// and groups; they do nothing but take part in faults and recording.
-#include "sandbox/library/state.h"
+// and groups; they only obey armed faults and are recorded.
+#include "sandbox/library/frame.h"
 
-#define SANDBOX_NOT_OFFERED(name, ...)                          \
-  std::int16_t name(__VA_ARGS__) {                              \
-    return sandbox::enter(                                      \
-        __func__, [] { return std::string(); },                 \
-        []() -> std::int16_t { return VLT_RC_NOT_SUPPORTED; }); \
+#define SANDBOX_NOT_OFFERED(name, ...)                                    \
+  std::int16_t name(__VA_ARGS__) {                                        \
+    return sandbox::enter(__func__, [] { return VLT_RC_NOT_SUPPORTED; }); \
   }
 
 SANDBOX_NOT_OFFERED(vltBeginGetData, std::uint32_t, std::uint8_t, const VltGetList*)

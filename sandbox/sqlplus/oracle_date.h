@@ -14,11 +14,9 @@ struct OracleError {
   std::string text;
 };
 
-inline constexpr std::string_view kDefaultDateFormat = "DD-MON-RR";
-
-// Reads `text` by the format's elements YYYY, RR, MM, MON, DD, HH24, MI and SS in any letter case;
-// every other character but a letter or digit stands for punctuation. Leading zeros may be missing,
-// and so may elements at the end of the text as long as they are of the time. Throws OracleError.
+// Reads `text` by the format's elements YYYY, MM, DD, HH24, MI and SS, case-insensitive; every
+// other character but a letter or digit stands for punctuation. Leading zeros may be missing, and
+// so may elements at the end of the text once the date is complete. Throws OracleError.
 Stamp parseOracleDate(std::string_view text, std::string_view format);
 
 }  // namespace sandbox

@@ -7,7 +7,7 @@ namespace sandbox {
 namespace {
 
 void put(std::FILE* file, std::string_view text) {
-  // A failure stays in the stream; stopSpool() reports it for the file that matters.
+  // A failure is kept in the stream; stopSpool() reports it for the file that matters.
   std::fwrite(text.data(), 1, text.size(), file);
 }
 
@@ -28,48 +28,44 @@ bool Output::stopSpool() {
 
 void Output::line(std::string_view text) {
   buffer_.assign(text).push_back('\n');
-  if (terminalOn_) put(stdout, buffer_);
+  if (settings_.terminal) put(stdout, buffer_);
   if (spool_) put(spool_.get(), buffer_);
-}
-
-void Output::startRows(const Layout& layout, std::string_view heading, std::int64_t columnWidth) {
-  layout_ = layout;
-  heading_ = heading;
-  width_ = static_cast<std::size_t>(std::min(columnWidth, layout.lineSize));
-  linesOnPage_ = 0;
 }
 
 void Output::startPage() {
   linesOnPage_ = 1;
   line();
-  if (!layout_.heading) return;
+  if (!settings_.heading) return;
   linesOnPage_ = 3;
-  rowLine(heading_);
-  rowLine(std::string(width_, '-'));
+  rowLine("HANDLE");
+  rowLine(std::string(static_cast<std::size_t>(settings_.lineSize), '-'));
 }
 
 void Output::row(std::string_view value) {
-  if (layout_.pageSize > 0 && (linesOnPage_ == 0 || linesOnPage_ >= layout_.pageSize)) startPage();
+  const auto width = static_cast<std::size_t>(settings_.lineSize);
+  const bool isFull = linesOnPage_ == 0 || linesOnPage_ >= settings_.pageSize;
+  if (settings_.pageSize > 0 && isFull) startPage();
   std::int64_t lines = 0;
   do {
-    rowLine(value.substr(0, width_));
-    value.remove_prefix(std::min(width_, value.size()));
+    rowLine(value.substr(0, width));
+    value.remove_prefix(std::min(width, value.size()));
     ++lines;
   } while (!value.empty());
-  const bool separated = layout_.separator == RecordSeparator::kEach ||
-                         (layout_.separator == RecordSeparator::kWrapped && lines > 1);
-  if (separated) rowLine("");
-  linesOnPage_ += lines + (separated ? 1 : 0);
+  linesOnPage_ += lines;
+  if (settings_.separator == RecordSeparator::kOff) return;
+  if (settings_.separator == RecordSeparator::kWrapped && lines == 1) return;
+  rowLine("");
+  ++linesOnPage_;
 }
 
 void Output::rowLine(std::string_view piece) {
-  if (terminalOn_) {
+  if (settings_.terminal) {
     buffer_.assign(piece.substr(0, piece.find_last_not_of(' ') + 1)).push_back('\n');
     put(stdout, buffer_);
   }
   if (!spool_) return;
   buffer_.assign(piece);
-  if (!layout_.trimSpool) buffer_.resize(static_cast<std::size_t>(layout_.lineSize), ' ');
+  if (!settings_.trimSpool) buffer_.resize(static_cast<std::size_t>(settings_.lineSize), ' ');
   buffer_.push_back('\n');
   put(spool_.get(), buffer_);
 }

@@ -1,16 +1,16 @@
 // session.h: a logged-on sqlplus: it takes lines and carries out what they say.
 //
 // A line is a command of the tool (SET, SPOOL, PROMPT, REMARK, EXIT, QUIT), or begins or continues
-// an SQL statement, which runs at its terminator, at a line "/", and is given up at an empty line.
-// Errors are printed as the real tool prints them; none of them ends the session.
+// an SQL statement, which runs at its terminator or at a line "/", and is given up at an empty
+// line. Errors are printed as the real tool prints them; none of them ends the session.
 #ifndef SANDBOX_SQLPLUS_SESSION_H
 #define SANDBOX_SQLPLUS_SESSION_H
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "sandbox/sqlplus/output.h"
+#include "sandbox/sqlplus/settings.h"
 #include "sandbox/sqlplus/statement.h"
 #include "sandbox/store/oracle_catalog.h"
 
@@ -18,14 +18,13 @@ namespace sandbox {
 
 class SqlSession {
  public:
-  explicit SqlSession(OracleCatalog catalog)
-      : catalog_(std::move(catalog)), kind_(catalog_.kind()) {}
+  explicit SqlSession(OracleCatalog catalog) : catalog_(std::move(catalog)) {}
 
-  // False when the line ended the session, see exitStatus().
+  // False if the line ended the session, see exitStatus().
   bool take(std::string_view line);
 
   // Takes what follows as typed by a user: SET TERMOUT OFF holds for scripts only.
-  void becomeInteractive();
+  void becomeInteractive() { settings_.terminal = true; }
 
   // Closes the spool file, as every end does.
   void finish();
@@ -33,28 +32,20 @@ class SqlSession {
   int exitStatus() const { return exitStatus_; }
 
  private:
-  friend struct SetCommands;
-
   // Commands get the rest of their line.
   bool command(std::string_view word, std::string_view rest);
-  void set(std::string_view rest);
   void spool(std::string_view rest);
-  void leave(std::string_view rest);
 
   void statementLine(std::string_view line);
-  void runBuffer();
+  void runStatement();
   void showHandles(const SelectHandles& bounds);
   void showError(const SqlError& error);
 
   OracleCatalog catalog_;
-  CatalogKind kind_;
-  Output output_;
-  Layout layout_;
-  std::int64_t feedback_ = 6;  // fewest rows to be counted in words; 0: never
-  char terminator_ = ';';
-  bool terminatorOn_ = true;
-  std::string dateFormat_{kDefaultDateFormat};
-  std::vector<std::string> buffer_;  // the statement's lines
+  Settings settings_;
+  Output output_{settings_};
+  std::string dateFormat_;  // empty until the script sets it: no literal is a date
+  std::string statement_;   // the last one, for "/"
   bool inStatement_ = false;
   int exitStatus_ = 0;
 };

@@ -50,11 +50,6 @@ std::optional<CommandLine> parseCommandLine(int argc, char** argv) {
 // after the last "@", so that the password may hold that as well.
 std::optional<Logon> parseLogon(std::string_view line) {
   line = trimmed(line);
-  for (const char* role : {" as sysdba", " as sysoper", " as sysbackup"}) {
-    const std::size_t length = std::string_view(role).size();
-    if (line.size() > length && equalIgnoringCase(line.substr(line.size() - length), role))
-      line = trimmed(line.substr(0, line.size() - length));
-  }
   const std::size_t slash = line.find('/');
   if (slash == std::string_view::npos) return std::nullopt;
   Logon logon;
@@ -84,12 +79,6 @@ std::optional<OracleCatalog> logOn(const Logon& logon) {
   return std::nullopt;
 }
 
-bool openScript(const std::string& name, std::ifstream& script) {
-  script.open(name);
-  if (!script) script.open(name + ".sql");
-  return script.is_open();
-}
-
 int refuse(const char* text) {
   std::printf("%s\n", text);
   return kFailure;
@@ -111,8 +100,8 @@ int play(std::istream& script, SqlSession& session) {
 }
 
 int run(const CommandLine& commandLine) {
-  std::ifstream script;
-  if (!openScript(commandLine.script, script))
+  std::ifstream script(commandLine.script);
+  if (!script)
     return refuse(("SP2-0310: unable to open file \"" + commandLine.script + "\"").c_str());
   std::string firstLine;
   std::getline(script, firstLine);

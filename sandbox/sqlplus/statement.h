@@ -1,27 +1,26 @@
-// statement.h: the few SQL statements that sqlplus understands here.
+// statement.h: the SQL statements that sqlplus understands here.
 //
-//   select handle from VIEW [where completion_time OPERATOR 'date' [and ...]]
+//   select handle from VIEW [where completion_time >= 'date' [and completion_time <= 'date' ...]]
 //   alter session set NLS_DATE_FORMAT = 'format'
 //
-// Words in any letter case. Everything else ends in the error that Oracle gives for it, with the
+// Words are case-insensitive. Everything else ends in the error that Oracle gives for it, with the
 // place in the statement.
 #ifndef SANDBOX_SQLPLUS_STATEMENT_H
 #define SANDBOX_SQLPLUS_STATEMENT_H
 
 #include <string>
+#include <string_view>
 #include <variant>
-#include <vector>
 
-#include "sandbox/sqlplus/oracle_date.h"
 #include "sandbox/store/dates.h"
 #include "sandbox/store/oracle_catalog.h"
 
 namespace sandbox {
 
-// A failing statement: the error and the place that it is marked at, both counted from 0.
+// A failing statement: the error, and the offset in the statement that it is marked at.
 struct SqlError {
   std::string text;
-  std::size_t line = 0, column = 0;
+  std::size_t offset = 0;
 };
 
 struct SelectHandles {
@@ -33,9 +32,9 @@ struct SetDateFormat {
   std::string format;
 };
 
-// What a statement, given in lines without its terminator, asks for. A view must be one that a
-// catalog of this kind has. Throws SqlError.
-std::variant<SelectHandles, SetDateFormat> parseStatement(const std::vector<std::string>& lines,
+// What a statement, given without its terminator, asks for. A view must be one that a catalog of
+// this kind has. Throws SqlError.
+std::variant<SelectHandles, SetDateFormat> parseStatement(std::string_view statement,
                                                           CatalogKind kind,
                                                           std::string_view dateFormat);
 

@@ -4,7 +4,7 @@
 // lists the calls that programs made, over all processes in one order. Two tables, the first in the
 // store, the second in a file beside it, `<store>-calls`:
 //
-//   fault  id          ascending: among the faults of one operation the oldest unfinished one acts
+//   fault  id          ascending: of the faults of one operation the oldest unfinished one acts
 //          operation   "vltDeleteObj"
 //          code        the code to return
 //          reason      for vltEndTxn: the reason to give
@@ -30,21 +30,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "sandbox/store/store.h"
 
 namespace sandbox {
-
-inline constexpr const char* kFaultSchema = R"(
-CREATE TABLE fault(
-  id INTEGER PRIMARY KEY AUTOINCREMENT,
-  operation TEXT NOT NULL,
-  code INTEGER NOT NULL,
-  reason INTEGER NOT NULL,
-  remaining INTEGER NOT NULL,
-  times INTEGER NOT NULL);
-)";
 
 struct Fault {
   std::int64_t id = 0;
@@ -55,21 +44,12 @@ struct Fault {
   std::int64_t times = 1;
 };
 
-struct Call {
-  std::int64_t sequence = 0, process = 0;
-  std::string operation, arguments;
-  std::int16_t code = 0;
-};
-
 // The full name ("vltEndTxn") of an operation that returns a code, given with or without "vlt" and
 // in any letter case; nothing for any other text.
 std::optional<std::string> findOperation(std::string_view name);
 
-// The path of the file that holds a store's record of calls.
-std::string callsPath(const std::string& storePath);
-
 // What one program sees of faults and recording. Has a connection of its own, so that its counting
-// and recording never take part in another transaction.
+// and recording are never part of another transaction.
 class Control {
  public:
   explicit Control(const std::string& storePath) : store_(storePath) { refresh(); }
@@ -80,20 +60,21 @@ class Control {
   // microseconds: callers do it for every operation but those that run once per object.
   void refresh();
 
-  // The fault that acts on this call, counted down; nothing when the call is to be carried out.
-  // Costs nothing when no fault is armed and the server has no latency.
+  // The fault that acts on this call, counted down; nothing if the call is to be carried out.
+  // Costs nothing while no fault is armed and the server has no latency.
   std::optional<Fault> strike(std::string_view operation);
 
   bool recording() const { return recording_; }
   void record(std::string_view operation, std::string_view arguments, std::int16_t code);
 
-  // For the administrator.
+  // For the administrator. Lists are given line by line, with tabs between the fields.
+  using ShowLine = std::function<void(std::string_view)>;
   void arm(const Fault& fault);
   void clearFaults();
-  std::vector<Fault> faults();
+  void listFaults(const ShowLine& show);
   void switchRecording(bool on);
   void clearCalls();
-  void eachCall(const std::function<void(const Call&)>& show);
+  void listCalls(const ShowLine& show);
 
  private:
   void countDown(const Fault& fault);

@@ -1,10 +1,11 @@
 // dates.cpp: moments as sortable numbers, and their texts.
 #include "sandbox/store/dates.h"
 
-#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+
+#include "sandbox/store/text.h"
 
 namespace sandbox {
 namespace {
@@ -42,9 +43,8 @@ std::optional<Stamp> parseStamp(std::string_view text) {
   if (text.size() != 10 && text.size() != kPattern.size()) return std::nullopt;
   Stamp stamp = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool isDigit = text[i] >= '0' && text[i] <= '9';
-    if (kPattern[i] == 'd' ? !isDigit : text[i] != kPattern[i]) return std::nullopt;
-    if (isDigit) stamp = stamp * 10 + (text[i] - '0');
+    if (kPattern[i] == 'd' ? !isDigit(text[i]) : text[i] != kPattern[i]) return std::nullopt;
+    if (isDigit(text[i])) stamp = stamp * 10 + (text[i] - '0');
   }
   if (text.size() == 10) stamp *= 1000000;
   if (!isRealDate(toParts(stamp))) return std::nullopt;
@@ -80,15 +80,6 @@ Stamp now() {
   // A leap second would not be a real date here: count it to the second before.
   return toStamp({local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
                   local.tm_min, local.tm_sec > 59 ? 59 : local.tm_sec});
-}
-
-std::optional<std::int64_t> parseNumber(std::string_view text, std::int64_t least,
-                                        std::int64_t most) {
-  std::int64_t value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size() || text.empty()) return std::nullopt;
-  if (value < least || value > most) return std::nullopt;
-  return value;
 }
 
 }  // namespace sandbox

@@ -38,11 +38,6 @@ Stamp stampOf(std::int64_t dayNumber, int secondOfDay);
 // The host's clock, local time.
 Stamp now();
 
-// A whole decimal number between the limits, with no blank or sign but a leading "-"; nothing for
-// any other text.
-std::optional<std::int64_t> parseNumber(std::string_view text, std::int64_t least,
-                                        std::int64_t most);
-
 }  // namespace sandbox
 
 #endif  // SANDBOX_STORE_DATES_H

@@ -1,4 +1,4 @@
-// oracle_catalog.cpp: one Oracle catalog in miniature: who may log on, and the backup pieces it knows.
+// oracle_catalog.cpp: one Oracle catalog in miniature.
 #include "sandbox/store/oracle_catalog.h"
 
 #include "sandbox/store/secrets.h"
@@ -8,14 +8,11 @@ namespace sandbox {
 namespace {
 
 constexpr std::int32_t kCatalogKind = 0x5A594C43;  // "ZYLC"
-constexpr int kCatalogVersion = 1;
+constexpr int kCatalogVersion = 2;
 
 constexpr const char* kSchema = R"(
 CREATE TABLE IF NOT EXISTS catalog(
-  username TEXT NOT NULL,
-  salt BLOB NOT NULL,
-  hash BLOB NOT NULL,
-  kind INTEGER NOT NULL);
+  username TEXT NOT NULL, password TEXT NOT NULL, kind INTEGER NOT NULL);
 CREATE TABLE IF NOT EXISTS backup_piece(handle TEXT NOT NULL, completed INTEGER NOT NULL);
 )";
 
@@ -28,27 +25,21 @@ OracleCatalog::OracleCatalog(const std::string& path) : database_(path, Database
 OracleCatalog OracleCatalog::create(const std::string& path, const std::string& user,
                                     const std::string& password, CatalogKind kind) {
   OracleCatalog catalog(Database(path, Database::Mode::kCreate));
-  {
-    WriteTransaction owner(catalog.database_);
-    catalog.database_.execute(kSchema);
-    catalog.database_.execute("DELETE FROM catalog");
-    const PasswordHash kept = hashPassword(password);
-    catalog.database_.prepare("INSERT INTO catalog(username,salt,hash,kind) VALUES(?,?,?,?)")
-        .bind(1, user)
-        .bindBlob(2, kept.salt)
-        .bindBlob(3, kept.hash)
-        .bind(4, static_cast<std::int64_t>(kind))
-        .run();
-    owner.commit();
-  }
+  WriteTransaction owner(catalog.database_);
+  catalog.database_.execute(kSchema);
+  catalog.database_.execute("DELETE FROM catalog");
+  catalog.database_.prepare("INSERT INTO catalog(username,password,kind) VALUES(?,?,?)")
+      .bindAll(user, digestOf(password), static_cast<int>(kind))
+      .run();
+  owner.commit();
   markKind(catalog.database_, kCatalogKind, kCatalogVersion);
   return catalog;
 }
 
 bool OracleCatalog::accepts(std::string_view user, std::string_view password) {
-  Statement query = database_.prepare("SELECT username,salt,hash FROM catalog");
-  if (!query.step() || !equalIgnoringCase(query.text(0), user)) return false;
-  return passwordMatches({std::string(query.text(1)), std::string(query.text(2))}, password);
+  Statement owner = database_.prepare("SELECT username,password FROM catalog");
+  return owner.step() && equalIgnoringCase(owner.text(0), user) &&
+         owner.text(1) == digestOf(password);
 }
 
 CatalogKind OracleCatalog::kind() {
@@ -60,13 +51,13 @@ PieceWriter::PieceWriter(OracleCatalog& catalog)
           catalog.database().prepare("INSERT INTO backup_piece(handle,completed) VALUES(?,?)")) {}
 
 void PieceWriter::add(std::string_view handle, Stamp completed) {
-  insert_.bind(1, handle).bind(2, completed).run();
+  insert_.bindAll(handle, completed).run();
 }
 
 PieceReader::PieceReader(OracleCatalog& catalog, Stamp earliest, Stamp latest)
     : select_(catalog.database().prepare("SELECT handle,completed FROM backup_piece "
                                          "WHERE completed>=? AND completed<=? ORDER BY rowid")) {
-  select_.bind(1, earliest).bind(2, latest);
+  select_.bindAll(earliest, latest);
 }
 
 }  // namespace sandbox

@@ -1,15 +1,16 @@
-// oracle_catalog.h: one Oracle catalog in miniature: who may log on, and the backup pieces it knows.
+// oracle_catalog.h: one Oracle catalog in miniature: who may log on, and the backup pieces it
+// knows.
 //
 // One SQLite file a catalog:
 //
-//   catalog       username    compared without letter case
-//                 salt, hash  of the password
-//                 kind        1 recovery catalog, 2 target database (its control file), 3 both
+//   catalog       username  compared without letter case
+//                 password  its digest, see secrets.h
+//                 kind      1 recovery catalog, 2 target database (its control file), 3 both
 //   backup_piece  handle
-//                 completed   YYYYMMDDhhmmss
+//                 completed YYYYMMDDhhmmss
 //
 // A recovery catalog shows its pieces in the view rc_backup_piece, a target database in
-// v$backup_piece. The same handle may stand in it more than once, as in a real catalog.
+// v$backup_piece. The same handle may be in it more than once, as in a real catalog.
 #ifndef SANDBOX_STORE_ORACLE_CATALOG_H
 #define SANDBOX_STORE_ORACLE_CATALOG_H
 
@@ -27,12 +28,12 @@ enum class CatalogKind { kRecovery = 1, kTarget = 2, kBoth = 3 };
 // Longest handle, as in the views that it imitates.
 inline constexpr std::size_t kMaxHandle = 1024;
 
-// A connection to a catalog. Every operation throws StoreError when the file fails.
+// A connection to a catalog. Every operation throws StoreError if the file fails.
 class OracleCatalog {
  public:
   // An existing catalog.
   explicit OracleCatalog(const std::string& path);
-  // Makes the catalog, or gives an existing one a new user, password and kind; its pieces stay.
+  // Makes the catalog, or gives an existing one a new user, password and kind and keeps its pieces.
   static OracleCatalog create(const std::string& path, const std::string& user,
                               const std::string& password, CatalogKind kind);
 

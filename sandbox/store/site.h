@@ -9,33 +9,32 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace sandbox {
 
-// $SANDBOX_HOME; empty when the variable is not set.
+// $SANDBOX_HOME; empty if the variable is not set.
 std::string siteDirectory();
 
 // $SANDBOX_HOME/store.db; empty without the variable.
 std::string defaultStorePath();
 
-// The directory of generated passwords that goes with a store: $SANDBOX_HOME/passwords, and without
+// The directory of generated passwords of a store: $SANDBOX_HOME/passwords, and without
 // the variable the store's own directory.
 std::string defaultPasswordDirectory(const std::string& storePath);
 
 std::string catalogDirectory();
 
-// The name of the catalog that an empty connect identifier reaches.
+// The catalog that an empty connect identifier reaches.
 inline constexpr std::string_view kDefaultCatalog = "default";
 
 // A name that can be a file's name: not empty, no "/", no "." in front.
 bool isCatalogName(std::string_view name);
 
-// The file of an existing catalog, letter case ignored as in a connect identifier; nothing when
+// The file of an existing catalog, letter case ignored as in a connect identifier; nothing if
 // there is none.
 std::optional<std::string> findCatalog(std::string_view name);
 
-// Where a new catalog of this name belongs.
+// Where a new catalog of this name is made.
 std::string newCatalogPath(std::string_view name);
 
 }  // namespace sandbox

@@ -21,15 +21,9 @@ Statement& Statement::bind(int parameter, std::int64_t value) {
 }
 
 Statement& Statement::bind(int parameter, std::string_view text) {
-  // A view without memory behind it would be bound as NULL; an empty text is meant.
+  // A view without memory would be bound as NULL; an empty text is meant.
   const char* data = text.data() != nullptr ? text.data() : "";
   check(sqlite3_bind_text(handle_.get(), parameter, data, static_cast<int>(text.size()),
-                          SQLITE_TRANSIENT));
-  return *this;
-}
-
-Statement& Statement::bindBlob(int parameter, std::string_view bytes) {
-  check(sqlite3_bind_blob(handle_.get(), parameter, bytes.data(), static_cast<int>(bytes.size()),
                           SQLITE_TRANSIENT));
   return *this;
 }

@@ -1,12 +1,12 @@
 // sqlite.h: owners for SQLite's database and statement handles.
 //
 // Thin on purpose: a Database is a connection, a Statement one prepared text, a WriteTransaction a
-// write lock with an end. Every failure is a StoreError; there are no codes to forget. One
-// connection, with its statements, belongs to one thread at a time. A statement that is being
+// write lock with an end. Every failure is a StoreError. One connection, with its statements,
+// belongs to one thread at a time. A statement that is being
 // stepped holds a snapshot of the data: what others commit meanwhile does not show in its rows.
 //
-// Not for callers outside the sandbox, and no general SQLite binding: only the types that the
-// sandbox's tables hold (64-bit integers, texts, blobs as texts) have accessors.
+// No general SQLite binding: only the types that the
+// sandbox's tables hold (64-bit integers and texts) have accessors.
 #ifndef SANDBOX_STORE_SQLITE_H
 #define SANDBOX_STORE_SQLITE_H
 
@@ -35,14 +35,19 @@ class Statement {
   Statement& bind(int parameter, std::int64_t value);
   // The bytes are copied: `text` need not outlive the call.
   Statement& bind(int parameter, std::string_view text);
-  // As text, but stored as bytes: nothing is assumed about their encoding.
-  Statement& bindBlob(int parameter, std::string_view bytes);
+  // The values for parameters 1, 2, ... in order.
+  template <typename... Values>
+  Statement& bindAll(const Values&... values) {
+    int parameter = 0;
+    (bind(++parameter, values), ...);
+    return *this;
+  }
 
   // True: a row is there, see the accessors. False: no further row.
   bool step();
   // Runs a statement that yields no rows and makes it ready for the next run.
   void run();
-  // Ends a read before its last row and gives up its snapshot; the bindings stay.
+  // Ends a read before its last row and gives up its snapshot; the bindings are kept.
   void reset();
 
   std::int64_t integer(int column) const;

@@ -4,38 +4,28 @@
 #include <cstdio>
 
 #include "api/vltlib.h"
-#include "sandbox/store/control.h"
+#include "sandbox/store/secrets.h"
 #include "sandbox/store/text.h"
 
 namespace sandbox {
 namespace {
 
 constexpr std::int32_t kStoreKind = 0x5A594C53;  // "ZYLS"
-constexpr int kStoreVersion = 1;
+constexpr int kStoreVersion = 2;
 
 constexpr const char* kSchema = R"(
 CREATE TABLE setting(name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
 CREATE TABLE node(
-  id INTEGER PRIMARY KEY,
-  name TEXT NOT NULL UNIQUE,
-  salt BLOB NOT NULL,
-  hash BLOB NOT NULL,
-  expired INTEGER NOT NULL,
-  mayDelete INTEGER NOT NULL);
+  id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE, password TEXT NOT NULL,
+  expired INTEGER NOT NULL, mayDelete INTEGER NOT NULL);
 CREATE TABLE object(
-  id INTEGER PRIMARY KEY AUTOINCREMENT,
-  node INTEGER NOT NULL REFERENCES node(id),
-  state INTEGER NOT NULL,
-  owner TEXT NOT NULL,
-  fs TEXT NOT NULL,
-  hl TEXT NOT NULL,
-  ll TEXT NOT NULL,
-  inserted INTEGER NOT NULL,
-  size INTEGER NOT NULL,
-  compressed INTEGER NOT NULL,
-  encryption INTEGER NOT NULL,
-  deduplicated INTEGER NOT NULL,
-  unknown INTEGER NOT NULL);
+  id INTEGER PRIMARY KEY AUTOINCREMENT, node INTEGER NOT NULL REFERENCES node(id),
+  state INTEGER NOT NULL, owner TEXT NOT NULL, fs TEXT NOT NULL, hl TEXT NOT NULL, ll TEXT NOT NULL,
+  inserted INTEGER NOT NULL, size INTEGER NOT NULL, compressed INTEGER NOT NULL,
+  encryption INTEGER NOT NULL, deduplicated INTEGER NOT NULL, unknown INTEGER NOT NULL);
+CREATE TABLE fault(
+  id INTEGER PRIMARY KEY AUTOINCREMENT, operation TEXT NOT NULL, code INTEGER NOT NULL,
+  reason INTEGER NOT NULL, remaining INTEGER NOT NULL, times INTEGER NOT NULL);
 )";
 
 void removeDatabase(const std::string& path) {
@@ -67,6 +57,8 @@ std::string objectNameFault(const Object& object) {
   return fault;
 }
 
+std::string callsPath(const std::string& storePath) { return storePath + "-calls"; }
+
 Store::Store(const std::string& path) : Store(path, Database(path, Database::Mode::kExisting)) {
   requireKind(database_, kStoreKind, kStoreVersion, path_, "a store");
 }
@@ -78,68 +70,51 @@ Store Store::create(const std::string& path, std::int64_t firstId) {
   removeDatabase(path);
   removeDatabase(callsPath(path));
   Store store(path, Database(path, Database::Mode::kCreate));
-  // The kind goes in last: a process that is killed here leaves no half-made store.
+  // The kind is written last: a process that is killed here leaves no half-made store.
   WriteTransaction schema(store.database_);
   store.database_.execute(kSchema);
-  store.database_.execute(kFaultSchema);
   store.database_.prepare("INSERT INTO sqlite_sequence(name,seq) VALUES('object',?)")
-      .bind(1, firstId - 1)
+      .bindAll(firstId - 1)
       .run();
   schema.commit();
   store.changeSetting("maxObjPerTxn", kDefaultMaxObjPerTxn);
-  store.changeSetting("recordCalls", 0);
   markKind(store.database_, kStoreKind, kStoreVersion);
   return store;
 }
 
 std::optional<Node> Store::findNode(std::string_view name) {
   Statement query =
-      database_.prepare("SELECT id,name,salt,hash,expired,mayDelete FROM node WHERE name=?");
-  query.bind(1, upperCase(name));
-  if (!query.step()) return std::nullopt;
-  Node node;
-  node.id = query.integer(0);
-  node.name = query.text(1);
-  node.password = {std::string(query.text(2)), std::string(query.text(3))};
-  node.expired = query.integer(4) != 0;
-  node.mayDelete = query.integer(5) != 0;
-  return node;
+      database_.prepare("SELECT id,name,password,expired,mayDelete FROM node WHERE name=?");
+  if (!query.bindAll(upperCase(name)).step()) return std::nullopt;
+  return Node{query.integer(0), std::string(query.text(1)), std::string(query.text(2)),
+              query.integer(3) != 0, query.integer(4) != 0};
 }
 
 void Store::saveNode(const Node& node) {
   database_
       .prepare(
-          "INSERT INTO node(name,salt,hash,expired,mayDelete) VALUES(?,?,?,?,?) "
-          "ON CONFLICT(name) DO UPDATE SET salt=excluded.salt, hash=excluded.hash, "
-          "expired=excluded.expired, mayDelete=excluded.mayDelete")
-      .bind(1, upperCase(node.name))
-      .bindBlob(2, node.password.salt)
-      .bindBlob(3, node.password.hash)
-      .bind(4, std::int64_t{node.expired})
-      .bind(5, std::int64_t{node.mayDelete})
+          "INSERT INTO node(name,password,expired,mayDelete) VALUES(?,?,?,?) "
+          "ON CONFLICT(name) DO UPDATE SET password=excluded.password, expired=excluded.expired, "
+          "mayDelete=excluded.mayDelete")
+      .bindAll(upperCase(node.name), node.password, node.expired, node.mayDelete)
       .run();
 }
 
 void Store::setPassword(std::int64_t node, std::string_view password) {
-  const PasswordHash kept = hashPassword(password);
-  database_.prepare("UPDATE node SET salt=?, hash=?, expired=0 WHERE id=?")
-      .bindBlob(1, kept.salt)
-      .bindBlob(2, kept.hash)
-      .bind(3, node)
+  database_.prepare("UPDATE node SET password=?, expired=0 WHERE id=?")
+      .bindAll(digestOf(password), node)
       .run();
   if (database_.changes() != 1) throw StoreError("the node is gone");
 }
 
 std::int64_t Store::setting(std::string_view name) {
   Statement query = database_.prepare("SELECT value FROM setting WHERE name=?");
-  query.bind(1, name);
-  return query.step() ? query.integer(0) : 0;
+  return query.bindAll(name).step() ? query.integer(0) : 0;
 }
 
 void Store::changeSetting(std::string_view name, std::int64_t value) {
   database_.prepare("INSERT OR REPLACE INTO setting(name,value) VALUES(?,?)")
-      .bind(1, name)
-      .bind(2, value)
+      .bindAll(name, value)
       .run();
 }
 
@@ -150,18 +125,10 @@ ObjectWriter::ObjectWriter(Store& store)
           "deduplicated,unknown) VALUES(?,?,?,?,?,?,?,?,?,?,?,?)")) {}
 
 std::int64_t ObjectWriter::add(const Object& object) {
-  insert_.bind(1, object.node)
-      .bind(2, std::int64_t{object.state})
-      .bind(3, object.owner)
-      .bind(4, object.fileSpace)
-      .bind(5, object.highLevel)
-      .bind(6, object.lowLevel)
-      .bind(7, object.inserted)
-      .bind(8, object.size)
-      .bind(9, std::int64_t{object.compressed})
-      .bind(10, std::int64_t{object.encryption})
-      .bind(11, std::int64_t{object.deduplicated})
-      .bind(12, std::int64_t{object.unknownFormat})
+  insert_
+      .bindAll(object.node, object.state, object.owner, object.fileSpace, object.highLevel,
+               object.lowLevel, object.inserted, object.size, object.compressed, object.encryption,
+               object.deduplicated, object.unknownFormat)
       .run();
   return store_.database().lastInsertId();
 }

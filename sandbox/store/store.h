@@ -1,14 +1,14 @@
 // store.h: the storage server's data: nodes, backup objects, limits.
 //
 // One SQLite file in write-ahead mode. Several processes may work on it at once; a process that is
-// killed leaves what it had committed. The tables, drawn once:
+// killed leaves what it had committed. Its tables:
 //
 //   setting  name        'maxObjPerTxn' (0: no limit), 'recordCalls' (0 or 1),
 //                        'latency' (milliseconds a call)
 //            value
 //   node     id
 //            name        in capitals, unique
-//            salt, hash  of its password
+//            password    its digest, see secrets.h
 //            expired     1: logon succeeds, but only a new password is accepted
 //            mayDelete   1: may delete its backup objects
 //   object   id          ascending in the order of insertion, never used twice
@@ -20,7 +20,7 @@
 //            size        bytes
 //            compressed, encryption (4 DES 56, 8 AES 128, 16 AES 256, 0 none), deduplicated
 //            unknown     1: the client library cannot show this one
-//   fault    see control.h
+//   fault    see control.h, which also has the file `<store>-calls`
 //
 // Objects have no index but their identifier: a query goes through the table in the order of
 // identifiers, which is the order that callers see, and needs no sort and no second look-up.
@@ -33,7 +33,6 @@
 #include <string_view>
 
 #include "sandbox/store/dates.h"
-#include "sandbox/store/secrets.h"
 #include "sandbox/store/sqlite.h"
 
 namespace sandbox {
@@ -41,7 +40,7 @@ namespace sandbox {
 struct Node {
   std::int64_t id = 0;
   std::string name;
-  PasswordHash password;
+  std::string password;  // its digest
   bool expired = false;
   bool mayDelete = true;
 };
@@ -59,18 +58,21 @@ struct Object {
   bool unknownFormat = false;
 };
 
-// What makes the names of an object invalid, as a sentence; empty when they are valid. The lengths
+// What makes the names of an object invalid, as a sentence; empty if they are valid. The lengths
 // and the leading "/" are those of the client library's interface.
 std::string objectNameFault(const Object& object);
 
 inline constexpr std::int64_t kDefaultMaxObjPerTxn = 500;
 
-// A connection to a store. Every operation throws StoreError when the file fails.
+// The path of the file that holds a store's record of calls.
+std::string callsPath(const std::string& storePath);
+
+// A connection to a store. Every operation throws StoreError if the file fails.
 class Store {
  public:
   // An existing store.
   explicit Store(const std::string& path);
-  // A new, empty store in place of whatever was at the path. The first object gets `firstId`.
+  // A new, empty store; what was at the path is removed. The first object gets `firstId`.
   static Store create(const std::string& path, std::int64_t firstId);
 
   const std::string& path() const { return path_; }

@@ -1,62 +1,25 @@
-// text.cpp: how names are compared: letter case, wildcards, cut names.
+// text.cpp: small services for texts: letter case, fields, blanks, numbers.
 #include "sandbox/store/text.h"
 
 #include <algorithm>
+#include <charconv>
 
 namespace sandbox {
 namespace {
 
 char upperCase(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
-// Bytes of the character that begins at `position`; 1 where no valid UTF-8 begins.
-std::size_t characterLength(std::string_view text, std::size_t position) {
-  std::size_t length = 1;
-  if ((static_cast<unsigned char>(text[position]) & 0xC0) != 0xC0) return length;
-  while (position + length < text.size() && length < 4 &&
-         (static_cast<unsigned char>(text[position + length]) & 0xC0) == 0x80)
-    ++length;
-  return length;
-}
-
 }  // namespace
 
 std::string upperCase(std::string_view text) {
   std::string result(text);
-  std::transform(result.begin(), result.end(), result.begin(), [](char c) { return upperCase(c); });
+  std::ranges::transform(result, result.begin(), [](char c) { return upperCase(c); });
   return result;
 }
 
 bool equalIgnoringCase(std::string_view left, std::string_view right) {
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [](char a, char b) { return upperCase(a) == upperCase(b); });
-}
-
-bool wildcardMatches(std::string_view pattern, std::string_view text) {
-  // Only the last "*" ever has to be tried again with a longer text: what stands before it is
-  // matched as early as possible, so a later match of it would leave no more to choose from.
-  std::size_t p = 0, t = 0;
-  std::size_t star = std::string_view::npos, starText = 0;
-  while (t < text.size()) {
-    if (p < pattern.size() && pattern[p] == '*') {
-      star = p++;
-      starText = t;
-      if (p == pattern.size()) return true;
-    } else if (p < pattern.size() && pattern[p] == '?') {
-      ++p;
-      t += characterLength(text, t);
-    } else if (p < pattern.size() && pattern[p] == text[t]) {
-      ++p;
-      ++t;
-    } else if (star != std::string_view::npos) {
-      p = star + 1;
-      starText += characterLength(text, starText);
-      t = starText;
-    } else {
-      return false;
-    }
-  }
-  while (p < pattern.size() && pattern[p] == '*') ++p;
-  return p == pattern.size();
+  return std::ranges::equal(left, right,
+                            [](char a, char b) { return upperCase(a) == upperCase(b); });
 }
 
 std::vector<std::string_view> split(std::string_view text, char separator) {
@@ -71,9 +34,17 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
 
 std::string_view trimmed(std::string_view text) {
   static constexpr std::string_view kBlanks = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+std::optional<std::int64_t> parseNumber(std::string_view text, std::int64_t least,
+                                        std::int64_t most) {
+  std::int64_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  if (value < least || value > most) return std::nullopt;
+  return value;
 }
 
 }  // namespace sandbox

@@ -1,27 +1,31 @@
-// text.h: how names are compared: letter case, wildcards, cut names.
+// text.h: small services for texts: letter case, fields, blanks, numbers.
 #ifndef SANDBOX_STORE_TEXT_H
 #define SANDBOX_STORE_TEXT_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace sandbox {
 
-// ASCII letters made capitals; every other byte stays. Node names are stored this way.
+inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+// ASCII letters made capitals; every other byte is kept. Node names are stored this way.
 std::string upperCase(std::string_view text);
 bool equalIgnoringCase(std::string_view left, std::string_view right);
-
-// True when `pattern` covers the whole of `text`: "*" stands for any text, also none, "?" for one
-// character (a whole one in UTF-8), everything else for itself, letter case included. Takes time
-// in proportion to both lengths multiplied, whatever the pattern.
-bool wildcardMatches(std::string_view pattern, std::string_view text);
 
 // The fields between the separators; an empty text has one empty field.
 std::vector<std::string_view> split(std::string_view text, char separator);
 
 // Without the blanks, tabs and line ends at both ends.
 std::string_view trimmed(std::string_view text);
+
+// A whole decimal number between the limits, without blanks or a plus sign; nothing for any other
+// text.
+std::optional<std::int64_t> parseNumber(std::string_view text, std::int64_t least,
+                                        std::int64_t most);
 
 }  // namespace sandbox
 

@@ -5,18 +5,17 @@
 // The script has one step a line: `expect TEXT` waits for the text on the terminal, `send TEXT`
 // types it and presses Enter, `secret TEXT` does so once the program has switched the echo off;
 // lines that are empty or begin with "#" are comments. TEXT is the rest of the line after one
-// blank, as it stands. After the last step the program may run on to its end.
+// blank, as it is. After the last step the program may run on to its end.
 //
-// A cleared screen shows as a rule. Exit status: the command's; 99 when a step does not come true,
-// 98 when the command or the script cannot be started or read.
+// A cleared screen shows as a rule. Exit status: the command's; 99 if a step does not come true, 98
+// if the command line or the script is not understood.
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
-#include <optional>
-#include <system_error>
+#include <stdexcept>
 
+#include "sandbox/store/text.h"
 #include "sandbox/tools/terminal.h"
 
 namespace {
@@ -24,9 +23,11 @@ namespace {
 using sandbox::Terminal;
 
 constexpr int kStepFailed = 99;
-constexpr int kCannotStart = 98;
+constexpr int kNotUnderstood = 98;
+constexpr const char* kUsage =
+    "usage: playsession [--rows R] [--cols C] [--timeout S] SCRIPT -- COMMAND [ARGUMENT...]";
 
-struct Settings {
+struct Session {
   sandbox::TerminalSettings terminal;
   Terminal::Timeout timeout{20'000};
   std::string script;
@@ -34,12 +35,11 @@ struct Settings {
 };
 
 struct Step {
-  enum class Kind { kExpect, kSend, kSecret } kind;
-  std::string text;
+  std::string verb, text;
   int line;
 };
 
-// Turns terminal output into plain lines: carriage returns and escape sequences are dropped, but
+// Turns terminal output into plain lines: carriage returns and escape sequences are dropped, except
 // for a cleared screen, which becomes a rule. Keeps a sequence that is cut in two for the next
 // time.
 class ScreenCopy {
@@ -53,7 +53,7 @@ class ScreenCopy {
   void take(char c) {
     if (!sequence_.empty()) {
       sequence_ += c;
-      // "ESC [" goes on to a letter and "ESC (" has one character more; others end here.
+      // "ESC [" runs up to a letter and "ESC (" has one character more; others end here.
       const bool isFinal = sequence_.size() == 2
                                ? c != '[' && c != '('
                                : c >= '0' && c <= '~' && (sequence_[1] == '(' || c >= '@');
@@ -68,8 +68,7 @@ class ScreenCopy {
 
   void finishSequence() {
     if (sequence_ == "\033[2J" || (sequence_ == "\033[J" && last_ == "\033[H")) {
-      if (!atLineStart_) std::cout << '\n';
-      std::cout << std::string(72, '-') << '\n';
+      std::cout << (atLineStart_ ? "" : "\n") << std::string(72, '-') << '\n';
       atLineStart_ = true;
     }
     last_.swap(sequence_);
@@ -80,87 +79,65 @@ class ScreenCopy {
   bool atLineStart_ = true;
 };
 
-std::optional<unsigned short> smallNumber(const std::string& text) {
-  char* end = nullptr;
-  const long value = std::strtol(text.c_str(), &end, 10);
-  if (text.empty() || *end != '\0' || value < 1 || value > 10000) return std::nullopt;
-  return static_cast<unsigned short>(value);
-}
-
-std::optional<Settings> parseArguments(const std::vector<std::string>& words) {
-  Settings settings;
+// Throws std::runtime_error for a command line that is not understood.
+Session parseArguments(const std::vector<std::string>& words) {
+  Session session;
   std::size_t i = 0;
-  for (; i + 1 < words.size() && words[i].starts_with("--") && words[i] != "--"; i += 2) {
-    const auto value = smallNumber(words[i + 1]);
-    if (!value) return std::nullopt;
-    if (words[i] == "--rows")
-      settings.terminal.rows = *value;
-    else if (words[i] == "--cols")
-      settings.terminal.columns = *value;
-    else if (words[i] == "--timeout")
-      settings.timeout = std::chrono::seconds(*value);
-    else
-      return std::nullopt;
+  for (; i + 1 < words.size() && words[i].starts_with("--"); i += 2) {
+    const auto value = sandbox::parseNumber(words[i + 1], 1, 10000);
+    if (!value) throw std::runtime_error(kUsage);
+    if (words[i] == "--rows") {
+      session.terminal.rows = static_cast<unsigned short>(*value);
+    } else if (words[i] == "--cols") {
+      session.terminal.columns = static_cast<unsigned short>(*value);
+    } else if (words[i] == "--timeout") {
+      session.timeout = std::chrono::seconds(*value);
+    } else {
+      throw std::runtime_error(kUsage);
+    }
   }
-  if (i + 2 >= words.size() || words[i + 1] != "--") return std::nullopt;
-  settings.script = words[i];
-  settings.command.assign(words.begin() + static_cast<std::ptrdiff_t>(i) + 2, words.end());
-  // Programs clear the screen in their terminal type's way; of this one ScreenCopy knows it.
-  settings.terminal.environment["TERM"] = "xterm";
-  return settings;
+  if (i + 2 >= words.size() || words[i + 1] != "--") throw std::runtime_error(kUsage);
+  session.script = words[i];
+  session.command.assign(words.begin() + static_cast<std::ptrdiff_t>(i) + 2, words.end());
+  // Programs clear the screen in their terminal type's way; ScreenCopy knows this one's.
+  session.terminal.environment["TERM"] = "xterm";
+  return session;
 }
 
-std::optional<Step> parseStep(const std::string& line, int number) {
-  const std::size_t blank = line.find(' ');
-  const std::string word = line.substr(0, blank);
-  const std::string text = blank == std::string::npos ? "" : line.substr(blank + 1);
-  if (word == "expect" && !text.empty()) return Step{Step::Kind::kExpect, text, number};
-  if (word == "send") return Step{Step::Kind::kSend, text, number};
-  if (word == "secret") return Step{Step::Kind::kSecret, text, number};
-  return std::nullopt;
-}
-
-// Nothing, with a line on standard error, when the script cannot be read or understood.
-std::optional<std::vector<Step>> readScript(const std::string& path) {
+// Throws std::runtime_error for a script that cannot be read or is not understood.
+std::vector<Step> readScript(const std::string& path) {
   std::ifstream file(path);
   std::vector<Step> steps;
   std::string line;
   for (int number = 1; std::getline(file, line); ++number) {
     if (line.empty() || line.front() == '#') continue;
-    const std::optional<Step> step = parseStep(line, number);
-    if (!step) {
-      std::cerr << "playsession: " << path << ", line " << number
-                << ": not expect, send or secret\n";
-      return std::nullopt;
+    const std::size_t blank = std::min(line.find(' '), line.size());
+    const Step step{line.substr(0, blank), line.substr(std::min(blank + 1, line.size())), number};
+    const bool isKnown = step.verb == "expect" || step.verb == "send" || step.verb == "secret";
+    if (!isKnown) {
+      throw std::runtime_error(path + ", line " + std::to_string(number) +
+                               ": not expect, send or secret");
     }
-    steps.push_back(*step);
+    steps.push_back(step);
   }
-  if (file.eof()) return steps;
-  std::cerr << "playsession: " << path << " cannot be read\n";
-  return std::nullopt;
+  if (!file.eof()) throw std::runtime_error(path + " cannot be read");
+  return steps;
 }
 
-bool play(const Step& step, Terminal& terminal, Terminal::Timeout timeout) {
-  switch (step.kind) {
-    case Step::Kind::kExpect:
-      return terminal.expect(step.text, timeout);
-    case Step::Kind::kSecret:
-      return terminal.expectEchoOff(timeout) && terminal.send(step.text + "\n");
-    case Step::Kind::kSend:
-      break;
+// Why the step did not come true; empty if it did.
+std::string play(const Step& step, Terminal& terminal, Terminal::Timeout timeout) {
+  if (step.verb == "expect") {
+    return terminal.expect(step.text, timeout) ? "" : "\"" + step.text + "\" did not appear";
   }
-  return terminal.send(step.text + "\n");
+  if (step.verb == "secret" && !terminal.expectEchoOff(timeout)) {
+    return "the echo was still on, nothing was typed";
+  }
+  return terminal.send(step.text + "\n") ? "" : "the program takes no more input";
 }
 
-std::string failureText(const Step& step) {
-  const std::string line = ", script line " + std::to_string(step.line);
-  if (step.kind == Step::Kind::kExpect) return "\"" + step.text + "\" did not appear" + line;
-  if (step.kind == Step::Kind::kSecret) return "the echo stayed on, nothing was typed" + line;
-  return "the program takes no more input" + line;
-}
-
-int run(const Settings& settings, const std::vector<Step>& steps) {
-  Terminal terminal(settings.command, settings.terminal);
+int run(const Session& session) {
+  const std::vector<Step> steps = readScript(session.script);
+  Terminal terminal(session.command, session.terminal);
   ScreenCopy screen;
   std::size_t shown = 0;
   const auto showNews = [&] {
@@ -168,13 +145,13 @@ int run(const Settings& settings, const std::vector<Step>& steps) {
     shown = terminal.transcript().size();
   };
   for (const Step& step : steps) {
-    const bool good = play(step, terminal, settings.timeout);
+    const std::string fault = play(step, terminal, session.timeout);
     showNews();
-    if (good) continue;
-    std::cerr << "\nplaysession: " << failureText(step) << "\n";
+    if (fault.empty()) continue;
+    std::cerr << "\nplaysession: " << fault << ", script line " << step.line << "\n";
     return kStepFailed;
   }
-  const std::optional<int> status = terminal.wait(settings.timeout);
+  const std::optional<int> status = terminal.wait(session.timeout);
   showNews();
   if (status) return *status;
   std::cerr << "\nplaysession: the program did not end after the last step\n";
@@ -184,18 +161,10 @@ int run(const Settings& settings, const std::vector<Step>& steps) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto settings = parseArguments(std::vector<std::string>(argv + 1, argv + argc));
-  if (!settings) {
-    std::cerr << "Usage: playsession [--rows R] [--cols C] [--timeout S] SCRIPT -- COMMAND "
-                 "[ARGUMENT...]\n";
-    return kCannotStart;
-  }
-  const auto steps = readScript(settings->script);
-  if (!steps) return kCannotStart;
   try {
-    return run(*settings, *steps);
-  } catch (const std::system_error& error) {
+    return run(parseArguments(std::vector<std::string>(argv + 1, argv + argc)));
+  } catch (const std::exception& error) {
     std::cerr << "playsession: " << error.what() << "\n";
-    return kCannotStart;
+    return kNotUnderstood;
   }
 }

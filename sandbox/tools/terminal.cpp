@@ -3,8 +3,8 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <pty.h>
 #include <signal.h>
-#include <stdlib.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <termios.h>
@@ -12,131 +12,52 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <system_error>
 #include <utility>
 
 namespace sandbox {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+using Timeout = Terminal::Timeout;
+
 // How long one wait lasts at most: output wakes it at once, an ended program within this time.
-constexpr std::chrono::milliseconds kSlice{10};
+constexpr Timeout kSlice{10};
 
-// How long the output of an ended program may still be on its way.
-constexpr std::chrono::milliseconds kGrace{50};
+// How long the output of an ended program may still be on its way. Its end cannot be waited for:
+// the program may have left the terminal open in a process that outlives it.
+constexpr Timeout kGrace{50};
 
-[[noreturn]] void failWith(int error, const std::string& what) {
-  throw std::system_error(error, std::generic_category(), what);
-}
-
-// A file descriptor that is closed unless released.
-class Descriptor {
- public:
-  explicit Descriptor(int number, const char* what) : number_(number) {
-    if (number_ < 0) failWith(errno, what);
-  }
-  ~Descriptor() {
-    if (number_ >= 0) close(number_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  int get() const { return number_; }
-  int release() { return std::exchange(number_, -1); }
-
- private:
-  int number_;
-};
-
-std::vector<std::string> environmentOf(const TerminalSettings& settings) {
-  std::vector<std::string> result;
-  for (char** entry = environ; *entry != nullptr; ++entry) {
-    const std::string text = *entry;
-    const std::string name = text.substr(0, text.find('='));
-    if (settings.environment.contains(name)) continue;
-    if (std::ranges::find(settings.unset, name) == settings.unset.end()) result.push_back(text);
-  }
-  for (const auto& [name, value] : settings.environment) {
-    result.push_back(name);
-    result.back().append("=").append(value);
-  }
-  return result;
-}
-
-// The null-terminated array that exec wants; it points into `texts`.
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  pointers.reserve(texts.size() + 1);
-  for (std::string& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
-winsize sizeOf(unsigned short rows, unsigned short columns) { return {rows, columns, 0, 0}; }
-
-}  // namespace
-
-Terminal::Terminal(const std::vector<std::string>& command, const TerminalSettings& settings) {
-  if (command.empty()) failWith(EINVAL, "no program to run");
-  Descriptor master(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC), "pseudo-terminal");
-  char device[128];
-  if (grantpt(master.get()) != 0 || unlockpt(master.get()) != 0 ||
-      ptsname_r(master.get(), device, sizeof device) != 0)
-    failWith(errno, "pseudo-terminal");
-  fcntl(master.get(), F_SETFL, O_NONBLOCK);
-  const winsize size = sizeOf(settings.rows, settings.columns);
-  ioctl(master.get(), TIOCSWINSZ, &size);
-  startChild(device, command, settings);
-  master_ = master.release();
-}
-
-void Terminal::startChild(const std::string& device, const std::vector<std::string>& command,
-                          const TerminalSettings& settings) {
-  // Everything that allocates is done before the fork; after it only the child's own calls are
-  // safe.
-  std::vector<std::string> words = command, variables = environmentOf(settings);
-  const std::vector<char*> arguments = pointersTo(words), environment = pointersTo(variables);
-  // Opened here, not by the child: a master whose other side was never open cannot be told from one
-  // whose program has ended.
-  const Descriptor terminal(open(device.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), "terminal");
-  int pipeEnds[2];
-  if (pipe2(pipeEnds, O_CLOEXEC) != 0) failWith(errno, "pipe");
-  const Descriptor report(pipeEnds[0], "pipe");
-  Descriptor reportEnd(pipeEnds[1], "pipe");
-  child_ = fork();
-  if (child_ < 0) failWith(errno, "fork");
-  if (child_ == 0)
-    runChild(terminal.get(), reportEnd.get(), arguments, environment,
-             settings.directory.empty() ? nullptr : settings.directory.c_str());
-  close(reportEnd.release());
-  // The pipe closes when the program starts; a failing child writes its error first.
-  int error = 0;
-  ssize_t got = 0;
-  do {
-    got = read(report.get(), &error, sizeof error);
-  } while (got < 0 && errno == EINTR);
-  if (got == 0) return;
-  waitpid(child_, nullptr, 0);
-  failWith(error, command.front());
-}
-
-void Terminal::runChild(int terminal, int report, const std::vector<char*>& arguments,
-                        const std::vector<char*>& environment, const char* directory) const {
+[[noreturn]] void runProgram(std::vector<std::string>& command, const TerminalSettings& settings) {
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
-  for (int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGPIPE, SIGCHLD, SIGTSTP})
+  for (int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGPIPE, SIGCHLD, SIGTSTP}) {
     ::signal(signal, SIG_DFL);
-  const bool ready = setsid() >= 0 && ioctl(terminal, TIOCSCTTY, 0) == 0 &&
-                     dup2(terminal, STDIN_FILENO) >= 0 && dup2(terminal, STDOUT_FILENO) >= 0 &&
-                     dup2(terminal, STDERR_FILENO) >= 0 &&
-                     (directory == nullptr || chdir(directory) == 0);
-  if (ready) {
-    environ = const_cast<char**>(environment.data());
+  }
+  for (const std::string& name : settings.unset) unsetenv(name.c_str());
+  for (const auto& [name, value] : settings.environment) setenv(name.c_str(), value.c_str(), 1);
+  std::vector<char*> arguments;
+  for (std::string& word : command) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  if (settings.directory.empty() || chdir(settings.directory.c_str()) == 0) {
     execvp(arguments[0], arguments.data());
   }
-  const int error = errno;
-  const ssize_t ignored = write(report, &error, sizeof error);
-  _exit(ignored == sizeof error ? 127 : 126);
+  perror(arguments[0]);
+  _exit(127);
+}
+
+}  // namespace
+
+Terminal::Terminal(std::vector<std::string> command, const TerminalSettings& settings) {
+  const winsize size = {settings.rows, settings.columns, 0, 0};
+  child_ = forkpty(&master_, nullptr, nullptr, &size);
+  if (child_ < 0) throw std::system_error(errno, std::generic_category(), "pseudo-terminal");
+  if (child_ == 0) runProgram(command, settings);
+  fcntl(master_, F_SETFL, O_NONBLOCK);
+  // Another program that held the terminal would keep a hang-up from being noticed.
+  fcntl(master_, F_SETFD, FD_CLOEXEC);
 }
 
 Terminal::~Terminal() {
@@ -144,47 +65,16 @@ Terminal::~Terminal() {
   if (master_ >= 0) close(master_);
 }
 
-bool Terminal::readSome(Clock::time_point until) {
-  bool ended = false;
-  while (!outputEnded_) {
-    char chunk[65536];
-    const ssize_t got = read(master_, chunk, sizeof chunk);
-    if (got > 0) {
-      transcript_.append(chunk, static_cast<std::size_t>(got));
-      return true;
-    }
-    // EIO says that nobody has the terminal open any more.
-    if (got == 0 || (errno != EAGAIN && errno != EINTR)) {
-      outputEnded_ = true;
-      break;
-    }
-    const Clock::time_point present = Clock::now();
-    if (present >= until) return !reap();
-    // Counted up, so that the last millisecond is waited for and not spun through.
-    const auto left = std::chrono::ceil<Timeout>(until - present);
-    pollfd wanted{master_, POLLIN, 0};
-    poll(&wanted, 1, static_cast<int>(std::min<Timeout>(left, kSlice).count()));
-    // A program may leave the terminal open in a process that outlives it, and then its output has
-    // no end. Its own end counts, once its last words have had the time to arrive.
-    if (wanted.revents == 0 && !ended && reap()) {
-      ended = true;
-      until = std::min(until, Clock::now() + kGrace);
-    }
-  }
-  return false;
-}
-
-void Terminal::drain() {
-  std::size_t before = 0;
-  do {
-    before = transcript_.size();
-    readSome(Clock::now());
-  } while (transcript_.size() > before);
-}
-
-void Terminal::readToEnd() {
-  while (readSome(Clock::now() + kGrace)) {
-  }
+bool Terminal::readWithin(Timeout limit) {
+  pollfd wanted{master_, POLLIN, 0};
+  // Without a terminal, or one that nobody has open, only the time is waited for.
+  if (poll(&wanted, outputEnded_ ? 0 : 1, static_cast<int>(limit.count())) <= 0) return false;
+  char chunk[65536];
+  const ssize_t got = read(master_, chunk, sizeof chunk);
+  if (got > 0) transcript_.append(chunk, static_cast<std::size_t>(got));
+  // EIO says that nobody has the terminal open any more.
+  outputEnded_ = got == 0 || (got < 0 && errno != EAGAIN && errno != EINTR);
+  return got > 0;
 }
 
 bool Terminal::expect(std::string_view text, Timeout timeout) {
@@ -199,16 +89,18 @@ bool Terminal::expect(std::string_view text, Timeout timeout) {
     // The text may straddle what is here and what comes.
     if (transcript_.size() > text.size())
       searchFrom = std::max(consumed_, transcript_.size() - text.size());
-    const std::size_t before = transcript_.size();
-    const bool more = readSome(until);
-    if (transcript_.size() == before && (!more || Clock::now() >= until)) return false;
+    // Asked before the reading: what an ended program has written is there, or will be in a moment.
+    const bool hasEnded = outputEnded_ || reap();
+    if (readWithin(hasEnded ? kGrace : kSlice)) continue;
+    if (hasEnded || Clock::now() >= until) return false;
   }
 }
 
 bool Terminal::expectEchoOff(Timeout timeout) {
   const Clock::time_point until = Clock::now() + timeout;
   while (echoIsOn()) {
-    if (!readSome(std::min(until, Clock::now() + kSlice)) || Clock::now() >= until) return false;
+    if (outputEnded_ || reap() || Clock::now() >= until) return false;
+    readWithin(kSlice);
   }
   return !outputEnded_ && !reap();
 }
@@ -223,23 +115,14 @@ bool Terminal::send(std::string_view text) {
     }
     if (written < 0 && errno != EAGAIN && errno != EINTR) return false;
     // The program may be waiting for its own output to be read before it reads more input.
-    drain();
+    readWithin(kSlice);
     if (Clock::now() >= until || outputEnded_ || reap()) return false;
-    pollfd wanted{master_, POLLOUT | POLLIN, 0};
-    poll(&wanted, 1, static_cast<int>(kSlice.count()));
   }
   return true;
 }
 
-bool Terminal::sendEof() {
-  termios modes;
-  if (tcgetattr(master_, &modes) != 0) return false;
-  const char character = static_cast<char>(modes.c_cc[VEOF]);
-  return send({&character, 1});
-}
-
 void Terminal::resize(unsigned short rows, unsigned short columns) {
-  const winsize size = sizeOf(rows, columns);
+  const winsize size = {rows, columns, 0, 0};
   ioctl(master_, TIOCSWINSZ, &size);
 }
 
@@ -249,7 +132,8 @@ bool Terminal::sendSignal(int number) {
 }
 
 void Terminal::hangUp() {
-  drain();
+  while (readWithin(Timeout(0))) {
+  }
   close(std::exchange(master_, -1));
   outputEnded_ = true;
 }
@@ -266,10 +150,10 @@ std::optional<int> Terminal::wait(Timeout timeout) {
       kill();
       return std::nullopt;
     }
-    // At the end of the output only the program's own end is left to wait for.
-    if (!readSome(std::min(until, Clock::now() + kSlice))) poll(nullptr, 0, 1);
+    readWithin(outputEnded_ ? Timeout(1) : kSlice);
   }
-  readToEnd();
+  while (readWithin(kGrace)) {
+  }
   return status_;
 }
 
@@ -283,17 +167,15 @@ bool Terminal::reap() {
 }
 
 void Terminal::kill() {
-  if (status_) return;
   // The program leads its session and so a process group of its own number; a command that it runs
   // may have another one, which then has the terminal.
   const pid_t foreground = tcgetpgrp(master_);
   if (foreground > 0 && foreground != child_) ::kill(-foreground, SIGKILL);
   ::kill(-child_, SIGKILL);
-  int status = 0;
-  while (waitpid(child_, &status, 0) < 0 && errno == EINTR) {
-  }
+  waitpid(child_, nullptr, 0);
   status_ = 128 + SIGKILL;
-  readToEnd();
+  while (readWithin(kGrace)) {
+  }
 }
 
 }  // namespace sandbox

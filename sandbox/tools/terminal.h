@@ -6,7 +6,7 @@
 // started in its session's foreground.
 //
 // Output is read whenever this class waits or sends: a program that writes much is never blocked by
-// a caller that sends much. Not for several threads.
+// a caller that sends much. For processes with one thread.
 #ifndef SANDBOX_TOOLS_TERMINAL_H
 #define SANDBOX_TOOLS_TERMINAL_H
 
@@ -23,7 +23,7 @@ namespace sandbox {
 
 struct TerminalSettings {
   unsigned short rows = 24, columns = 80;
-  std::map<std::string, std::string> environment;  // added to, or in place of, the caller's own
+  std::map<std::string, std::string> environment;  // added to the caller's own, or replacing it
   std::vector<std::string> unset;                  // variables that the program does not get
   std::string directory;                           // working directory; empty: the caller's
 };
@@ -33,32 +33,30 @@ class Terminal {
   using Timeout = std::chrono::milliseconds;
   static constexpr Timeout kDefaultTimeout{10'000};
 
-  // Starts `command`, whose first word is looked up on the program's search path. Throws
-  // std::system_error when there is no terminal to be had, the program cannot be started, or the
-  // directory cannot be entered.
-  explicit Terminal(const std::vector<std::string>& command, const TerminalSettings& settings = {});
+  // Starts `command`, whose first word is looked up on the program's search path; one that cannot
+  // be started says so on the terminal and ends with 127. Throws std::system_error if there is no
+  // terminal to be had.
+  explicit Terminal(std::vector<std::string> command, const TerminalSettings& settings = {});
   ~Terminal();
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
-  // Waits until `text` stands in the output after the last expectation's text, and goes on after
-  // it. False when the time is over or the program has ended without it; then nothing is consumed.
+  // Waits for `text` in the output after the last expectation's text, and continues after it.
+  // False if the time is over or the program has ended without it; then nothing is consumed.
   bool expect(std::string_view text, Timeout timeout = kDefaultTimeout);
 
   // Waits until the program has switched the echo off (for a password). False at the timeout or
   // end.
   bool expectEchoOff(Timeout timeout = kDefaultTimeout);
 
-  // Types the text as it stands; a line ends with "\n". False when the program takes no more input.
+  // Types the text as it is; a line ends with "\n". False if the program takes no more input.
   bool send(std::string_view text);
-  // Types the end-of-input character; at the beginning of a line it ends the program's input.
-  bool sendEof();
 
   // Changes the window size; the program gets SIGWINCH.
   void resize(unsigned short rows, unsigned short columns);
 
   // Sends a signal to the programs in the terminal's foreground, as the terminal itself does for
-  // Ctrl-C. False when there is none.
+  // Ctrl-C. False if there is none.
   bool sendSignal(int number);
 
   // Takes the terminal away: its programs get SIGHUP, and read and write nothing any more. What
@@ -66,36 +64,20 @@ class Terminal {
   // works afterwards.
   void hangUp();
 
-  // Whether typed characters are shown now. False also when the program has ended.
+  // Whether typed characters are shown now.
   bool echoIsOn() const;
 
   // Waits for the end and returns the exit status, 128 + the signal's number for a killed program.
-  // Nothing when the time is over: then the program has been killed.
+  // Nothing if the time is over: then the program has been killed.
   std::optional<int> wait(Timeout timeout = kDefaultTimeout);
 
   // All output so far, line ends as the terminal makes them ("\r\n").
   const std::string& transcript() const { return transcript_; }
-  // The output after the last expectation's text.
-  std::string_view sinceLastExpect() const {
-    return std::string_view(transcript_).substr(consumed_);
-  }
 
  private:
-  using Clock = std::chrono::steady_clock;
-
-  [[noreturn]] void runChild(int terminal, int report, const std::vector<char*>& arguments,
-                             const std::vector<char*>& environment, const char* directory) const;
-  void startChild(const std::string& device, const std::vector<std::string>& command,
-                  const TerminalSettings& settings);
-
-  // Reads what is there, waiting for it at most until `until`. False at the end of the output and
-  // when the program has ended without more of it.
-  bool readSome(Clock::time_point until);
-  // Reads what is there without waiting.
-  void drain();
-  // Reads the last output of a program that has ended.
-  void readToEnd();
-  // True when the program has ended; keeps its status.
+  // Reads once, waiting at most so long. False if nothing came.
+  bool readWithin(Timeout limit);
+  // True if the program has ended; keeps its status.
   bool reap();
   void kill();
 

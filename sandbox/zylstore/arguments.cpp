@@ -42,8 +42,6 @@ std::string optionLine(const OptionRow& row) {
 
 }  // namespace
 
-const std::span<const OptionRow> kCommonOptions = kCommon;
-
 Arguments::Arguments(const CommandRow& command, std::span<const std::string> words) {
   for (std::size_t i = 0; i < words.size(); ++i) {
     const std::string& word = words[i];
@@ -100,9 +98,9 @@ Stamp Arguments::date(std::string_view option, Stamp otherwise) const {
   return *value;
 }
 
-std::size_t Arguments::choice(std::string_view option, std::span<const std::string_view> words,
-                              std::size_t otherwise) const {
-  if (!has(option)) return otherwise;
+std::size_t Arguments::choice(std::string_view option,
+                              std::span<const std::string_view> words) const {
+  if (!has(option)) return 0;
   const auto found = std::ranges::find(words, text(option));
   if (found != words.end()) return static_cast<std::size_t>(found - words.begin());
   std::string known;
@@ -139,7 +137,7 @@ std::string helpText(const CommandRow& command) {
   if (!command.positionals.empty()) text.append(" ").append(command.positionals);
   text.append(" [OPTION...]\n\n").append(command.help).append("\n\nOptions:\n");
   for (const OptionRow& row : command.options) text += optionLine(row);
-  for (const OptionRow& row : kCommonOptions) text += optionLine(row);
+  for (const OptionRow& row : kCommon) text += optionLine(row);
   return text;
 }
 

@@ -2,14 +2,12 @@
 //
 // A subcommand is a row of a table with its options as another table; help texts and checks come
 // from the tables alone. An option is `--name value` or `--name=value`; an option without a value
-// is
-// `--name`. Everything else is a positional argument, also "-50".
+// is `--name`. Everything else is a positional argument, even "-50".
 #ifndef SANDBOX_ZYLSTORE_ARGUMENTS_H
 #define SANDBOX_ZYLSTORE_ARGUMENTS_H
 
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -50,7 +48,7 @@ struct CommandRow {
   void (*run)(const Arguments& arguments);
 };
 
-// The arguments of one command. The getters throw UsageError for a value that is no good.
+// The arguments of one command. The getters throw UsageError for a value that is not valid.
 class Arguments {
  public:
   // `words` are those after the command's name. Throws UsageError.
@@ -61,9 +59,8 @@ class Arguments {
   std::int64_t number(std::string_view option, std::int64_t otherwise, std::int64_t least,
                       std::int64_t most) const;
   Stamp date(std::string_view option, Stamp otherwise) const;
-  // The position of the value among the words, or of `otherwise` without the option.
-  std::size_t choice(std::string_view option, std::span<const std::string_view> words,
-                     std::size_t otherwise) const;
+  // The position of the value among the words, or 0 without the option.
+  std::size_t choice(std::string_view option, std::span<const std::string_view> words) const;
 
   const std::vector<std::string>& positionals() const { return positionals_; }
   bool wantsHelp() const { return wantsHelp_; }
@@ -74,10 +71,7 @@ class Arguments {
   bool wantsHelp_ = false;
 };
 
-// Options that every command takes.
-extern const std::span<const OptionRow> kCommonOptions;
-
-// The command that the first words name, and how many words that took. Throws UsageError.
+// The command that the first words name; `used` is how many they are. Throws UsageError.
 const CommandRow& findCommand(std::span<const CommandRow> commands,
                               std::span<const std::string> words, std::size_t& used);
 

@@ -1,5 +1,4 @@
 // catalogs.cpp: commands on Oracle catalogs, and the one that makes a whole site.
-#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <limits>
@@ -41,7 +40,7 @@ OracleCatalog createCatalog(const std::string& name, const std::string& user,
 void runCatalogAdd(const Arguments& arguments) {
   static constexpr std::string_view kKinds[] = {"recovery", "target", "both"};
   const std::string& name = arguments.positionals()[0];
-  const auto kind = static_cast<CatalogKind>(arguments.choice("--kind", kKinds, 0) + 1);
+  const auto kind = static_cast<CatalogKind>(arguments.choice("--kind", kKinds) + 1);
   createCatalog(name, arguments.text("--user"), arguments.text("--password"), kind);
   std::cout << "catalog " << name << " ready\n";
 }
@@ -74,7 +73,7 @@ void runCatalogList(const Arguments& arguments) {
 }
 
 Node findOrRegister(Store& store, const std::string& name, const std::string& password) {
-  if (!store.findNode(name)) saveNode(store, name, password, false, true);
+  if (!store.findNode(name)) saveNode(store, name, password);
   return requireNode(store, name);
 }
 
@@ -152,22 +151,13 @@ constexpr CommandRow kCommands[] = {
      "make a catalog, or give it a new user, password and kind\n"
      "NAME is the connect identifier; an empty one reaches the catalog \"default\".",
      kAddOptions, runCatalogAdd},
-    {"catalog load",
-     "NAME FILE|-",
-     2,
-     2,
+    {"catalog load", "NAME FILE|-", 2, 2,
      "add backup pieces from a tab-separated file\n"
      "Columns: handle, completion time (YYYY-MM-DD[Thh:mm:ss]). Lines that begin with \"#\" are\n"
      "comments. If any line is wrong nothing is added.",
-     {},
-     runCatalogLoad},
-    {"catalog list",
-     "NAME",
-     1,
-     1,
-     "show a catalog's backup pieces: handle, completion time",
-     {},
-     runCatalogList},
+     kNoOptions, runCatalogLoad},
+    {"catalog list", "NAME", 1, 1, "show a catalog's backup pieces: handle, completion time",
+     kNoOptions, runCatalogList},
     {"generate", "", 0, 0,
      "make a realistic site: objects, and catalogs that know all but some\n"
      "Creates the node and the catalogs (of kind both) when they are missing, and adds to what is\n"

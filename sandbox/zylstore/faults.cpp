@@ -2,6 +2,7 @@
 #include <iostream>
 
 #include "sandbox/store/control.h"
+#include "sandbox/store/text.h"
 #include "sandbox/zylstore/commands.h"
 
 namespace sandbox {
@@ -34,11 +35,7 @@ Fault faultOf(const Arguments& arguments) {
   return fault;
 }
 
-void listFaults(Control& control) {
-  for (const Fault& fault : control.faults())
-    std::cout << fault.operation << "\tcode " << fault.code << "\treason " << fault.reason
-              << "\tafter " << fault.remaining << "\ttimes " << fault.times << "\n";
-}
+void printLine(std::string_view line) { std::cout << line << '\n'; }
 
 void runFault(const Arguments& arguments) {
   const bool clears = arguments.has("--clear"), lists = arguments.has("--list");
@@ -50,16 +47,9 @@ void runFault(const Arguments& arguments) {
   if (clears)
     control.clearFaults();
   else if (lists)
-    listFaults(control);
+    control.listFaults(printLine);
   else
     control.arm(fault);
-}
-
-void showCalls(Control& control) {
-  control.eachCall([](const Call& call) {
-    std::cout << call.sequence << '\t' << call.process << '\t' << call.operation << '\t'
-              << call.arguments << '\t' << call.code << '\n';
-  });
 }
 
 void runCalls(const Arguments& arguments) {
@@ -68,7 +58,7 @@ void runCalls(const Arguments& arguments) {
   if (word == "on" || word == "off")
     control.switchRecording(word == "on");
   else if (word == "show")
-    showCalls(control);
+    control.listCalls(printLine);
   else if (word == "clear")
     control.clearCalls();
   else
@@ -90,15 +80,11 @@ constexpr CommandRow kCommands[] = {
      "operation act one after the other. Calls are counted over all processes. A program sees a\n"
      "new fault with its next call other than vltGetNextQObj and vltDeleteObj.",
      kFaultOptions, runFault},
-    {"calls",
-     "on|off|show|clear",
-     1,
-     1,
+    {"calls", "on|off|show|clear", 1, 1,
      "record the calls that programs make\n"
      "show prints one line a call, in the order in which they were made, tab-separated: number,\n"
      "process id, operation, arguments, code. Passwords are never recorded.",
-     {},
-     runCalls},
+     kNoOptions, runCalls},
 };
 
 }  // namespace

@@ -1,15 +1,13 @@
 // objects.cpp: commands on the store: nodes, objects, limits.
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <limits>
 #include <map>
 
 #include "api/vltlib.h"
-#include "sandbox/store/site.h"
+#include "sandbox/store/secrets.h"
 #include "sandbox/store/text.h"
 #include "sandbox/zylstore/commands.h"
 
@@ -17,16 +15,6 @@ namespace sandbox {
 namespace {
 
 constexpr std::int64_t kMaxNumber = std::numeric_limits<std::int64_t>::max();
-
-struct Encryption {
-  std::string_view name;
-  int bits;
-};
-
-constexpr Encryption kEncryptions[] = {{"none", 0},
-                                       {"des56", VLT_ENCRYPT_DES_56},
-                                       {"aes128", VLT_ENCRYPT_AES_128},
-                                       {"aes256", VLT_ENCRYPT_AES_256}};
 
 void runInit(const Arguments& arguments) {
   const std::string path = storePath(arguments);
@@ -51,47 +39,31 @@ void runNode(const Arguments& arguments) {
   std::cout << "password saved in " << file.path() << "\n";
 }
 
-void runPut(const Arguments& arguments) {
-  Store store(storePath(arguments));
-  Object object;
-  object.node = requireNode(store, arguments.text("--node")).id;
-  object.fileSpace = arguments.text("--fs");
-  object.highLevel = arguments.text("--hl", "/oracle");
-  object.lowLevel = arguments.text("--ll");
-  object.owner = arguments.text("--owner");
-  object.inserted = arguments.date("--date", now());
-  object.size = arguments.number("--size", 1048576, 0, kMaxNumber);
-  object.state = arguments.has("--inactive") ? VLT_STATE_INACTIVE : VLT_STATE_ACTIVE;
-  object.compressed = arguments.has("--compressed");
-  object.deduplicated = arguments.has("--deduplicated");
-  object.unknownFormat = arguments.has("--unknown-format");
-  static constexpr std::string_view kNames[] = {"none", "des56", "aes128", "aes256"};
-  object.encryption = kEncryptions[arguments.choice("--encryption", kNames, 0)].bits;
-  if (const std::string fault = objectNameFault(object); !fault.empty()) throw UsageError(fault);
-  std::cout << ObjectWriter(store).add(object) << "\n";
-}
+constexpr struct {
+  std::string_view name;
+  void (*apply)(Object& object);
+} kFlags[] = {
+    {"inactive", [](Object& object) { object.state = VLT_STATE_INACTIVE; }},
+    {"compressed", [](Object& object) { object.compressed = true; }},
+    {"deduplicated", [](Object& object) { object.deduplicated = true; }},
+    {"unknown-format", [](Object& object) { object.unknownFormat = true; }},
+    {"none", [](Object& object) { object.encryption = 0; }},
+    {"des56", [](Object& object) { object.encryption = VLT_ENCRYPT_DES_56; }},
+    {"aes128", [](Object& object) { object.encryption = VLT_ENCRYPT_AES_128; }},
+    {"aes256", [](Object& object) { object.encryption = VLT_ENCRYPT_AES_256; }},
+};
 
-// Applies one word of the flags column; false when it is not known.
-bool applyFlag(std::string_view flag, Object& object) {
-  for (const Encryption& encryption : kEncryptions) {
-    if (flag != encryption.name) continue;
-    object.encryption = encryption.bits;
+// Applies one word of the flags column; false if it is not known.
+bool applyFlag(std::string_view word, Object& object) {
+  for (const auto& flag : kFlags) {
+    if (word != flag.name) continue;
+    flag.apply(object);
     return true;
   }
-  if (flag == "inactive")
-    object.state = VLT_STATE_INACTIVE;
-  else if (flag == "compressed")
-    object.compressed = true;
-  else if (flag == "deduplicated")
-    object.deduplicated = true;
-  else if (flag == "unknown-format")
-    object.unknownFormat = true;
-  else
-    return flag.empty();
-  return true;
+  return word.empty();
 }
 
-// Turns the lines of an object file into rows of the store.
+// Turns objects, given as the fields of a line, into rows of the store.
 class ObjectLoader {
  public:
   explicit ObjectLoader(Store& store) : store_(store), writer_(store) {}
@@ -110,16 +82,20 @@ class ObjectLoader {
     const std::optional<Stamp> inserted = parseStamp(fields[5]);
     if (!inserted) return "\"" + std::string(fields[5]) + "\" is not a date";
     object.inserted = *inserted;
-    const std::optional<std::int64_t> size = parseNumber(fields[6], 0, kMaxNumber);
+    const auto size = parseNumber(fields[6], 0, kMaxNumber);
     if (!size) return "\"" + std::string(fields[6]) + "\" is not a size";
     object.size = *size;
-    if (fields.size() == 8)
-      for (std::string_view flag : split(fields[7], ','))
+    if (fields.size() == 8) {
+      for (std::string_view flag : split(fields[7], ',')) {
         if (!applyFlag(flag, object)) return "unknown flag \"" + std::string(flag) + "\"";
+      }
+    }
     std::string fault = objectNameFault(object);
-    if (fault.empty()) writer_.add(object);
+    if (fault.empty()) lastId_ = writer_.add(object);
     return fault;
   }
+
+  std::int64_t lastId() const { return lastId_; }
 
  private:
   // 0: not registered. Remembered, because a file names few nodes in many lines.
@@ -132,8 +108,31 @@ class ObjectLoader {
 
   Store& store_;
   ObjectWriter writer_;
+  std::int64_t lastId_ = 0;
   std::map<std::string, std::int64_t, std::less<>> nodes_;
 };
+
+// One line of an object file, made of the options.
+void runPut(const Arguments& arguments) {
+  Store store(storePath(arguments));
+  std::string flags = arguments.text("--encryption");
+  for (const char* flag : {"inactive", "compressed", "deduplicated", "unknown-format"}) {
+    if (arguments.has("--" + std::string(flag))) flags.append(",").append(flag);
+  }
+  const std::string fields[] = {requireNode(store, arguments.text("--node")).name,
+                                arguments.text("--fs"),
+                                arguments.text("--hl", "/oracle"),
+                                arguments.text("--ll"),
+                                arguments.text("--owner"),
+                                arguments.text("--date", stampText(now())),
+                                arguments.text("--size", "1048576"),
+                                flags};
+  ObjectLoader loader(store);
+  const std::string fault =
+      loader.take(std::vector<std::string_view>(std::begin(fields), std::end(fields)));
+  if (!fault.empty()) throw UsageError(fault);
+  std::cout << loader.lastId() << "\n";
+}
 
 void runLoad(const Arguments& arguments) {
   Store store(storePath(arguments));
@@ -218,17 +217,13 @@ constexpr CommandRow kCommands[] = {
     {"node", "NAME", 1, 1, "register a node, or replace its password and flags", kNodeOptions,
      runNode},
     {"put", "", 0, 0, "insert one object and print its identifier", kPutOptions, runPut},
-    {"load",
-     "FILE|-",
-     1,
-     1,
+    {"load", "FILE|-", 1, 1,
      "insert the objects of a tab-separated file\n"
      "Columns: node, filespace, high-level name, low-level name, owner, date, size in bytes, and\n"
      "optionally flags joined with commas: inactive, compressed, deduplicated, unknown-format,\n"
      "des56, aes128, aes256. Dates are YYYY-MM-DD[Thh:mm:ss]. Lines that begin with \"#\" are\n"
      "comments. If any line is wrong nothing is inserted.",
-     {},
-     runLoad},
+     kNoOptions, runLoad},
     {"list", "", 0, 0,
      "show the objects in the order of their identifiers\n"
      "Tab-separated: identifier, node, state, owner, filespace, high-level name, low-level name,\n"
@@ -240,52 +235,5 @@ constexpr CommandRow kCommands[] = {
 }  // namespace
 
 std::span<const CommandRow> objectCommands() { return kCommands; }
-
-std::string storePath(const Arguments& arguments) {
-  std::string path = arguments.text("--store", defaultStorePath());
-  if (path.empty()) throw UsageError("no store: give --store PATH or set SANDBOX_HOME");
-  return path;
-}
-
-Node requireNode(Store& store, std::string_view name) {
-  std::optional<Node> node = store.findNode(name);
-  if (!node) throw CommandError("node \"" + std::string(name) + "\" is not registered");
-  return *node;
-}
-
-void saveNode(Store& store, const std::string& name, const std::string& password, bool expired,
-              bool mayDelete) {
-  if (name.empty() || name.size() > VLT_MAX_NODE || name.find('/') != std::string::npos)
-    throw UsageError("a node's name has 1 to 64 bytes and no \"/\"");
-  if (password.empty() || password.size() > VLT_MAX_PASSWORD)
-    throw UsageError("a password has 1 to 64 bytes");
-  Node node;
-  node.name = name;
-  node.password = hashPassword(password);
-  node.expired = expired;
-  node.mayDelete = mayDelete;
-  store.saveNode(node);
-}
-
-std::int64_t readTable(const std::string& file, const LineTaker& take) {
-  static constexpr int kMaxComplaints = 20;
-  std::ifstream opened;
-  if (file != "-") opened.open(file);
-  std::istream& input = file == "-" ? std::cin : opened;
-  std::int64_t number = 0, taken = 0, bad = 0;
-  std::string line;
-  while (std::getline(input, line)) {
-    ++number;
-    if (line.ends_with('\r')) line.pop_back();
-    if (line.empty() || line.starts_with('#')) continue;
-    const std::string fault = take(split(line, '\t'));
-    ++taken;
-    if (!fault.empty() && ++bad <= kMaxComplaints)
-      std::cerr << "zylstore: line " << number << ": " << fault << "\n";
-  }
-  if (!input.eof()) throw CommandError(file + " cannot be read");
-  if (bad > 0) throw CommandError(std::to_string(bad) + " bad lines, nothing loaded");
-  return taken;
-}
 
 }  // namespace sandbox

@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <iostream>
 
-#include "sandbox/store/site.h"
 #include "sandbox/zylstore/commands.h"
 
 namespace sandbox {
@@ -18,7 +17,7 @@ std::vector<CommandRow> allCommands() {
   return commands;
 }
 
-// Moves a --store in front of the command behind it, where the command's options are.
+// Moves a --store that precedes the command to the end, to the command's options.
 void moveStoreOption(std::vector<std::string>& words) {
   if (words.empty() || !words[0].starts_with("--store")) return;
   const std::ptrdiff_t length = words[0] == "--store" && words.size() > 1 ? 2 : 1;

@@ -1,5 +1,5 @@
-// state.cpp: what the storage client library holds in a process.
-#include "sandbox/library/state.h"
+// frame.cpp: what the storage client library holds in a process, and the frame of every call.
+#include "sandbox/library/frame.h"
 
 namespace sandbox {
 
@@ -42,14 +42,11 @@ Session& requireSession(Session* session, Access access) {
 }
 
 void refreshQuietly(Control* control) {
-  if (control == nullptr) return;
   try {
-    control->refresh();
+    if (control != nullptr) control->refresh();
   } catch (const StoreError&) {
     // ignore: the operation meets the same failure, or does not need the store
   }
 }
-
-std::string handleText(std::uint32_t handle) { return "handle=" + std::to_string(handle); }
 
 }  // namespace sandbox
