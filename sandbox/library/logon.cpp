@@ -8,13 +8,6 @@
 namespace sandbox {
 namespace {
 
-// What the caller's input record asks for, checked.
-struct LogonRequest {
-  ClientOptions options;
-  std::string owner;
-  std::string password;  // empty: none given
-};
-
 std::string hostName() {
   char name[VLT_MAX_NODE + 1] = "";
   gethostname(name, sizeof name - 1);  // ignore: an empty name is an unknown node
@@ -41,60 +34,53 @@ void requireInput(const VltInitExIn* in) {
           in->clientKind <= VLT_CLIENT_KIND_DATABASE_AGENT);
 }
 
-LogonRequest requestOf(const VltInitExIn* in) {
-  requireInput(in);
-  LogonRequest request;
-  request.options = optionsOf(*in);
-  request.owner = checkedText(in->clientOwnerName, VLT_MAX_OWNER);
-  request.password = checkedText(in->clientPassword, VLT_MAX_PASSWORD);
-  // Nobody but the node itself may open its session.
-  const std::string_view user = checkedText(in->userName, VLT_MAX_NODE);
-  require(user.empty() || equalIgnoringCase(user, request.options.nodeName), VLT_RC_NOT_AUTHORIZED);
-  return request;
-}
-
 PasswordFile passwordFileOf(const ClientOptions& options) {
   return PasswordFile(passwordDirectoryOf(options), options.nodeName);
 }
 
 // With generated passwords the given one is tried first, then the one that the library keeps.
-void requirePassword(const LogonRequest& request, const Node& node) {
-  const bool right = digestOf(request.password) == node.password;
-  if (!request.options.generatedPassword) return require(right, VLT_RC_WRONG_PASSWORD);
-  const PasswordFile file = passwordFileOf(request.options);
-  if (right) return require(file.write(request.password), VLT_RC_BAD_OPTION);
+void requirePassword(const ClientOptions& options, std::string_view given, const Node& node) {
+  const bool right = digestOf(given) == node.password;
+  if (!options.generatedPassword) return require(right, VLT_RC_WRONG_PASSWORD);
+  const PasswordFile file = passwordFileOf(options);
+  if (right) return require(file.write(given), VLT_RC_BAD_OPTION);
   require(digestOf(file.read().value_or("")) == node.password, VLT_RC_WRONG_PASSWORD);
 }
 
-std::unique_ptr<Session> openSession(const LogonRequest& request,
+std::unique_ptr<Session> openSession(const ClientOptions& options,
                                      const std::shared_ptr<Control>& control) {
   try {
-    return std::make_unique<Session>(request.options, control);
+    return std::make_unique<Session>(options, control);
   } catch (const StoreError&) {
     throw Refusal{VLT_RC_SERVER_UNREACHABLE};
   }
 }
 
-std::int16_t logOn(const VltInitExIn* in, const std::shared_ptr<Control>& control,
-                   std::uint32_t* handle, VltInitExOut* out) {
+int logOn(const VltInitExIn* in, const std::shared_ptr<Control>& control, std::uint32_t* handle,
+          VltInitExOut* out) {
   require(library().isSetUp, VLT_RC_NOT_SET_UP);
-  const LogonRequest request = requestOf(in);
+  requireInput(in);
+  const ClientOptions options = optionsOf(*in);
+  const std::string_view owner = checkedText(in->clientOwnerName, VLT_MAX_OWNER);
+  const std::string_view password = checkedText(in->clientPassword, VLT_MAX_PASSWORD);
+  // Nobody but the node itself may open its session.
+  const std::string_view user = checkedText(in->userName, VLT_MAX_NODE);
+  require(user.empty() || equalIgnoringCase(user, options.nodeName), VLT_RC_NOT_AUTHORIZED);
   if (out != nullptr) requireRecord(out, 1);
-  std::unique_ptr<Session> session = openSession(request, control);
-  const std::optional<Node> node = session->store.findNode(request.options.nodeName);
+  std::unique_ptr<Session> session = openSession(options, control);
+  const std::optional<Node> node = session->store.findNode(options.nodeName);
   require(node.has_value(), VLT_RC_UNKNOWN_NODE);
-  requirePassword(request, *node);
+  requirePassword(options, password, *node);
   session->node = *node;
-  session->owner = request.owner;
+  session->owner = owner;
   session->expired = node->expired;
-  const std::int16_t code = session->expired ? VLT_RC_PASSWORD_EXPIRED : VLT_RC_OK;
-  const std::uint32_t newHandle = library().nextHandle++;
-  library().sessions.emplace(newHandle, std::move(session));
-  if (out != nullptr)
+  *handle = library().nextHandle++;
+  library().sessions.emplace(*handle, std::move(session));
+  if (out != nullptr) {
     *out = {1, kLibraryVersion.version, kLibraryVersion.release, kLibraryVersion.level,
             kLibraryVersion.subLevel};
-  *handle = newHandle;
-  return code;
+  }
+  return node->expired ? VLT_RC_PASSWORD_EXPIRED : VLT_RC_OK;
 }
 
 // The control of the store that the logon leads to. Arguments that lead nowhere are reported by the
@@ -134,8 +120,9 @@ std::int16_t changePassword(Session& session, const char* oldPassword, const cha
   session.store.setPassword(node->id, newText);
   session.expired = false;
   // Last, so that the file never holds a password that the server does not accept yet.
-  if (session.options.generatedPassword)
+  if (session.options.generatedPassword) {
     require(passwordFileOf(session.options).write(newText), VLT_RC_BAD_OPTION);
+  }
   return VLT_RC_OK;
 }
 

@@ -35,8 +35,9 @@ constexpr ChoiceKeyword kChoices[] = {
 };
 
 std::string_view unquoted(std::string_view value) {
-  if (value.size() >= 2 && value.front() == '"' && value.back() == '"')
+  if (value.size() >= 2 && value.front() == '"' && value.back() == '"') {
     return value.substr(1, value.size() - 2);
+  }
   return value;
 }
 

@@ -18,9 +18,7 @@ bool SqlSession::take(std::string_view line) {
     if (const auto status = parseNumber(rest, 0, 255)) exitStatus_ = static_cast<int>(*status);
     return false;
   }
-  if (word == "/") {
-    runStatement();
-  } else if (name == "SELECT" || name == "ALTER") {
+  if (name == "SELECT" || name == "ALTER") {
     statement_.clear();
     inStatement_ = true;
     statementLine(line);
@@ -50,23 +48,22 @@ void SqlSession::spool(std::string_view rest) {
   if (rest.empty()) return output_.line("not spooling currently");
   if (equalIgnoringCase(rest, "OFF")) return finish();
   const std::string path(rest);
-  if (!output_.startSpool(path))
+  if (!output_.startSpool(path)) {
     output_.line("SP2-0606: Cannot create SPOOL file \"" + path + "\"");
+  }
 }
 
 void SqlSession::statementLine(std::string_view line) {
   const std::string_view bare = trimmed(line);
   const bool isTerminated = settings_.terminator != '\0' && bare.ends_with(settings_.terminator);
-  const bool runs = bare == "/" || isTerminated;
+  inStatement_ = !bare.empty() && !isTerminated && bare != "/";
+  if (bare.empty()) return;
   if (isTerminated) line = line.substr(0, line.rfind(settings_.terminator));
   if (bare != "/") statement_.append(line).append("\n");
-  // At an empty line the statement is given up, but kept for "/".
-  inStatement_ = !bare.empty() && !runs;
-  if (runs) runStatement();
+  if (!inStatement_) runStatement();
 }
 
 void SqlSession::runStatement() {
-  if (statement_.empty()) return output_.line("SP2-0103: Nothing in SQL buffer to run.");
   try {
     const auto statement = parseStatement(statement_, catalog_.kind(), dateFormat_);
     if (const auto* format = std::get_if<SetDateFormat>(&statement)) {

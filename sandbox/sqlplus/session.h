@@ -45,7 +45,7 @@ class SqlSession {
   Settings settings_;
   Output output_{settings_};
   std::string dateFormat_;  // empty until the script sets it: no literal is a date
-  std::string statement_;   // the last one, for "/"
+  std::string statement_;   // each line with its end
   bool inStatement_ = false;
   int exitStatus_ = 0;
 };

@@ -52,10 +52,11 @@ std::string setNumber(const Number& row, std::string_view value, Settings& setti
   const auto number =
       parseNumber(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
   if (!number) return "SP2-0268: " + std::string(row.name) + " option not a valid number";
-  if (*number < row.least || *number > row.most)
+  if (*number < row.least || *number > row.most) {
     return "SP2-0267: " + std::string(row.name) + " option " + std::string(value) +
            " out of range (" + std::to_string(row.least) + " through " + std::to_string(row.most) +
            ")";
+  }
   settings.*row.number = *number;
   return {};
 }
@@ -78,8 +79,9 @@ std::string setOption(std::string_view name, std::string_view value, Settings& s
     if (abbreviates(name, row.name, row.fewest)) return setNumber(row, value, settings);
   }
   if (abbreviates(name, "RECSEP", 6)) return setSeparator(value, settings);
-  if (!abbreviates(name, "SQLTERMINATOR", 4))
+  if (!abbreviates(name, "SQLTERMINATOR", 4)) {
     return "SP2-0158: unknown SET option \"" + std::string(name) + "\"";
+  }
   settings.terminator = equalIgnoringCase(value, "OFF") ? '\0' : value.size() == 1 ? value[0] : ';';
   return {};
 }

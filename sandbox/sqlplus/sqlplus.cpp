@@ -3,6 +3,7 @@
 // Does what a program that runs scripts through the real tool can notice: one logon with the
 // script's first line, the script's commands, then what standard input says until it ends.
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -33,14 +34,15 @@ std::optional<CommandLine> parseCommandLine(int argc, char** argv) {
   CommandLine result;
   for (int i = 1; i < argc; ++i) {
     const std::string_view word = argv[i];
-    if (equalIgnoringCase(word, "-S"))
+    if (equalIgnoringCase(word, "-S")) {
       result.silent = true;
-    else if (equalIgnoringCase(word, "-V"))
+    } else if (equalIgnoringCase(word, "-V")) {
       result.wantsVersion = true;
-    else if (word.starts_with('@') && word.size() > 1 && result.script.empty())
+    } else if (word.starts_with('@') && word.size() > 1 && result.script.empty()) {
       result.script = word.substr(1);
-    else if (!equalIgnoringCase(word, "-L"))
+    } else if (!equalIgnoringCase(word, "-L")) {
       return std::nullopt;
+    }
   }
   if (result.script.empty() && !result.wantsVersion) return std::nullopt;
   return result;
@@ -66,8 +68,8 @@ std::optional<OracleCatalog> logOn(const Logon& logon) {
   const std::string_view name = logon.connect.empty() ? kDefaultCatalog : logon.connect;
   const char* error = "ORA-12154: TNS:could not resolve the connect identifier specified";
   try {
-    if (const std::optional<std::string> path = findCatalog(name)) {
-      OracleCatalog catalog(*path);
+    if (const std::string path = catalogPath(name); std::filesystem::exists(path)) {
+      OracleCatalog catalog(path);
       if (catalog.accepts(logon.user, logon.password)) return catalog;
       error = logon.password.empty() ? "ORA-01005: null password given; logon denied"
                                      : "ORA-01017: invalid username/password; logon denied";
@@ -101,15 +103,17 @@ int play(std::istream& script, SqlSession& session) {
 
 int run(const CommandLine& commandLine) {
   std::ifstream script(commandLine.script);
-  if (!script)
+  if (!script) {
     return refuse(("SP2-0310: unable to open file \"" + commandLine.script + "\"").c_str());
+  }
   std::string firstLine;
   std::getline(script, firstLine);
   const std::optional<Logon> logon = parseLogon(firstLine);
-  if (!logon)
+  if (!logon) {
     return refuse(
         "SP2-0306: Invalid option.\nUsage: the script's first line is "
         "user/password@connect_identifier");
+  }
   std::optional<OracleCatalog> catalog = logOn(*logon);
   if (!catalog) return refuse("SP2-0751: Unable to connect to Oracle.  Exiting SQL*Plus");
   if (!commandLine.silent) std::printf("\nConnected.\n\n");

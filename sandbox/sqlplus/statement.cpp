@@ -2,143 +2,89 @@
 #include "sandbox/sqlplus/statement.h"
 
 #include <algorithm>
+#include <regex>
 
 #include "sandbox/sqlplus/oracle_date.h"
-#include "sandbox/store/text.h"
 
 namespace sandbox {
 namespace {
 
-bool isWordCharacter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || isDigit(c) || c == '_' || c == '$' ||
-         c == '#' || c == '.';
-}
-
-// Reads a statement from left to right; `token_` is what comes next.
-class Parser {
+// Reads a statement from left to right, by patterns.
+class Reader {
  public:
-  Parser(std::string_view statement, CatalogKind kind, std::string_view dateFormat)
-      : statement_(statement), kind_(kind), dateFormat_(dateFormat) {
-    advance();
-  }
+  explicit Reader(std::string_view statement) : statement_(statement) {}
 
-  std::variant<SelectHandles, SetDateFormat> parse() {
-    if (take("SELECT")) return select();
-    if (take("ALTER")) return alter();
-    fail("ORA-00900: invalid SQL statement");
-  }
-
- private:
-  [[noreturn]] void fail(std::string text) const { throw SqlError{std::move(text), start_}; }
-
-  // A word in capitals, a quoted text with its first quote, or a symbol; empty at the end, where
-  // errors are marked at the last token.
-  void advance() {
-    const std::size_t next =
-        std::min(statement_.find_first_not_of(" \t\n", end_), statement_.size());
-    token_.clear();
-    if (next == statement_.size()) return;
-    start_ = end_ = next;
-    if (statement_[end_] == '\'') return quotedText();
-    while (end_ < statement_.size() && isWordCharacter(statement_[end_])) ++end_;
-    if (end_ == start_) {
-      const std::string_view two = statement_.substr(start_, 2);
-      end_ += two == ">=" || two == "<=" ? 2 : 1;
+  // Takes what comes next, without the blanks before it, if the pattern describes it. Its first
+  // group is then taken().
+  bool take(const char* pattern) {
+    const std::size_t next = statement_.find_first_not_of(" \t\n", end_);
+    if (next != std::string_view::npos) start_ = next;
+    std::match_results<std::string_view::const_iterator> match;
+    const auto from = statement_.begin() + static_cast<std::ptrdiff_t>(std::max(start_, end_));
+    if (!std::regex_search(from, statement_.end(), match, std::regex(pattern, std::regex::icase),
+                           std::regex_constants::match_continuous)) {
+      return false;
     }
-    token_ = upperCase(statement_.substr(start_, end_ - start_));
-  }
-
-  // Two quotes in a row stand for one.
-  void quotedText() {
-    token_ = '\'';
-    for (++end_; end_ < statement_.size(); token_ += statement_[end_++]) {
-      if (statement_[end_] != '\'') continue;
-      if (++end_ == statement_.size() || statement_[end_] != '\'') return;
-    }
-    fail("ORA-01756: quoted string not properly terminated");
-  }
-
-  bool take(std::string_view word) {
-    if (token_ != word) return false;
-    advance();
+    taken_ = match.str(match.size() - 1);
+    end_ = start_ + static_cast<std::size_t>(match.length());
     return true;
   }
 
-  void expect(std::string_view word, const char* error) {
-    if (!take(word)) fail(error);
+  void expect(const char* pattern, const char* error) {
+    if (!take(pattern)) fail(error);
   }
 
-  std::string takeText(const char* error) {
-    if (!token_.starts_with('\'')) fail(error);
-    const std::string text = token_.substr(1);
-    advance();
-    return text;
-  }
+  const std::string& taken() const { return taken_; }
 
-  void expectColumn(std::string_view wanted) {
-    if (token_.empty() || !isWordCharacter(token_.front())) fail("ORA-00936: missing expression");
-    expect(wanted, ("ORA-00904: \"" + token_ + "\": invalid identifier").c_str());
-  }
+  // Marks what was taken last, or what could not be taken.
+  [[noreturn]] void fail(const char* error) const { throw SqlError{error, start_}; }
 
-  void expectEnd() const {
-    if (!token_.empty()) fail("ORA-00933: SQL command not properly ended");
-  }
-
-  SetDateFormat alter() {
-    expect("SESSION", "ORA-00940: invalid ALTER command");
-    expect("SET", "ORA-00940: invalid ALTER command");
-    expect("NLS_DATE_FORMAT", "ORA-02248: invalid option for ALTER SESSION");
-    expect("=", "ORA-00927: missing equal sign");
-    const std::string format = takeText("ORA-02248: invalid option for ALTER SESSION");
-    expectEnd();
-    return {format};
-  }
-
-  SelectHandles select() {
-    expectColumn("HANDLE");
-    expect("FROM", "ORA-00923: FROM keyword not found where expected");
-    const bool isKnown = (token_ == "RC_BACKUP_PIECE" && kind_ != CatalogKind::kTarget) ||
-                         (token_ == "V$BACKUP_PIECE" && kind_ != CatalogKind::kRecovery);
-    if (!isKnown) fail("ORA-00942: table or view does not exist");
-    advance();
-    SelectHandles bounds;
-    if (take("WHERE")) {
-      do {
-        condition(bounds);
-      } while (take("AND"));
-    }
-    expectEnd();
-    return bounds;
-  }
-
-  void condition(SelectHandles& bounds) {
-    expectColumn("COMPLETION_TIME");
-    const bool isLower = take(">=");
-    if (!isLower) expect("<=", "ORA-00920: invalid relational operator");
-    const std::size_t place = start_;
-    const std::string text = takeText("ORA-00936: missing expression");
-    try {
-      const Stamp moment = parseOracleDate(text, dateFormat_);
-      if (isLower) bounds.earliest = std::max(bounds.earliest, moment);
-      if (!isLower) bounds.latest = std::min(bounds.latest, moment);
-    } catch (const OracleError& error) {
-      throw SqlError{error.text, place};
-    }
-  }
-
+ private:
   std::string_view statement_;
-  std::size_t start_ = 0, end_ = 0;  // of the token
-  std::string token_;
-  CatalogKind kind_;
-  std::string_view dateFormat_;
+  std::size_t start_ = 0, end_ = 0;  // of what was taken last
+  std::string taken_;
 };
+
+constexpr const char* kBadStatement = "ORA-00933: SQL command not properly ended";
+constexpr const char* kText = "'([^']*)'";
+
+SelectHandles readSelect(Reader& reader, CatalogKind kind, std::string_view dateFormat) {
+  reader.expect("handle\\b", "ORA-00904: invalid identifier");
+  reader.expect("from\\b", "ORA-00923: FROM keyword not found where expected");
+  const bool isKnown = (kind != CatalogKind::kTarget && reader.take("rc_backup_piece\\b")) ||
+                       (kind != CatalogKind::kRecovery && reader.take("v\\$backup_piece\\b"));
+  if (!isKnown) reader.fail("ORA-00942: table or view does not exist");
+  SelectHandles bounds;
+  for (const char* word = "where\\b"; reader.take(word); word = "and\\b") {
+    reader.expect("completion_time\\b", "ORA-00904: invalid identifier");
+    reader.expect("([<>])=", "ORA-00920: invalid relational operator");
+    const bool isEarliest = reader.taken() == ">";
+    reader.expect(kText, "ORA-00936: missing expression");
+    try {
+      const Stamp moment = parseOracleDate(reader.taken(), dateFormat);
+      Stamp& bound = isEarliest ? bounds.earliest : bounds.latest;
+      bound = isEarliest ? std::max(bound, moment) : std::min(bound, moment);
+    } catch (const OracleError& error) {
+      reader.fail(error.text);
+    }
+  }
+  reader.expect("\\s*$", kBadStatement);
+  return bounds;
+}
 
 }  // namespace
 
 std::variant<SelectHandles, SetDateFormat> parseStatement(std::string_view statement,
                                                           CatalogKind kind,
                                                           std::string_view dateFormat) {
-  return Parser(statement, kind, dateFormat).parse();
+  Reader reader(statement);
+  if (reader.take("select\\b")) return readSelect(reader, kind, dateFormat);
+  reader.expect("alter\\s+session\\s+set\\s+nls_date_format\\s*=",
+                "ORA-02248: invalid option for ALTER SESSION");
+  reader.expect(kText, kBadStatement);
+  const SetDateFormat result{reader.taken()};
+  reader.expect("\\s*$", kBadStatement);
+  return result;
 }
 
 }  // namespace sandbox

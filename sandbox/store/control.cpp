@@ -34,8 +34,9 @@ void showLines(Database& database, std::string_view select, const Control::ShowL
 
 std::optional<std::string> findOperation(std::string_view name) {
   if (equalIgnoringCase(name.substr(0, 3), "vlt")) name.remove_prefix(3);
-  for (std::string_view operation : kFallibleOperations)
+  for (std::string_view operation : kFallibleOperations) {
     if (equalIgnoringCase(name, operation)) return "vlt" + std::string(operation);
+  }
   return std::nullopt;
 }
 

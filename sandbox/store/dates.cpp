@@ -15,20 +15,18 @@ std::chrono::year_month_day calendarDay(const DateParts& parts) {
           std::chrono::day(static_cast<unsigned>(parts.day))};
 }
 
-bool within(int value, int least, int most) { return value >= least && value <= most; }
-
 }  // namespace
 
 bool isRealDate(const DateParts& parts) {
-  return within(parts.year, 1, 9999) && within(parts.month, 1, 12) && within(parts.day, 1, 31) &&
-         within(parts.hour, 0, 23) && within(parts.minute, 0, 59) && within(parts.second, 0, 59) &&
-         calendarDay(parts).ok();
+  return parts.year >= 1 && parts.year <= 9999 && calendarDay(parts).ok() && parts.hour <= 23 &&
+         parts.minute <= 59 && parts.second <= 59;
 }
 
 Stamp toStamp(const DateParts& parts) {
   Stamp stamp = parts.year;
-  for (const int part : {parts.month, parts.day, parts.hour, parts.minute, parts.second})
+  for (const int part : {parts.month, parts.day, parts.hour, parts.minute, parts.second}) {
     stamp = stamp * 100 + part;
+  }
   return stamp;
 }
 

@@ -1,4 +1,4 @@
-// site.cpp: where a sandbox's files lie.
+// site.cpp: where a sandbox's files are.
 #include "sandbox/store/site.h"
 
 #include <cstdlib>
@@ -7,41 +7,27 @@
 #include "sandbox/store/text.h"
 
 namespace sandbox {
+namespace {
 
-std::string siteDirectory() {
+// A file of the site; empty without a site.
+std::string inSite(const std::string& name) {
   const char* home = std::getenv("SANDBOX_HOME");
-  return home != nullptr ? home : "";
+  return home == nullptr || *home == '\0' ? "" : std::string(home) + "/" + name;
 }
 
-std::string defaultStorePath() {
-  const std::string home = siteDirectory();
-  return home.empty() ? "" : home + "/store.db";
-}
+}  // namespace
+
+std::string defaultStorePath() { return inSite("store.db"); }
 
 std::string defaultPasswordDirectory(const std::string& storePath) {
-  const std::string home = siteDirectory();
-  if (!home.empty()) return home + "/passwords";
-  return std::filesystem::path(storePath).parent_path().string();
+  const std::string directory = inSite("passwords");
+  return directory.empty() ? std::filesystem::path(storePath).parent_path().string() : directory;
 }
 
-std::string catalogDirectory() { return siteDirectory() + "/catalogs"; }
-
-bool isCatalogName(std::string_view name) {
-  return !name.empty() && name.front() != '.' && name.find('/') == std::string_view::npos;
-}
-
-std::optional<std::string> findCatalog(std::string_view name) {
-  if (!isCatalogName(name) || siteDirectory().empty()) return std::nullopt;
-  std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(catalogDirectory(), error)) {
-    if (entry.path().extension() == ".db" && equalIgnoringCase(entry.path().stem().string(), name))
-      return entry.path().string();
-  }
-  return std::nullopt;
-}
-
-std::string newCatalogPath(std::string_view name) {
-  return catalogDirectory() + "/" + std::string(name) + ".db";
+std::string catalogPath(std::string_view name) {
+  const bool canBeFile =
+      !name.empty() && name.front() != '.' && name.find('/') == std::string_view::npos;
+  return canBeFile ? inSite("catalogs/" + lowerCase(name) + ".db") : "";
 }
 
 }  // namespace sandbox

@@ -113,8 +113,9 @@ void markKind(Database& database, std::int32_t applicationId, int version) {
 void requireKind(Database& database, std::int32_t applicationId, int version,
                  const std::string& path, const char* what) {
   if (database.queryInteger("PRAGMA application_id") != applicationId ||
-      database.queryInteger("PRAGMA user_version") != version)
+      database.queryInteger("PRAGMA user_version") != version) {
     throw StoreError(path + ": this file is not " + what);
+  }
 }
 
 }  // namespace sandbox

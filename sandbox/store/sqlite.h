@@ -1,12 +1,10 @@
 // sqlite.h: owners for SQLite's database and statement handles.
 //
-// Thin on purpose: a Database is a connection, a Statement one prepared text, a WriteTransaction a
-// write lock with an end. Every failure is a StoreError. One connection, with its statements,
-// belongs to one thread at a time. A statement that is being
-// stepped holds a snapshot of the data: what others commit meanwhile does not show in its rows.
-//
-// No general SQLite binding: only the types that the
-// sandbox's tables hold (64-bit integers and texts) have accessors.
+// A Database is a connection, a Statement one prepared text, a WriteTransaction a write lock with
+// an end. Every failure is a StoreError. One connection, with its statements, belongs to one thread
+// at a time. A statement that is being stepped holds a snapshot of the data: what others commit
+// meanwhile does not show in its rows. Only what the sandbox's tables hold, 64-bit integers and
+// texts, has accessors.
 #ifndef SANDBOX_STORE_SQLITE_H
 #define SANDBOX_STORE_SQLITE_H
 

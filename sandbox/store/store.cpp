@@ -35,26 +35,25 @@ void removeDatabase(const std::string& path) {
   }
 }
 
-// A `limit` of bytes and a required first character, or no further demand.
-std::string partFault(const char* what, std::string_view text, std::size_t limit, bool mayBeEmpty) {
-  if (text.size() > limit)
-    return std::string(what) + " is longer than " + std::to_string(limit) + " bytes";
-  if (text.empty() ? !mayBeEmpty : text.front() != '/')
-    return std::string(what) + " does not begin with \"/\"";
-  return {};
-}
-
 }  // namespace
 
 std::string objectNameFault(const Object& object) {
-  std::string fault = partFault("the filespace", object.fileSpace, VLT_MAX_FILESPACE, false);
-  if (fault.empty())
-    fault = partFault("the high-level name", object.highLevel, VLT_MAX_HIGHLEVEL, true);
-  if (fault.empty())
-    fault = partFault("the low-level name", object.lowLevel, VLT_MAX_LOWLEVEL, false);
-  if (fault.empty() && object.owner.size() > VLT_MAX_OWNER)
-    fault = "the owner is longer than " + std::to_string(VLT_MAX_OWNER) + " bytes";
-  return fault;
+  const struct {
+    const char* what;
+    const std::string& text;
+    std::size_t limit;
+    bool isName;  // begins with "/"
+    bool mayBeEmpty;
+  } parts[] = {{"the filespace", object.fileSpace, VLT_MAX_FILESPACE, true, false},
+               {"the high-level name", object.highLevel, VLT_MAX_HIGHLEVEL, true, true},
+               {"the low-level name", object.lowLevel, VLT_MAX_LOWLEVEL, true, false},
+               {"the owner", object.owner, VLT_MAX_OWNER, false, true}};
+  for (const auto& [what, text, limit, isName, mayBeEmpty] : parts) {
+    if (text.size() > limit) return what + (" is longer than " + std::to_string(limit) + " bytes");
+    const bool begins = text.empty() ? mayBeEmpty : !isName || text.front() == '/';
+    if (!begins) return what + std::string(" does not begin with \"/\"");
+  }
+  return {};
 }
 
 std::string callsPath(const std::string& storePath) { return storePath + "-calls"; }

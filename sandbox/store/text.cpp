@@ -5,21 +5,25 @@
 #include <charconv>
 
 namespace sandbox {
-namespace {
-
-char upperCase(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
-}  // namespace
 
 std::string upperCase(std::string_view text) {
   std::string result(text);
-  std::ranges::transform(result, result.begin(), [](char c) { return upperCase(c); });
+  for (char& c : result) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  return result;
+}
+
+std::string lowerCase(std::string_view text) {
+  std::string result(text);
+  for (char& c : result) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
   return result;
 }
 
 bool equalIgnoringCase(std::string_view left, std::string_view right) {
-  return std::ranges::equal(left, right,
-                            [](char a, char b) { return upperCase(a) == upperCase(b); });
+  return left.size() == right.size() && upperCase(left) == upperCase(right);
 }
 
 std::vector<std::string_view> split(std::string_view text, char separator) {

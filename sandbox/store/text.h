@@ -12,8 +12,9 @@ namespace sandbox {
 
 inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-// ASCII letters made capitals; every other byte is kept. Node names are stored this way.
+// ASCII letters made capitals or small; every other byte is kept.
 std::string upperCase(std::string_view text);
+std::string lowerCase(std::string_view text);
 bool equalIgnoringCase(std::string_view left, std::string_view right);
 
 // The fields between the separators; an empty text has one empty field.

@@ -87,8 +87,9 @@ bool Terminal::expect(std::string_view text, Timeout timeout) {
       return true;
     }
     // The text may straddle what is here and what comes.
-    if (transcript_.size() > text.size())
+    if (transcript_.size() > text.size()) {
       searchFrom = std::max(consumed_, transcript_.size() - text.size());
+    }
     // Asked before the reading: what an ended program has written is there, or will be in a moment.
     const bool hasEnded = outputEnded_ || reap();
     if (readWithin(hasEnded ? kGrace : kSlice)) continue;

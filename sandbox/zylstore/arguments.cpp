@@ -13,23 +13,16 @@ constexpr OptionRow kCommon[] = {
     {"--help", "", false, "show this text"},
 };
 
-std::string quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
-
-const OptionRow* findOption(std::span<const OptionRow> rows, std::string_view name) {
-  const auto found = std::ranges::find(rows, name, &OptionRow::name);
-  return found != rows.end() ? &*found : nullptr;
-}
-
 const OptionRow& requireOption(const CommandRow& command, std::string_view name) {
-  const OptionRow* row = findOption(command.options, name);
-  if (row == nullptr) row = findOption(kCommon, name);
-  if (row == nullptr)
-    throw UsageError(std::string(command.name) + ": unknown option " + quoted(name));
-  return *row;
+  for (const auto& rows : {command.options, std::span<const OptionRow>(kCommon)}) {
+    const auto found = std::ranges::find(rows, name, &OptionRow::name);
+    if (found != rows.end()) return *found;
+  }
+  throw UsageError(std::string(command.name) + ": unknown option " + inQuotes(name));
 }
 
 std::string padded(std::string text, std::size_t width) {
-  if (text.size() < width) text.resize(width, ' ');
+  text.resize(std::max(text.size(), width), ' ');
   return text;
 }
 
@@ -42,36 +35,40 @@ std::string optionLine(const OptionRow& row) {
 
 }  // namespace
 
+void demand(bool condition, const std::string& text) {
+  if (!condition) throw UsageError(text);
+}
+
+std::string inQuotes(std::string_view text) { return "\"" + std::string(text) + "\""; }
+
 Arguments::Arguments(const CommandRow& command, std::span<const std::string> words) {
+  const std::string commandName(command.name);
   for (std::size_t i = 0; i < words.size(); ++i) {
-    const std::string& word = words[i];
-    if (!word.starts_with("--")) {
-      positionals_.push_back(word);
+    if (!words[i].starts_with("--")) {
+      positionals_.push_back(words[i]);
       continue;
     }
-    const std::size_t equals = word.find('=');
-    const std::string name = word.substr(0, equals);
+    const std::size_t equals = words[i].find('=');
+    const std::string name = words[i].substr(0, equals);
     const OptionRow& row = requireOption(command, name);
     std::string& value = values_[name];
-    if (row.value.empty()) {
-      if (equals != std::string::npos) throw UsageError(name + " takes no value");
-    } else if (equals != std::string::npos) {
-      value = word.substr(equals + 1);
-    } else {
-      if (++i == words.size()) throw UsageError(name + " needs a value, " + std::string(row.value));
+    if (equals != std::string::npos) {
+      demand(!row.value.empty(), name + " takes no value");
+      value = words[i].substr(equals + 1);
+    } else if (!row.value.empty()) {
+      demand(++i < words.size(), name + " needs a value, " + std::string(row.value));
       value = words[i];
     }
   }
-  wantsHelp_ = has("--help");
-  if (wantsHelp_) return;
-  for (const OptionRow& row : command.options)
-    if (row.required && !has(row.name))
-      throw UsageError(std::string(command.name) + " needs the option " + std::string(row.name));
-  if (positionals_.size() < command.fewest)
-    throw UsageError(std::string(command.name) + " needs " + std::string(command.positionals));
-  if (positionals_.size() > command.most)
-    throw UsageError(std::string(command.name) + ": unexpected argument " +
-                     quoted(positionals_[command.most]));
+  if (has("--help")) return;
+  for (const OptionRow& row : command.options) {
+    demand(!row.required || has(row.name),
+           commandName + " needs the option " + std::string(row.name));
+  }
+  demand(positionals_.size() >= command.fewest,
+         commandName + " needs " + std::string(command.positionals));
+  if (positionals_.size() <= command.most) return;
+  throw UsageError(commandName + ": unexpected argument " + inQuotes(positionals_[command.most]));
 }
 
 std::string Arguments::text(std::string_view option, std::string_view otherwise) const {
@@ -82,41 +79,22 @@ std::string Arguments::text(std::string_view option, std::string_view otherwise)
 std::int64_t Arguments::number(std::string_view option, std::int64_t otherwise, std::int64_t least,
                                std::int64_t most) const {
   if (!has(option)) return otherwise;
-  const std::optional<std::int64_t> value = parseNumber(text(option), least, most);
-  if (!value)
-    throw UsageError(std::string(option) + ": " + quoted(text(option)) + " is not a number from " +
-                     std::to_string(least) + " to " + std::to_string(most));
+  const auto value = parseNumber(text(option), least, most);
+  demand(value.has_value(), std::string(option) + ": " + inQuotes(text(option)) +
+                                " is not a number from " + std::to_string(least) + " to " +
+                                std::to_string(most));
   return *value;
-}
-
-Stamp Arguments::date(std::string_view option, Stamp otherwise) const {
-  if (!has(option)) return otherwise;
-  const std::optional<Stamp> value = parseStamp(text(option));
-  if (!value)
-    throw UsageError(std::string(option) + ": " + quoted(text(option)) +
-                     " is not a date of the form YYYY-MM-DD or YYYY-MM-DDThh:mm:ss");
-  return *value;
-}
-
-std::size_t Arguments::choice(std::string_view option,
-                              std::span<const std::string_view> words) const {
-  if (!has(option)) return 0;
-  const auto found = std::ranges::find(words, text(option));
-  if (found != words.end()) return static_cast<std::size_t>(found - words.begin());
-  std::string known;
-  for (std::string_view word : words) known.append(known.empty() ? "" : ", ").append(word);
-  throw UsageError(std::string(option) + ": " + quoted(text(option)) + " is none of " + known);
 }
 
 const CommandRow& findCommand(std::span<const CommandRow> commands,
                               std::span<const std::string> words, std::size_t& used) {
-  if (words.empty()) throw UsageError("a command is missing; zylstore --help lists them");
+  demand(!words.empty(), "a command is missing; zylstore --help lists them");
   for (used = std::min<std::size_t>(2, words.size()); used > 0; --used) {
     const std::string name = used == 2 ? words[0] + " " + words[1] : words[0];
     const auto found = std::ranges::find(commands, name, &CommandRow::name);
     if (found != commands.end()) return *found;
   }
-  throw UsageError("unknown command " + quoted(words[0]) + "; zylstore --help lists them");
+  throw UsageError("unknown command " + inQuotes(words[0]) + "; zylstore --help lists them");
 }
 
 std::string helpText(std::span<const CommandRow> commands) {
@@ -124,11 +102,10 @@ std::string helpText(std::span<const CommandRow> commands) {
       "zylstore: the administrator's tool of the sandbox's storage server and Oracle catalogs\n\n"
       "Usage: zylstore COMMAND [ARGUMENT...] [--store PATH]\n"
       "       zylstore COMMAND --help\n\nCommands:\n";
-  for (const CommandRow& command : commands)
-    text.append("  ")
-        .append(padded(std::string(command.name), 14))
-        .append(command.help.substr(0, command.help.find('\n')))
-        .append("\n");
+  for (const CommandRow& command : commands) {
+    text += "  " + padded(std::string(command.name), 14);
+    text.append(command.help.substr(0, command.help.find('\n'))).append("\n");
+  }
   return text;
 }
 

@@ -14,8 +14,6 @@
 #include <string_view>
 #include <vector>
 
-#include "sandbox/store/dates.h"
-
 namespace sandbox {
 
 // What the user typed wrong: one line, exit status 2.
@@ -29,6 +27,11 @@ class CommandError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+// Throws UsageError with the text unless the condition holds.
+void demand(bool condition, const std::string& text);
+
+std::string inQuotes(std::string_view text);
 
 struct OptionRow {
   std::string_view name;   // "--hl"
@@ -48,7 +51,7 @@ struct CommandRow {
   void (*run)(const Arguments& arguments);
 };
 
-// The arguments of one command. The getters throw UsageError for a value that is not valid.
+// The arguments of one command.
 class Arguments {
  public:
   // `words` are those after the command's name. Throws UsageError.
@@ -56,19 +59,15 @@ class Arguments {
 
   bool has(std::string_view option) const { return values_.contains(option); }
   std::string text(std::string_view option, std::string_view otherwise = "") const;
+  // Throws UsageError for a value that is no such number.
   std::int64_t number(std::string_view option, std::int64_t otherwise, std::int64_t least,
                       std::int64_t most) const;
-  Stamp date(std::string_view option, Stamp otherwise) const;
-  // The position of the value among the words, or 0 without the option.
-  std::size_t choice(std::string_view option, std::span<const std::string_view> words) const;
 
   const std::vector<std::string>& positionals() const { return positionals_; }
-  bool wantsHelp() const { return wantsHelp_; }
 
  private:
   std::map<std::string, std::string, std::less<>> values_;
   std::vector<std::string> positionals_;
-  bool wantsHelp_ = false;
 };
 
 // The command that the first words name; `used` is how many they are. Throws UsageError.

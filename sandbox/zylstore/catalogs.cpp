@@ -1,4 +1,5 @@
 // catalogs.cpp: commands on Oracle catalogs, and the one that makes a whole site.
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <limits>
@@ -15,42 +16,45 @@ namespace {
 constexpr Stamp kEarliest = 0;
 constexpr Stamp kLatest = std::numeric_limits<Stamp>::max();
 
-void requireCatalogName(std::string_view name) {
-  if (siteDirectory().empty()) throw UsageError("catalogs need SANDBOX_HOME to be set");
-  if (!isCatalogName(name))
-    throw UsageError("a catalog's name is not empty, has no \"/\" and no \".\" in front");
+std::string requirePath(const std::string& name) {
+  demand(!defaultStorePath().empty(), "catalogs need SANDBOX_HOME to be set");
+  const std::string path = catalogPath(name);
+  demand(!path.empty(),
+         "a catalog's name is not empty, has no \"/\" and does not begin with \".\"");
+  return path;
 }
 
 OracleCatalog openCatalog(const std::string& name) {
-  requireCatalogName(name);
-  const std::optional<std::string> path = findCatalog(name);
-  if (!path) throw CommandError("there is no catalog \"" + name + "\"");
-  return OracleCatalog(*path);
+  const std::string path = requirePath(name);
+  if (std::filesystem::exists(path)) return OracleCatalog(path);
+  throw CommandError("there is no catalog " + inQuotes(name));
 }
 
 OracleCatalog createCatalog(const std::string& name, const std::string& user,
                             const std::string& password, CatalogKind kind) {
-  requireCatalogName(name);
-  if (user.empty() || password.empty()) throw UsageError("user and password must not be empty");
-  std::filesystem::create_directories(catalogDirectory());
-  return OracleCatalog::create(findCatalog(name).value_or(newCatalogPath(name)), user, password,
-                               kind);
+  const std::filesystem::path path = requirePath(name);
+  demand(!user.empty() && !password.empty(), "user and password must not be empty");
+  std::filesystem::create_directories(path.parent_path());
+  return OracleCatalog::create(path, user, password, kind);
 }
 
 void runCatalogAdd(const Arguments& arguments) {
   static constexpr std::string_view kKinds[] = {"recovery", "target", "both"};
   const std::string& name = arguments.positionals()[0];
-  const auto kind = static_cast<CatalogKind>(arguments.choice("--kind", kKinds) + 1);
-  createCatalog(name, arguments.text("--user"), arguments.text("--password"), kind);
+  const auto kind = std::ranges::find(kKinds, arguments.text("--kind", "recovery"));
+  demand(kind != std::end(kKinds), "--kind is none of recovery, target, both");
+  createCatalog(name, arguments.text("--user"), arguments.text("--password"),
+                static_cast<CatalogKind>(kind - kKinds + 1));
   std::cout << "catalog " << name << " ready\n";
 }
 
 std::string takePiece(std::span<const std::string_view> fields, PieceWriter& writer) {
   if (fields.size() != 2) return "has " + std::to_string(fields.size()) + " columns instead of 2";
-  if (fields[0].empty() || fields[0].size() > kMaxHandle)
+  if (fields[0].empty() || fields[0].size() > kMaxHandle) {
     return "a handle has 1 to " + std::to_string(kMaxHandle) + " bytes";
+  }
   const std::optional<Stamp> completed = parseStamp(fields[1]);
-  if (!completed) return std::string("\"").append(fields[1]).append("\" is not a date");
+  if (!completed) return inQuotes(fields[1]) + " is not a date";
   writer.add(fields[0], *completed);
   return {};
 }
@@ -68,8 +72,9 @@ void runCatalogLoad(const Arguments& arguments) {
 void runCatalogList(const Arguments& arguments) {
   OracleCatalog catalog = openCatalog(arguments.positionals()[0]);
   PieceReader pieces(catalog, kEarliest, kLatest);
-  while (pieces.next())
+  while (pieces.next()) {
     std::cout << pieces.handle() << '\t' << stampText(pieces.completed()) << '\n';
+  }
 }
 
 Node findOrRegister(Store& store, const std::string& name, const std::string& password) {
@@ -82,9 +87,9 @@ std::vector<OracleCatalog> openOrCreate(const std::string& list, const std::stri
   std::vector<OracleCatalog> catalogs;
   for (std::string_view item : split(list, ',')) {
     const std::string name(item);
-    requireCatalogName(name);
-    catalogs.push_back(findCatalog(name) ? openCatalog(name)
-                                         : createCatalog(name, user, password, CatalogKind::kBoth));
+    const bool isThere = std::filesystem::exists(requirePath(name));
+    catalogs.push_back(isThere ? openCatalog(name)
+                               : createCatalog(name, user, password, CatalogKind::kBoth));
   }
   return catalogs;
 }
@@ -97,15 +102,15 @@ SiteRequest requestOf(const Arguments& arguments) {
   request.seed = static_cast<std::uint64_t>(
       arguments.number("--seed", 1, 0, std::numeric_limits<std::int64_t>::max()));
   request.fileSpace = arguments.text("--fs", "/marlorc");
-  request.highLevel = "/oracle";
   request.owner = arguments.text("--owner");
-  request.today = arguments.date("--today", now());
-  if (request.today < 19750101000000) throw UsageError("--today must not be before 1975-01-01");
+  const auto today = parseStamp(arguments.text("--today", stampText(now())));
+  demand(today >= Stamp{19750101000000}, "--today is not a date from 1975-01-01 on");
+  request.today = *today;
   Object sample;
   sample.fileSpace = request.fileSpace;
-  sample.lowLevel = std::string(1, '/');
+  sample.lowLevel = "/";
   sample.owner = request.owner;
-  if (const std::string fault = objectNameFault(sample); !fault.empty()) throw UsageError(fault);
+  demand(objectNameFault(sample).empty(), objectNameFault(sample));
   return request;
 }
 

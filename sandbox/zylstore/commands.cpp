@@ -13,24 +13,21 @@ namespace sandbox {
 
 std::string storePath(const Arguments& arguments) {
   std::string path = arguments.text("--store", defaultStorePath());
-  if (path.empty()) throw UsageError("no store: give --store PATH or set SANDBOX_HOME");
+  demand(!path.empty(), "no store: give --store PATH or set SANDBOX_HOME");
   return path;
 }
 
 Node requireNode(Store& store, std::string_view name) {
   std::optional<Node> node = store.findNode(name);
-  if (!node) throw CommandError("node \"" + std::string(name) + "\" is not registered");
+  if (!node) throw CommandError("node " + inQuotes(name) + " is not registered");
   return *node;
 }
 
 void saveNode(Store& store, const std::string& name, const std::string& password, bool expired,
               bool mayDelete) {
-  if (name.empty() || name.size() > VLT_MAX_NODE || name.find('/') != std::string::npos) {
-    throw UsageError("a node's name has 1 to 64 bytes and no \"/\"");
-  }
-  if (password.empty() || password.size() > VLT_MAX_PASSWORD) {
-    throw UsageError("a password has 1 to 64 bytes");
-  }
+  demand(!name.empty() && name.size() <= VLT_MAX_NODE && name.find('/') == std::string::npos,
+         "a node's name has 1 to 64 bytes and no \"/\"");
+  demand(!password.empty() && password.size() <= VLT_MAX_PASSWORD, "a password has 1 to 64 bytes");
   store.saveNode({0, name, digestOf(password), expired, mayDelete});
 }
 
@@ -47,8 +44,9 @@ std::int64_t readTable(const std::string& file, const LineTaker& take) {
     if (line.empty() || line.starts_with('#')) continue;
     const std::string fault = take(split(line, '\t'));
     ++taken;
-    if (!fault.empty() && ++bad <= kMaxComplaints)
+    if (!fault.empty() && ++bad <= kMaxComplaints) {
       std::cerr << "zylstore: line " << number << ": " << fault << "\n";
+    }
   }
   if (!input.eof()) throw CommandError(file + " cannot be read");
   if (bad > 0) throw CommandError(std::to_string(bad) + " bad lines, nothing loaded");

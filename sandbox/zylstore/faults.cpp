@@ -12,57 +12,45 @@ constexpr std::int64_t kMostCalls = 1'000'000'000;
 
 // What the positional arguments and options order.
 Fault faultOf(const Arguments& arguments) {
-  if (arguments.positionals().size() != 2)
-    throw UsageError("fault needs OPERATION CODE, --clear or --list");
-  const std::string& name = arguments.positionals()[0];
-  const std::optional<std::string> operation = findOperation(name);
-  if (!operation)
-    throw UsageError("\"" + name + "\" is no operation that returns a code; try vltEndTxn");
-  const std::optional<std::int64_t> code =
-      parseNumber(arguments.positionals()[1], INT16_MIN, INT16_MAX);
-  if (!code)
-    throw UsageError("\"" + arguments.positionals()[1] + "\" is not a code from -32768 to 32767");
-  Fault fault;
-  fault.operation = *operation;
-  fault.code = static_cast<std::int16_t>(*code);
-  fault.reason = static_cast<std::uint16_t>(arguments.number("--reason", 0, 0, UINT16_MAX));
-  fault.remaining = arguments.number("--after", 0, 0, kMostCalls);
-  fault.times = arguments.number("--times", 1, 1, kMostCalls);
-  if (fault.reason != 0 && fault.operation != "vltEndTxn")
-    throw UsageError("--reason is for vltEndTxn");
-  if (fault.code == 0 && fault.reason == 0)
-    throw UsageError("code 0 is no fault; for vltEndTxn it is one with --reason");
-  return fault;
+  const std::vector<std::string>& words = arguments.positionals();
+  demand(words.size() == 2, "fault needs OPERATION CODE, --clear or --list");
+  const auto operation = findOperation(words[0]);
+  demand(operation.has_value(),
+         inQuotes(words[0]) + " is not an operation that returns a code; try vltEndTxn");
+  const auto code = parseNumber(words[1], INT16_MIN, INT16_MAX);
+  demand(code.has_value(), inQuotes(words[1]) + " is not a code from -32768 to 32767");
+  const std::int64_t reason = arguments.number("--reason", 0, 0, UINT16_MAX);
+  demand(reason == 0 || *operation == "vltEndTxn", "--reason is for vltEndTxn");
+  demand(*code != 0 || reason != 0, "code 0 is not a fault; for vltEndTxn it is one with --reason");
+  return {0,
+          *operation,
+          static_cast<std::int16_t>(*code),
+          static_cast<std::uint16_t>(reason),
+          arguments.number("--after", 0, 0, kMostCalls),
+          arguments.number("--times", 1, 1, kMostCalls)};
 }
 
 void printLine(std::string_view line) { std::cout << line << '\n'; }
 
 void runFault(const Arguments& arguments) {
   const bool clears = arguments.has("--clear"), lists = arguments.has("--list");
-  if ((clears || lists) && (clears == lists || !arguments.positionals().empty()))
-    throw UsageError("fault takes either OPERATION CODE, --clear or --list");
+  demand(clears + lists + !arguments.positionals().empty() < 2,
+         "fault takes either OPERATION CODE, --clear or --list");
   // Read before the store is opened: what was typed wrong is said first.
   const Fault fault = clears || lists ? Fault() : faultOf(arguments);
   Control control(storePath(arguments));
-  if (clears)
-    control.clearFaults();
-  else if (lists)
-    control.listFaults(printLine);
-  else
-    control.arm(fault);
+  if (clears) return control.clearFaults();
+  if (lists) return control.listFaults(printLine);
+  control.arm(fault);
 }
 
 void runCalls(const Arguments& arguments) {
   const std::string& word = arguments.positionals()[0];
   Control control(storePath(arguments));
-  if (word == "on" || word == "off")
-    control.switchRecording(word == "on");
-  else if (word == "show")
-    control.listCalls(printLine);
-  else if (word == "clear")
-    control.clearCalls();
-  else
-    throw UsageError("calls: \"" + word + "\" is none of on, off, show, clear");
+  if (word == "show") return control.listCalls(printLine);
+  if (word == "clear") return control.clearCalls();
+  demand(word == "on" || word == "off", inQuotes(word) + " is none of on, off, show, clear");
+  control.switchRecording(word == "on");
 }
 
 constexpr OptionRow kFaultOptions[] = {
@@ -82,7 +70,7 @@ constexpr CommandRow kCommands[] = {
      kFaultOptions, runFault},
     {"calls", "on|off|show|clear", 1, 1,
      "record the calls that programs make\n"
-     "show prints one line a call, in the order in which they were made, tab-separated: number,\n"
+     "show prints one line per call, in the order in which they were made, tab-separated: number,\n"
      "process id, operation, arguments, code. Passwords are never recorded.",
      kNoOptions, runCalls},
 };

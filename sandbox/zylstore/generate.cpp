@@ -62,8 +62,9 @@ struct OracleDatabase {
 // A number in the digits 0-9a-v, at least `width` of them.
 std::string base32(std::uint64_t value, std::size_t width) {
   std::string text;
-  for (; value > 0 || text.size() < width; value /= 32)
+  for (; value > 0 || text.size() < width; value /= 32) {
     text.insert(text.begin(), "0123456789abcdefghijklmnopqrstuv"[value % 32]);
+  }
   return text;
 }
 
@@ -79,7 +80,7 @@ class Generator {
     }
     object_.node = node.id;
     object_.fileSpace = request.fileSpace;
-    object_.highLevel = request.highLevel;
+    object_.highLevel = "/oracle";
     object_.owner = request.owner;
     object_.state = VLT_STATE_ACTIVE;
   }
@@ -205,8 +206,9 @@ SiteSummary generateSite(Store& store, const Node& node, std::vector<OracleCatal
   WriteTransaction storeChange(store.database());
   std::vector<std::unique_ptr<WriteTransaction>> catalogChanges;
   catalogChanges.reserve(catalogs.size());
-  for (OracleCatalog& catalog : catalogs)
+  for (OracleCatalog& catalog : catalogs) {
     catalogChanges.push_back(std::make_unique<WriteTransaction>(catalog.database()));
+  }
   const SiteSummary summary = Generator(store, node, catalogs, request).run();
   for (auto& change : catalogChanges) change->commit();
   storeChange.commit();

@@ -23,7 +23,7 @@ struct SiteRequest {
   std::int64_t objects = 0;
   std::int64_t orphans = 0;  // at most `objects`
   std::uint64_t seed = 0;
-  std::string fileSpace, highLevel, owner;
+  std::string fileSpace, owner;
   Stamp today = 0;
 };
 

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <iostream>
 #include <limits>
-#include <map>
 
 #include "api/vltlib.h"
 #include "sandbox/store/secrets.h"
@@ -18,8 +17,9 @@ constexpr std::int64_t kMaxNumber = std::numeric_limits<std::int64_t>::max();
 
 void runInit(const Arguments& arguments) {
   const std::string path = storePath(arguments);
-  if (std::filesystem::exists(path) && !arguments.has("--force"))
+  if (std::filesystem::exists(path) && !arguments.has("--force")) {
     throw CommandError(path + " exists; --force replaces it");
+  }
   const std::int64_t firstId = arguments.number("--first-id", 1, 1, kMaxNumber);
   const auto directory = std::filesystem::path(path).parent_path();
   if (!directory.empty()) std::filesystem::create_directories(directory);
@@ -70,24 +70,25 @@ class ObjectLoader {
 
   // Returns what is wrong with the line, or an empty text.
   std::string take(std::span<const std::string_view> fields) {
-    if (fields.size() < 7 || fields.size() > 8)
+    if (fields.size() < 7 || fields.size() > 8) {
       return "has " + std::to_string(fields.size()) + " columns instead of 7 or 8";
+    }
     Object object;
     object.node = nodeNumber(fields[0]);
-    if (object.node == 0) return "node \"" + std::string(fields[0]) + "\" is not registered";
+    if (object.node == 0) return "node " + inQuotes(fields[0]) + " is not registered";
     object.fileSpace = fields[1];
     object.highLevel = fields[2];
     object.lowLevel = fields[3];
     object.owner = fields[4];
     const std::optional<Stamp> inserted = parseStamp(fields[5]);
-    if (!inserted) return "\"" + std::string(fields[5]) + "\" is not a date";
+    if (!inserted) return inQuotes(fields[5]) + " is not a date";
     object.inserted = *inserted;
     const auto size = parseNumber(fields[6], 0, kMaxNumber);
-    if (!size) return "\"" + std::string(fields[6]) + "\" is not a size";
+    if (!size) return inQuotes(fields[6]) + " is not a size";
     object.size = *size;
     if (fields.size() == 8) {
       for (std::string_view flag : split(fields[7], ',')) {
-        if (!applyFlag(flag, object)) return "unknown flag \"" + std::string(flag) + "\"";
+        if (!applyFlag(flag, object)) return "unknown flag " + inQuotes(flag);
       }
     }
     std::string fault = objectNameFault(object);
@@ -98,18 +99,16 @@ class ObjectLoader {
   std::int64_t lastId() const { return lastId_; }
 
  private:
-  // 0: not registered. Remembered, because a file names few nodes in many lines.
+  // 0: not registered. The last one is remembered, because a file names few nodes in many lines.
   std::int64_t nodeNumber(std::string_view name) {
-    const auto known = nodes_.find(name);
-    if (known != nodes_.end()) return known->second;
-    const std::optional<Node> node = store_.findNode(name);
-    return nodes_.emplace(name, node ? node->id : 0).first->second;
+    if (!node_ || name != node_->name) node_ = store_.findNode(name);
+    return node_ ? node_->id : 0;
   }
 
   Store& store_;
   ObjectWriter writer_;
   std::int64_t lastId_ = 0;
-  std::map<std::string, std::int64_t, std::less<>> nodes_;
+  std::optional<Node> node_;
 };
 
 // One line of an object file, made of the options.
@@ -130,7 +129,7 @@ void runPut(const Arguments& arguments) {
   ObjectLoader loader(store);
   const std::string fault =
       loader.take(std::vector<std::string_view>(std::begin(fields), std::end(fields)));
-  if (!fault.empty()) throw UsageError(fault);
+  demand(fault.empty(), fault);
   std::cout << loader.lastId() << "\n";
 }
 
@@ -168,10 +167,12 @@ void runList(const Arguments& arguments) {
 
 void runLimits(const Arguments& arguments) {
   Store store(storePath(arguments));
-  if (arguments.has("--max-objects-per-txn"))
+  if (arguments.has("--max-objects-per-txn")) {
     store.changeSetting("maxObjPerTxn", arguments.number("--max-objects-per-txn", 0, 0, 65535));
-  if (arguments.has("--latency"))
+  }
+  if (arguments.has("--latency")) {
     store.changeSetting("latency", arguments.number("--latency", 0, 0, 60'000));
+  }
   std::cout << "max-objects-per-txn " << store.setting("maxObjPerTxn") << "\n"
             << "latency " << store.setting("latency") << "\n";
 }

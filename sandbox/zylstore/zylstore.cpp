@@ -10,35 +10,28 @@
 namespace sandbox {
 namespace {
 
-std::vector<CommandRow> allCommands() {
+void run(std::vector<std::string> words) {
+  // A --store that precedes the command is moved to the end, to the command's options.
+  if (!words.empty() && words[0].starts_with("--store")) {
+    const std::ptrdiff_t length = words[0] == "--store" && words.size() > 1 ? 2 : 1;
+    std::rotate(words.begin(), words.begin() + length, words.end());
+  }
   std::vector<CommandRow> commands;
-  for (const auto rows : {objectCommands(), catalogCommands(), faultCommands()})
+  for (const auto rows : {objectCommands(), catalogCommands(), faultCommands()}) {
     commands.insert(commands.end(), rows.begin(), rows.end());
-  return commands;
-}
-
-// Moves a --store that precedes the command to the end, to the command's options.
-void moveStoreOption(std::vector<std::string>& words) {
-  if (words.empty() || !words[0].starts_with("--store")) return;
-  const std::ptrdiff_t length = words[0] == "--store" && words.size() > 1 ? 2 : 1;
-  std::rotate(words.begin(), words.begin() + length, words.end());
-}
-
-void run(std::vector<std::string> allWords) {
-  moveStoreOption(allWords);
-  const std::span<const std::string> words = allWords;
-  const std::vector<CommandRow> commands = allCommands();
+  }
   if (!words.empty() && (words[0] == "--help" || words[0] == "help")) {
     std::cout << helpText(commands);
     return;
   }
   std::size_t used = 0;
   const CommandRow& command = findCommand(commands, words, used);
-  const Arguments arguments(command, words.subspan(used));
-  if (arguments.wantsHelp())
+  const Arguments arguments(command, std::span(words).subspan(used));
+  if (arguments.has("--help")) {
     std::cout << helpText(command);
-  else
+  } else {
     command.run(arguments);
+  }
 }
 
 int complain(const char* what, int status) {
