@@ -8,7 +8,7 @@
 set -euo pipefail
 site=$1
 
-# The lines of the store's list that the run took away. (diff ends with 1 when there is a difference.)
+# The lines of the store's list that are gone after the run. (diff ends with 1 if there is a difference.)
 gone() { diff "$site/before" "$site/after" | sed -n 's/^< //p' || true; }
 
 if [[ -t 0 && -t 1 ]]; then
@@ -35,7 +35,7 @@ awk -F'\t' 'NR == FNR { known[$1]; next } { name = $7; sub("^/", "", name); if (
 orphans=$(wc -l <"$site/orphans")
 
 cat "$(dirname "$0")/logon.session" - >"$site/session" <<'EOF'
-# Entries 1 to 3 are picked, then 2 is dropped again: 1 and 3 stay picked.
+# Entries 1 to 3 are picked, then 2 is dropped again: 1 and 3 are still picked.
 expect Command ==>
 send 1:3+
 expect Command ==>

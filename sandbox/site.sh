@@ -3,7 +3,7 @@
 # stand-ins are: site_programs (directories with ":" between them) and site_libraries.
 : "${site_programs:?}" "${site_libraries:?}"
 
-# Lets the stand-ins be found before anything else of their names, with the site in $1.
+# Puts the stand-ins first on the search paths, with the site in $1.
 enter_site() {
   export SANDBOX_HOME=$1
   export PATH=$site_programs:$PATH
@@ -38,7 +38,7 @@ END
 }
 
 # What the shell of site $1 reads first. The user's own start-up file may put a real sqlplus or client
-# library in front, which would then be taken for a stand-in: the site is entered again after it.
+# library first on the path, so the site is entered again after it.
 shell_start() {
   # shellcheck disable=SC2016 # for the other shell
   echo '[[ ! -r ~/.bashrc ]] || source ~/.bashrc'

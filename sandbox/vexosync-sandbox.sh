@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# vexosync-sandbox: a shell, or one command, in a site in miniature. The stand-ins lie in bin and lib
-# beside this script, wherever the link to it is.
+# vexosync-sandbox: a shell, or one command, in a site in miniature. The stand-ins are in bin and
+# lib beside this script, wherever the link to it is.
 set -euo pipefail
 here=$(dirname "$(readlink -f "$0")")
 site_programs=$here/bin site_libraries=$here/lib
@@ -13,8 +13,8 @@ Usage: vexosync-sandbox [DIRECTORY] [-- COMMAND [ARGUMENT ...]]
 
 Opens a shell in which vexosync, sqlplus and zylstore work on a site in miniature: 2,000 generated
 backup objects, of which two catalogs know 1,960. The site is in DIRECTORY: an empty or new one gets a
-new site, which stays there; one that has a site is used as it is. Without DIRECTORY the site is
-temporary and goes when you leave. With COMMAND that is run instead of the shell.
+new site, which is kept; one that has a site is used as it is. Without DIRECTORY the site is temporary
+and is removed when you leave. COMMAND is run instead of the shell.
 END
 }
 
@@ -63,7 +63,7 @@ main() {
   if [[ $# -gt 0 ]]; then
     "$@"
   else
-    echo "The site is in $directory${temporary:+ (it goes when you leave)}."
+    echo "The site is in $directory${temporary:+ (it is removed when you leave)}."
     site_shell "$directory"
   fi
 }

@@ -1,4 +1,4 @@
-// checks.cpp: the checks of what callers pass.
+// checks.cpp: checks of what callers pass.
 #include "sandbox/library/checks.h"
 
 namespace sandbox {

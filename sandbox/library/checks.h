@@ -1,6 +1,6 @@
-// checks.h: the interface as its implementer includes it, and the checks of what callers pass.
+// checks.h: the interface as the library includes it, and checks of what callers pass.
 //
-// The library is built with hidden symbols. The interface's declarations are the exception, so that
+// The library is built with hidden symbols. Only the interface's declarations are visible, so that
 // exactly the entry points can be found from outside.
 #ifndef SANDBOX_LIBRARY_CHECKS_H
 #define SANDBOX_LIBRARY_CHECKS_H
@@ -22,7 +22,7 @@ namespace sandbox {
 // The library's own version, and the server's.
 inline constexpr VltApiVersionEx kLibraryVersion = {2, 8, 1, 13, 0};
 
-// Why an operation is not carried out. Stays inside the library: the entry points turn it into
+// Why an operation is not carried out. It never leaves the library: the entry points turn it into
 // their return code.
 struct Refusal {
   std::int16_t code;
@@ -33,23 +33,23 @@ inline void require(bool condition, std::int16_t code = VLT_RC_BAD_ARGUMENT) {
   if (!condition) throw Refusal{code};
 }
 
-// The record is there and its caller was built for the version that the library knows.
+// Throws Refusal unless the record is there, in the version that the library knows.
 template <typename Record>
 void requireRecord(const Record* record, std::uint16_t version) {
   require(record != nullptr);
   require(record->structVersion == version, VLT_RC_BAD_STRUCT_VERSION);
 }
 
-// A text that a pointer gives; null counts as empty. Refused if it is longer than `limit` bytes.
+// A text by its pointer; null counts as empty. Refused if it is longer than `limit` bytes.
 std::string_view checkedText(const char* text, std::size_t limit);
 
-// A text in a caller's record. Refused if the array has no terminator.
+// A text in a caller's record. Refused if it has no terminator.
 template <std::size_t Size>
 std::string_view checkedText(const char (&array)[Size]) {
   return checkedText(array, Size - 1);
 }
 
-// Copies as much as fits and always terminates.
+// Copies what fits, and always terminates.
 template <std::size_t Size>
 void fillText(char (&array)[Size], std::string_view text) {
   array[text.copy(array, Size - 1)] = '\0';
@@ -64,7 +64,7 @@ constexpr VltWord64 toWord(std::int64_t value) {
   return {static_cast<std::uint32_t>(bits >> 32), static_cast<std::uint32_t>(bits)};
 }
 
-// A bound in the store's form; 0 for "no date". Refused if the calendar has no such moment.
+// A date in the store's form; 0 for "no date". Refused if there is no such moment.
 Stamp checkedDate(const VltDate& date);
 VltDate toDate(Stamp stamp);
 

@@ -1,4 +1,4 @@
-// cipher.cpp: entry points of the key and the block cipher.
+// cipher.cpp: entry points of the block cipher and its key.
 //
 // They return nothing and need no set-up; a null pointer makes them do nothing.
 #include <cstring>

@@ -1,12 +1,12 @@
 // frame.h: what the storage client library holds in a process, and the frame of every call.
 //
-// One mutex guards everything: an entry point takes it first and gives it up last, so that calls of
-// several threads follow each other and the recorded order is the real one. The state begins empty,
-// is made by vltSetUp and emptied by vltCleanUp.
+// One mutex guards everything: an entry point takes it first and releases it last, so that calls of
+// several threads follow each other and are recorded in their real order. vltSetUp fills the state,
+// vltCleanUp empties it.
 //
-// An entry point is a call of enter() or enterSession() with its body, the text of its arguments
-// for the record, and, if an armed fault has to leave something behind, that. The frame does the
-// rest: handle look-up, faults, recording, and turning exceptions into codes.
+// An entry point calls enter() or enterSession() with its body and, if it has them, with the text
+// of its arguments for the record and with what an armed fault has to do. The frame does the rest:
+// handle look-up, faults, recording, and turning exceptions into codes.
 #ifndef SANDBOX_LIBRARY_FRAME_H
 #define SANDBOX_LIBRARY_FRAME_H
 
@@ -32,7 +32,7 @@ struct Session {
         control(std::move(sessionControl)),
         store(options.storePath) {}
 
-  ClientOptions options;  // with the node name in force
+  ClientOptions options;  // with the node that was logged on
   std::shared_ptr<Control> control;
   Store store;
   Node node;
@@ -56,8 +56,8 @@ struct Library {
 
 Library& library();
 
-// The control of a store, shared with the process if the process uses the same store; null if there
-// is no store at the path.
+// The control of a store: the process's own if it uses the same store; null if there is no store at
+// the path.
 std::shared_ptr<Control> controlFor(const std::string& storePath);
 
 // The return code of the exception that is being handled.
@@ -67,7 +67,7 @@ std::int16_t codeOfException();
 enum class Access {
   kLoggedOn,     // not those whose password has expired
   kEvenExpired,  // any
-  kPerObject,    // as kLoggedOn; runs once per object, and so trusts the last look at the faults
+  kPerObject,    // as kLoggedOn; runs once per object, and so does not look again
 };
 
 // Throws Refusal unless the session is there and accepted.
@@ -76,7 +76,7 @@ Session& requireSession(Session* session, Access access);
 // Reads the control's state again; a failing store shows in the operation itself.
 void refreshQuietly(Control* control);
 
-// The parts of an entry point that most have not.
+// What most entry points do not need.
 inline constexpr auto kNoArguments = [] { return std::string(); };
 inline constexpr auto kNothingToUndo = [](const Fault&) {};
 
@@ -136,7 +136,7 @@ std::int16_t enterSession(const char* operation, std::uint32_t handle, Access ac
                           const OnFault& onFault = kNothingToUndo) noexcept {
   const std::lock_guard lock(library().mutex);
   Session* session = library().find(handle);
-  // Kept here, because the body may end the session.
+  // Held here, because the body may end the session.
   const std::shared_ptr<Control> control =
       session != nullptr ? session->control : library().control;
   if (access != Access::kPerObject) refreshQuietly(control.get());

@@ -10,11 +10,11 @@ namespace {
 
 std::string hostName() {
   char name[VLT_MAX_NODE + 1] = "";
-  gethostname(name, sizeof name - 1);  // ignore: an empty name is an unknown node
+  gethostname(name, sizeof name - 1);  // ignore: the server does not know an empty name
   return name;
 }
 
-// The options in force for the session: its own file, else the process's, then the option text.
+// The session's options: from its own file, else the process's; the option text overrides them.
 ClientOptions optionsOf(const VltInitExIn& in) {
   const std::string_view file = checkedText(in.configFile, VLT_MAX_PATH);
   ClientOptions options = file.empty() ? library().options : readClientOptions(std::string(file));
@@ -63,7 +63,7 @@ int logOn(const VltInitExIn* in, const std::shared_ptr<Control>& control, std::u
   const ClientOptions options = optionsOf(*in);
   const std::string_view owner = checkedText(in->clientOwnerName, VLT_MAX_OWNER);
   const std::string_view password = checkedText(in->clientPassword, VLT_MAX_PASSWORD);
-  // Nobody but the node itself may open its session.
+  // Only the node itself may open its session.
   const std::string_view user = checkedText(in->userName, VLT_MAX_NODE);
   require(user.empty() || equalIgnoringCase(user, options.nodeName), VLT_RC_NOT_AUTHORIZED);
   if (out != nullptr) requireRecord(out, 1);
@@ -83,8 +83,8 @@ int logOn(const VltInitExIn* in, const std::shared_ptr<Control>& control, std::u
   return node->expired ? VLT_RC_PASSWORD_EXPIRED : VLT_RC_OK;
 }
 
-// The control of the store that the logon leads to. Arguments that lead nowhere are reported by the
-// logon itself; until then the process's own control sees the call.
+// The control of the store that the logon leads to. If the arguments are wrong, which the logon
+// itself reports, the process's own.
 std::shared_ptr<Control> controlOf(const VltInitExIn* in) {
   try {
     requireInput(in);

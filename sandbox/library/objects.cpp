@@ -126,7 +126,7 @@ std::int16_t vltEndTxn(std::uint32_t handle, std::uint8_t vote, std::uint16_t* r
                " reason=" + (reason != nullptr ? std::to_string(*reason) : "-");
       },
       [&](const Fault& fault) {
-        // The ordered failure is the server's: whatever the vote was, it aborts.
+        // An ordered failure is the server's: it aborts, whatever the vote was.
         if (Session* session = library().find(handle)) session->transaction.reset();
         if (reason != nullptr) *reason = fault.reason;
       });

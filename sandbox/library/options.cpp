@@ -76,7 +76,7 @@ ClientOptions readClientOptions(const std::string& path) {
   std::ifstream file(path);
   std::string line;
   while (std::getline(file, line)) applyLine(line, options);
-  // Reading to the end is the only good end: a directory opens, but cannot be read.
+  // A directory can be opened, but not read.
   require(file.eof(), VLT_RC_BAD_OPTION);
   return options;
 }

@@ -4,15 +4,15 @@
 namespace sandbox {
 namespace {
 
-// Row by row: see store.h for why there is no index.
+// A scan of all rows: store.h says why there is no index.
 std::string selectText() {
   return "SELECT " + std::string(kObjectColumns) +
          " FROM object WHERE node=?1 AND state=?2 AND fs=?3 AND (?4='' OR owner=?4) AND "
          "(?5=0 OR inserted<=?5) AND hl GLOB ?6 AND ll GLOB ?7 ORDER BY id";
 }
 
-// SQLite's patterns have the interface's "*" and "?", and brackets as well, which mean nothing
-// here.
+// SQLite's patterns have the interface's "*" and "?". They also have brackets, which are plain
+// characters here.
 std::string globOf(std::string_view pattern) {
   std::string glob;
   for (char c : pattern) glob.append(c == '[' ? "[[]" : std::string(1, c));
@@ -40,7 +40,7 @@ ObjectQuery::ObjectQuery(const std::string& storePath, const Node& node,
   select_.bindAll(node.id, query.objState, checkedText(name.fileSpace),
                   checkedText(query.owner, VLT_MAX_OWNER), checkedDate(query.pitDate),
                   globOf(checkedText(name.highLevel)), globOf(checkedText(name.lowLevel)));
-  // SQLite takes the snapshot with the first row, so that row is fetched now.
+  // SQLite takes the snapshot at the first row, so that row is fetched now.
   rowWaits_ = select_.step();
 }
 

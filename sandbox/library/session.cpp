@@ -1,4 +1,4 @@
-// session.cpp: entry points that set the library up and tell about the process and a session.
+// session.cpp: entry points for set-up and clean-up, and for what a process or session is like.
 #include "sandbox/library/frame.h"
 
 namespace sandbox {
@@ -14,8 +14,8 @@ ClientOptions optionsOf(const VltEnvSetUp* envSetUp) {
   return readClientOptions(std::string(checkedText(envSetUp->vltiConfig)));
 }
 
-// The store that the process is going to use, for faults and recording; null if the arguments do
-// not lead to one, which the operation itself reports or accepts.
+// The control of the store that the process is going to use; null if the arguments do not lead to
+// one, which the operation itself reports or accepts.
 std::shared_ptr<Control> controlOf(const VltEnvSetUp* envSetUp) {
   try {
     return controlFor(optionsOf(envSetUp).storePath);
@@ -54,7 +54,7 @@ using namespace sandbox;
 std::int16_t vltSetUp(std::uint8_t multithread, const VltEnvSetUp* envSetUp) {
   return enterCharged(
       __func__,
-      // A repeated call is charged to the store that is in use, not to the one that it names.
+      // A repeated call counts for the store in use, not for the one that it names.
       [&] { return library().isSetUp ? library().control : controlOf(envSetUp); },
       [&](const std::shared_ptr<Control>& control) {
         require(multithread <= VLT_MULTITHREAD);
@@ -124,7 +124,7 @@ void vltQueryApiVersion(VltApiVersion* version) {
 }
 
 void vltQueryApiVersionEx(VltApiVersionEx* version) {
-  // The caller cannot be told of a wrong version: its record is left alone.
+  // There is no code for a wrong version: the record is left alone.
   if (version == nullptr || version->structVersion != kLibraryVersion.structVersion) return;
   *version = kLibraryVersion;
 }

@@ -1,7 +1,7 @@
 // texts.cpp: the texts of the return codes, and their entry points.
 //
-// A text is an identifier of nine bytes, a blank, a sentence that says what happened, and one that
-// says what to do: "ZYL0051E The server refused the password. ...".
+// A text is an identifier of nine bytes, a blank, what happened, and what to do: "ZYL0051E The
+// server refused the password. ...".
 #include <algorithm>
 #include <cstdlib>
 
@@ -20,8 +20,8 @@ constexpr std::size_t kIdentifier = sizeof "ZYL0000E " - 1;
 
 constexpr CodeText kTexts[] = {
     {VLT_RC_SERVER_UNREACHABLE, 'E',
-     "The storage server does not answer. Check the server address and the STORE option in the "
-     "client options file and that the server runs, then try again."},
+     "The storage server does not answer. Check that it is running, and check the STORE option in "
+     "the client options file. Then try again."},
     {VLT_RC_OK, 'I', "The operation was successful."},
     {VLT_RC_NO_MATCH, 'W',
      "No object on the server matches, or the object has been deleted. List the objects again and "
@@ -35,43 +35,42 @@ constexpr CodeText kTexts[] = {
      "The server does not know this node. Check the node name in the options files, or have the "
      "server's administrator register the node."},
     {VLT_RC_NOT_AUTHORIZED, 'E',
-     "The node may not do this. Have the server's administrator give the node the right, for "
+     "The node is not authorized to do this. Ask the server's administrator for the right, for "
      "example to delete backup objects."},
     {VLT_RC_FINISHED, 'I', "The query has no further object."},
     {VLT_RC_UNKNOWN_FORMAT, 'W',
      "The object was stored in a format that this client cannot show. Use a newer client for this "
-     "object; the query goes on."},
-    {VLT_RC_MORE_DATA, 'I', "An object was returned and more may follow."},
+     "object; the query continues."},
+    {VLT_RC_MORE_DATA, 'I', "An object was returned, and more may follow."},
     {VLT_RC_CHECK_REASON, 'E',
-     "The server aborted the transaction and changed nothing. Look at the reason code that came "
-     "with the abort, remove the cause and repeat the transaction."},
+     "The server aborted the transaction and changed nothing. The reason code names the cause: "
+     "remove it and repeat the transaction."},
     {VLT_RC_NOT_SET_UP, 'S',
      "The client library was called before it was set up. This is an error in the calling program: "
      "report it."},
     {VLT_RC_BAD_HANDLE, 'S',
      "There is no session with this handle. This is an error in the calling program: report it."},
     {VLT_RC_BAD_STRUCT_VERSION, 'S',
-     "A record has a version that this client library does not know. Install the program and the "
-     "client library in matching levels."},
+     "A record has a version that this client library does not know. Install matching levels of "
+     "the program and the client library."},
     {VLT_RC_BAD_SEQUENCE, 'S',
      "The call is not allowed at this point. This is an error in the calling program: report it."},
     {VLT_RC_BAD_ARGUMENT, 'E',
      "A name or value is missing, too long or out of range. Check the filespace, node and owner "
      "names in the options files; a filespace begins with \"/\"."},
     {VLT_RC_BUFFER_TOO_SMALL, 'S',
-     "The buffer is too small for the object. Install the program and the client library in "
-     "matching levels."},
+     "The buffer is too small for the object. Install matching levels of the program and the "
+     "client library."},
     {VLT_RC_TXN_LIMIT, 'E',
      "The transaction holds more objects than the server takes at once. Process fewer objects in "
      "one transaction, or have the server's administrator raise the limit."},
     {VLT_RC_NOT_SUPPORTED, 'E', "This client library does not offer the function."},
     {VLT_RC_BAD_OPTION, 'E',
-     "An options file or option cannot be read, or names a directory that cannot be used. Check "
-     "that the client options file exists and is readable, its keywords and values, and the "
-     "password directory."},
+     "The client options cannot be read, or name a directory that cannot be used. Check that the "
+     "client options file is readable, its keywords and values, and the password directory."},
     {VLT_RC_STORE_FAILED, 'S',
      "The server could not read or write its own data. Have the server's administrator check its "
-     "disk space and its log, then try again."},
+     "disk space and log, then try again."},
 };
 
 const CodeText* findText(std::int16_t code) {
@@ -103,7 +102,7 @@ std::string messageArguments(std::uint32_t handle, std::int16_t rc) {
 
 using namespace sandbox;
 
-// Needs neither a set-up nor a session: most texts are wanted because one of them failed.
+// Needs neither set-up nor session: a text is mostly wanted because one of them failed.
 std::int16_t vltRCMsg(std::uint32_t handle, std::int16_t rc, char* text) {
   return enter(
       __func__,

@@ -1,7 +1,7 @@
 // unsupported.cpp: the entry points that this library has but does not offer.
 //
 // Programs resolve all 45 names, so all must be there. These move data or manage filespaces, rights
-// and groups; they only obey armed faults and are recorded.
+// and groups. They obey armed faults and are recorded, and do nothing else.
 #include "sandbox/library/frame.h"
 
 #define SANDBOX_NOT_OFFERED(name, ...)                                    \

@@ -1,9 +1,8 @@
 // output.h: where sqlplus writes: the terminal and, while spooling, a file.
 //
-// Messages are written to both as they are. Rows are laid out to the line size: a value that is
-// longer goes on in the next line, a shorter one is filled with blanks. The blanks at the end of a
-// line are kept in the spool file and dropped on the terminal, as the settings TRIMSPOOL OFF and
-// TRIMOUT ON say, which are the tool's defaults.
+// Messages are written to both as they are. Rows fill the line size: a longer value continues in
+// the next line, a shorter one is padded with blanks. Trailing blanks are kept in the spool file
+// and dropped on the terminal: TRIMSPOOL OFF and TRIMOUT ON are the tool's defaults.
 #ifndef SANDBOX_SQLPLUS_OUTPUT_H
 #define SANDBOX_SQLPLUS_OUTPUT_H
 

@@ -23,10 +23,10 @@ class SqlSession {
   // False if the line ended the session, see exitStatus().
   bool take(std::string_view line);
 
-  // Takes what follows as typed by a user: SET TERMOUT OFF holds for scripts only.
+  // Takes the following lines as a user's: SET TERMOUT OFF applies to scripts only.
   void becomeInteractive() { settings_.terminal = true; }
 
-  // Closes the spool file, as every end does.
+  // Closes the spool file, as any end of the tool does.
   void finish();
 
   int exitStatus() const { return exitStatus_; }

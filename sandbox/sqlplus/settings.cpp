@@ -9,7 +9,7 @@
 namespace sandbox {
 namespace {
 
-// One option is the word itself or its abbreviation down to `fewest` letters.
+// An option is named by its word, or by an abbreviation of at least `fewest` letters.
 bool abbreviates(std::string_view given, std::string_view word, std::size_t fewest) {
   return given.size() >= fewest && given.size() <= word.size() &&
          equalIgnoringCase(given, word.substr(0, given.size()));

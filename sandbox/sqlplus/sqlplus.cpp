@@ -1,7 +1,7 @@
 // sqlplus.cpp: the sandbox's sqlplus: its command line and the logon.
 //
-// Does what a program that runs scripts through the real tool can notice: one logon with the
-// script's first line, the script's commands, then what standard input says until it ends.
+// Does what a program that runs a script through the real tool can notice: one logon with the
+// script's first line, the script's commands, then those of standard input until it ends.
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -86,7 +86,7 @@ int refuse(const char* text) {
   return kFailure;
 }
 
-// Takes the lines of the script, and after it those of standard input, until one ends the session.
+// Takes the lines of the script, and then those of standard input, until one ends the session.
 int play(std::istream& script, SqlSession& session) {
   bool open = true;
   std::string line;

@@ -36,7 +36,7 @@ class Reader {
 
   const std::string& taken() const { return taken_; }
 
-  // Marks what was taken last, or what could not be taken.
+  // The error is marked at what was taken last, or at what could not be taken.
   [[noreturn]] void fail(const char* error) const { throw SqlError{error, start_}; }
 
  private:

@@ -32,8 +32,8 @@ struct SetDateFormat {
   std::string format;
 };
 
-// What a statement, given without its terminator, asks for. A view must be one that a catalog of
-// this kind has. Throws SqlError.
+// Reads a statement without its terminator. Its view must be one that a catalog of this kind has.
+// Throws SqlError.
 std::variant<SelectHandles, SetDateFormat> parseStatement(std::string_view statement,
                                                           CatalogKind kind,
                                                           std::string_view dateFormat);

@@ -18,7 +18,7 @@ CREATE TABLE IF NOT EXISTS call(
   arguments TEXT NOT NULL, code INTEGER NOT NULL);
 )";
 
-// Without "vlt". Operations that return nothing are not here: they cannot fail.
+// Without "vlt". Operations that return nothing cannot fail and are not here.
 constexpr std::string_view kFallibleOperations[] = {
 #define VLT_CODE(operation, ...) #operation,
 #define VLT_VOID(...)
@@ -52,7 +52,7 @@ std::optional<Fault> Control::strike(std::string_view operation) {
   WriteTransaction counting(store_.database());
   Fault fault;
   {
-    // Ends before the commit, which must not find a read that is still open.
+    // Its own scope, because the commit fails while a read is open.
     Statement oldest = store_.database().prepare(
         "SELECT id,operation,code,reason,remaining,times FROM fault WHERE operation=? "
         "ORDER BY id LIMIT 1");
@@ -106,7 +106,7 @@ void Control::listFaults(const ShowLine& show) {
 }
 
 void Control::switchRecording(bool on) {
-  // Made before anybody writes to it, so that programs only ever find it complete.
+  // Made before recording is on, so that programs always find it complete.
   if (on) Database(callsPath(store_.path()), Database::Mode::kCreate).execute(kCallSchema);
   store_.changeSetting("recordCalls", on ? 1 : 0);
 }

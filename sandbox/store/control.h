@@ -1,10 +1,10 @@
 // control.h: faults to order and the record of calls.
 //
 // An armed fault makes the client library fail an operation instead of carrying it out; the record
-// lists the calls that programs made, over all processes in one order. Two tables, the first in the
+// lists the calls that programs made, in one order over all processes. Two tables, the first in the
 // store, the second in a file beside it, `<store>-calls`:
 //
-//   fault  id          ascending: of the faults of one operation the oldest unfinished one acts
+//   fault  id          ascending: of one operation's faults the oldest acts until it is used up
 //          operation   "vltDeleteObj"
 //          code        the code to return
 //          reason      for vltEndTxn: the reason to give
@@ -17,7 +17,7 @@
 //          code
 //
 // The record is a file of its own because an open query keeps the store's write-ahead log from
-// being emptied: the calls that read a million objects would let it grow by gigabytes.
+// being emptied: with a million recorded calls it would grow by gigabytes.
 //
 // Counting happens in the store, so that a fault for the third call fails the third call no matter
 // which processes made them.
@@ -44,11 +44,11 @@ struct Fault {
   std::int64_t times = 1;
 };
 
-// The full name ("vltEndTxn") of an operation that returns a code, given with or without "vlt" and
-// in any letter case; nothing for any other text.
+// The full name ("vltEndTxn") of an operation that returns a code; `name` is case-insensitive, with
+// or without "vlt". Nothing for any other text.
 std::optional<std::string> findOperation(std::string_view name);
 
-// What one program sees of faults and recording. Has a connection of its own, so that its counting
+// A program's access to faults and recording. It has a connection of its own, so that its counting
 // and recording are never part of another transaction.
 class Control {
  public:
@@ -57,7 +57,7 @@ class Control {
   const std::string& storePath() const { return store_.path(); }
 
   // Reads what is armed, whether calls are recorded, and the latency. Three look-ups of a few
-  // microseconds: callers do it for every operation but those that run once per object.
+  // microseconds: callers do it for every operation except those that run once per object.
   void refresh();
 
   // The fault that acts on this call, counted down; nothing if the call is to be carried out.
@@ -82,7 +82,7 @@ class Control {
   std::optional<Database> openCalls() const;
 
   Store store_;
-  std::optional<Database> calls_;  // open once something was recorded
+  std::optional<Database> calls_;  // opened by the first call that is recorded
   std::optional<Statement> insertCall_;
   bool recording_ = false;
   bool armed_ = false;

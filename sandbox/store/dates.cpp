@@ -75,7 +75,7 @@ Stamp now() {
   const std::time_t seconds = std::time(nullptr);
   std::tm local{};
   localtime_r(&seconds, &local);
-  // A leap second would not be a real date here: count it to the second before.
+  // isRealDate() refuses a leap second, so it counts as the second before it.
   return toStamp({local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
                   local.tm_min, local.tm_sec > 59 ? 59 : local.tm_sec});
 }

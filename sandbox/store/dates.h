@@ -2,7 +2,7 @@
 //
 // A Stamp holds the decimal digits of a local date and time, YYYYMMDDhhmmss: 15 January 2024,
 // 07:08:09 is 20240115070809. Stamps compare as the moments do, read well in the database, and need
-// no time zone: both the store and the catalogs speak of the same site's wall clock.
+// no time zone: the store and the catalogs of a site use the same wall clock.
 #ifndef SANDBOX_STORE_DATES_H
 #define SANDBOX_STORE_DATES_H
 
@@ -31,7 +31,7 @@ std::optional<Stamp> parseStamp(std::string_view text);
 // "YYYY-MM-DDThh:mm:ss".
 std::string stampText(Stamp stamp);
 
-// Days since 1 January 1970, for sums of days.
+// Days since 1 January 1970.
 std::int64_t dayNumber(Stamp stamp);
 Stamp stampOf(std::int64_t dayNumber, int secondOfDay);
 

@@ -1,9 +1,8 @@
-// oracle_catalog.h: one Oracle catalog in miniature: who may log on, and the backup pieces it
-// knows.
+// oracle_catalog.h: an Oracle catalog in miniature: its user, and the backup pieces it knows.
 //
-// One SQLite file a catalog:
+// One SQLite file per catalog:
 //
-//   catalog       username  compared without letter case
+//   catalog       username  case-insensitive
 //                 password  its digest, see secrets.h
 //                 kind      1 recovery catalog, 2 target database (its control file), 3 both
 //   backup_piece  handle
@@ -25,7 +24,7 @@ namespace sandbox {
 
 enum class CatalogKind { kRecovery = 1, kTarget = 2, kBoth = 3 };
 
-// Longest handle, as in the views that it imitates.
+// Longest handle, as in Oracle's own views.
 inline constexpr std::size_t kMaxHandle = 1024;
 
 // A connection to a catalog. Every operation throws StoreError if the file fails.
@@ -33,7 +32,8 @@ class OracleCatalog {
  public:
   // An existing catalog.
   explicit OracleCatalog(const std::string& path);
-  // Makes the catalog, or gives an existing one a new user, password and kind and keeps its pieces.
+  // Makes the catalog, or changes user, password and kind of an existing one, which keeps its
+  // pieces.
   static OracleCatalog create(const std::string& path, const std::string& user,
                               const std::string& password, CatalogKind kind);
 
@@ -65,7 +65,7 @@ class PieceReader {
 
   // False at the end.
   bool next() { return select_.step(); }
-  // Both are of the piece that next() reached; the handle is valid until the next call of it.
+  // Of the piece that next() reached; the handle is valid until next() is called again.
   std::string_view handle() const { return select_.text(0); }
   Stamp completed() const { return select_.integer(1); }
 

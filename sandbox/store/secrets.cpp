@@ -37,7 +37,7 @@ Digest sha256Of(std::string_view text) {
 
 des_ctx cipherOf(const CipherKey& key) {
   des_ctx cipher;
-  des_set_key(&cipher, key.data());  // ignore: a weak key of the caller's making still works
+  des_set_key(&cipher, key.data());  // ignore: a caller's weak key works as well
   return cipher;
 }
 
@@ -51,7 +51,7 @@ void decipherBlocks(const void* cipher, std::size_t size, std::uint8_t* out,
   des_decrypt(static_cast<const des_ctx*>(cipher), size, out, in);
 }
 
-// Either direction of nettle's cipher block chaining, over a text of whole blocks.
+// Runs cipher block chaining in either direction over a text of whole blocks.
 template <typename Chain>
 std::string chained(Chain* chain, nettle_cipher_func* each, const CipherKey& key,
                     std::string_view text) {

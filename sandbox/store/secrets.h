@@ -14,7 +14,7 @@
 
 namespace sandbox {
 
-// What the databases keep of a password, to compare with: its SHA-256 in hexadecimal digits.
+// The form of a password that the databases keep: its SHA-256 in hexadecimal digits.
 std::string digestOf(std::string_view password);
 
 using CipherKey = std::array<std::uint8_t, 8>;

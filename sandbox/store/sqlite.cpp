@@ -21,7 +21,7 @@ Statement& Statement::bind(int parameter, std::int64_t value) {
 }
 
 Statement& Statement::bind(int parameter, std::string_view text) {
-  // A view without memory would be bound as NULL; an empty text is meant.
+  // A null pointer would be bound as NULL instead of an empty text.
   const char* data = text.data() != nullptr ? text.data() : "";
   check(sqlite3_bind_text(handle_.get(), parameter, data, static_cast<int>(text.size()),
                           SQLITE_TRANSIENT));
@@ -33,7 +33,7 @@ bool Statement::step() {
   if (code == SQLITE_ROW) return true;
   if (code == SQLITE_DONE) return false;
   const std::string message = sqlite3_errmsg(sqlite3_db_handle(handle_.get()));
-  sqlite3_reset(handle_.get());  // its code repeats the failure that is being reported
+  sqlite3_reset(handle_.get());  // its code repeats the failure reported here
   throw StoreError(message);
 }
 
@@ -44,7 +44,7 @@ void Statement::run() {
 }
 
 void Statement::reset() {
-  sqlite3_reset(handle_.get());  // its code repeats a failure that step() has thrown already
+  sqlite3_reset(handle_.get());  // its code repeats a failure that step() has thrown
 }
 
 std::int64_t Statement::integer(int column) const {
@@ -60,7 +60,7 @@ std::string_view Statement::text(int column) const {
 }
 
 Database::Database(const std::string& path, Mode mode) {
-  // The caller's one-thread-at-a-time rule makes SQLite's own locks needless.
+  // One thread at a time uses a connection, so SQLite's own locks are not needed.
   int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
   if (mode == Mode::kCreate) flags |= SQLITE_OPEN_CREATE;
   sqlite3* raw = nullptr;
@@ -68,8 +68,8 @@ Database::Database(const std::string& path, Mode mode) {
   handle_.reset(raw);
   if (code != SQLITE_OK) throw StoreError(path + ": " + sqlite3_errstr(code));
   sqlite3_busy_timeout(raw, kBusyWaitMs);
-  // Under the write-ahead log this is enough to survive a killed process, without a disk flush for
-  // every recorded call.
+  // With the write-ahead log this survives a killed process, and costs no disk flush for every
+  // recorded call.
   execute("PRAGMA synchronous=NORMAL");
 }
 
@@ -95,7 +95,7 @@ WriteTransaction::~WriteTransaction() {
   try {
     database_.execute("ROLLBACK");
   } catch (const StoreError&) {
-    // ignore: SQLite has rolled back already when the failure was severe
+    // ignore: after a severe failure SQLite has already rolled back
   }
 }
 

@@ -69,7 +69,7 @@ class Database {
 
   enum class Mode {
     kExisting,  // the file must be there
-    kCreate,    // made when it is missing
+    kCreate,    // made if it is missing
   };
 
   Database(const std::string& path, Mode mode);
@@ -77,7 +77,7 @@ class Database {
   // Runs one or several statements without parameters and drops their rows.
   void execute(const std::string& sql);
   Statement prepare(std::string_view sql) { return Statement(handle_.get(), sql); }
-  // The first column of the first row, or 0 when there is no row.
+  // The first column of the first row, or 0 if there is no row.
   std::int64_t queryInteger(std::string_view sql);
 
   std::int64_t lastInsertId() const { return sqlite3_last_insert_rowid(handle_.get()); }
@@ -92,7 +92,7 @@ class Database {
   std::unique_ptr<sqlite3, Closer> handle_;
 };
 
-// Takes the write lock; gives up everything that was written since unless commit() was reached.
+// Takes the write lock. Without commit(), everything written since is rolled back at the end.
 class WriteTransaction {
  public:
   explicit WriteTransaction(Database& database);
@@ -107,12 +107,12 @@ class WriteTransaction {
   bool open_ = true;
 };
 
-// Stamps a new database with its kind, so that another file is never taken for it, and switches it
-// to the write-ahead log, under which readers and one writer do not wait for each other.
+// Marks a new database with its kind, so that no other file is taken for one, and switches it to
+// the write-ahead log, so that readers and one writer do not wait for each other.
 void markKind(Database& database, std::int32_t applicationId, int version);
 
-// Throws StoreError unless markKind() has stamped the file with this kind and version. `what` names
-// the kind for the message, for example "a store".
+// Throws StoreError unless markKind() has marked the file with this kind and version. `what` names
+// the kind in the message, for example "a store".
 void requireKind(Database& database, std::int32_t applicationId, int version,
                  const std::string& path, const char* what);
 

@@ -29,9 +29,9 @@ CREATE TABLE fault(
 )";
 
 void removeDatabase(const std::string& path) {
-  // The log files belong to the database: a new one must not take over those of the old one.
+  // With its log files: a new database must not take over those of the old one.
   for (const char* suffix : {"", "-wal", "-shm"}) {
-    std::remove((path + suffix).c_str());  // ignore: most often there is none
+    std::remove((path + suffix).c_str());  // ignore: usually there is none
   }
 }
 
@@ -69,7 +69,7 @@ Store Store::create(const std::string& path, std::int64_t firstId) {
   removeDatabase(path);
   removeDatabase(callsPath(path));
   Store store(path, Database(path, Database::Mode::kCreate));
-  // The kind is written last: a process that is killed here leaves no half-made store.
+  // The kind is written last, so that a process killed here leaves nothing that passes for a store.
   WriteTransaction schema(store.database_);
   store.database_.execute(kSchema);
   store.database_.prepare("INSERT INTO sqlite_sequence(name,seq) VALUES('object',?)")

@@ -1,10 +1,10 @@
 // store.h: the storage server's data: nodes, backup objects, limits.
 //
-// One SQLite file in write-ahead mode. Several processes may work on it at once; a process that is
-// killed leaves what it had committed. Its tables:
+// One SQLite file in write-ahead mode. Several processes may use it at once; what a killed process
+// had committed is kept. Its tables:
 //
 //   setting  name        'maxObjPerTxn' (0: no limit), 'recordCalls' (0 or 1),
-//                        'latency' (milliseconds a call)
+//                        'latency' (milliseconds per call)
 //            value
 //   node     id
 //            name        in capitals, unique
@@ -22,8 +22,8 @@
 //            unknown     1: the client library cannot show this one
 //   fault    see control.h, which also has the file `<store>-calls`
 //
-// Objects have no index but their identifier: a query goes through the table in the order of
-// identifiers, which is the order that callers see, and needs no sort and no second look-up.
+// Objects have no index but their identifier: a query reads the table in the order of identifiers,
+// which is the order that callers see, without a sort or a second look-up.
 #ifndef SANDBOX_STORE_STORE_H
 #define SANDBOX_STORE_STORE_H
 
@@ -46,7 +46,7 @@ struct Node {
 };
 
 struct Object {
-  std::int64_t id = 0;  // given by the store
+  std::int64_t id = 0;  // assigned by the store
   std::int64_t node = 0;
   int state = 1;
   std::string owner, fileSpace, highLevel, lowLevel;
@@ -58,8 +58,8 @@ struct Object {
   bool unknownFormat = false;
 };
 
-// What makes the names of an object invalid, as a sentence; empty if they are valid. The lengths
-// and the leading "/" are those of the client library's interface.
+// What makes the names of an object invalid, for a message; empty if they are valid. Lengths and
+// leading "/" are those of the client library's interface.
 std::string objectNameFault(const Object& object);
 
 inline constexpr std::int64_t kDefaultMaxObjPerTxn = 500;
@@ -78,9 +78,9 @@ class Store {
   const std::string& path() const { return path_; }
   Database& database() { return database_; }
 
-  // By name, letter case ignored.
+  // By name, case-insensitive.
   std::optional<Node> findNode(std::string_view name);
-  // Inserts the node, or replaces the one of the same name, which keeps its objects.
+  // Inserts the node, or changes the one of the same name, which keeps its objects.
   void saveNode(const Node& node);
   void setPassword(std::int64_t node, std::string_view password);
 
@@ -110,7 +110,7 @@ class ObjectWriter {
 inline constexpr std::string_view kObjectColumns =
     "id,node,state,owner,fs,hl,ll,inserted,size,compressed,encryption,deduplicated,unknown";
 
-// Fills `object` from the current row; its texts keep their memory from row to row.
+// Fills `object` from the current row. Reusing one object saves its texts' memory.
 void readObject(const Statement& row, Object& object);
 
 }  // namespace sandbox

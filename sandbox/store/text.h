@@ -17,7 +17,7 @@ std::string upperCase(std::string_view text);
 std::string lowerCase(std::string_view text);
 bool equalIgnoringCase(std::string_view left, std::string_view right);
 
-// The fields between the separators; an empty text has one empty field.
+// The fields between separators; an empty text has one empty field.
 std::vector<std::string_view> split(std::string_view text, char separator);
 
 // Without the blanks, tabs and line ends at both ends.

@@ -2,10 +2,10 @@
 //
 //   playsession [--rows R] [--cols C] [--timeout S] SCRIPT -- COMMAND [ARGUMENT...]
 //
-// The script has one step a line: `expect TEXT` waits for the text on the terminal, `send TEXT`
+// The script has one step per line: `expect TEXT` waits for the text on the terminal, `send TEXT`
 // types it and presses Enter, `secret TEXT` does so once the program has switched the echo off;
 // lines that are empty or begin with "#" are comments. TEXT is the rest of the line after one
-// blank, as it is. After the last step the program may run on to its end.
+// blank. After the last step the program may run to its end.
 //
 // A cleared screen shows as a rule. Exit status: the command's; 99 if a step does not come true, 98
 // if the command line or the script is not understood.
@@ -40,8 +40,7 @@ struct Step {
 };
 
 // Turns terminal output into plain lines: carriage returns and escape sequences are dropped, except
-// for a cleared screen, which becomes a rule. Keeps a sequence that is cut in two for the next
-// time.
+// for a cleared screen, which becomes a rule. A sequence may arrive in parts.
 class ScreenCopy {
  public:
   void show(std::string_view output) {
@@ -99,7 +98,7 @@ Session parseArguments(const std::vector<std::string>& words) {
   if (i + 2 >= words.size() || words[i + 1] != "--") throw std::runtime_error(kUsage);
   session.script = words[i];
   session.command.assign(words.begin() + static_cast<std::ptrdiff_t>(i) + 2, words.end());
-  // Programs clear the screen in their terminal type's way; ScreenCopy knows this one's.
+  // How a screen is cleared depends on the terminal type; ScreenCopy knows this one's.
   session.terminal.environment["TERM"] = "xterm";
   return session;
 }

@@ -22,7 +22,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Timeout = Terminal::Timeout;
 
-// How long one wait lasts at most: output wakes it at once, an ended program within this time.
+// The longest single wait: output ends it at once; that a program has ended is noticed within it.
 constexpr Timeout kSlice{10};
 
 // How long the output of an ended program may still be on its way. Its end cannot be waited for:
@@ -56,7 +56,7 @@ Terminal::Terminal(std::vector<std::string> command, const TerminalSettings& set
   if (child_ < 0) throw std::system_error(errno, std::generic_category(), "pseudo-terminal");
   if (child_ == 0) runProgram(command, settings);
   fcntl(master_, F_SETFL, O_NONBLOCK);
-  // Another program that held the terminal would keep a hang-up from being noticed.
+  // If another child of ours held the terminal open, a hang-up would not be noticed.
   fcntl(master_, F_SETFD, FD_CLOEXEC);
 }
 
@@ -90,7 +90,7 @@ bool Terminal::expect(std::string_view text, Timeout timeout) {
     if (transcript_.size() > text.size()) {
       searchFrom = std::max(consumed_, transcript_.size() - text.size());
     }
-    // Asked before the reading: what an ended program has written is there, or will be in a moment.
+    // Asked before reading: the last output of an ended program is there, or comes within kGrace.
     const bool hasEnded = outputEnded_ || reap();
     if (readWithin(hasEnded ? kGrace : kSlice)) continue;
     if (hasEnded || Clock::now() >= until) return false;

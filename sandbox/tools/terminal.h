@@ -1,12 +1,11 @@
 // terminal.h: runs a program on a pseudo-terminal and talks with it as a user would.
 //
 // The program gets a session of its own whose controlling terminal is the pseudo-terminal, so that
-// "/dev/tty", window sizes, echo and Ctrl-C work as on a real one. All waiting has a limit; whoever
-// stops waiting still owns a running program, and the destructor ends it with everything that it
-// started in its session's foreground.
+// "/dev/tty", window sizes, echo and Ctrl-C work as on a real one. All waiting has a limit. The
+// destructor kills a program that is still running, and what it has in its session's foreground.
 //
-// Output is read whenever this class waits or sends: a program that writes much is never blocked by
-// a caller that sends much. For processes with one thread.
+// Output is read whenever this class waits or sends, so that a program that writes much is never
+// blocked by a caller that sends much. Only for processes with one thread, because of fork.
 #ifndef SANDBOX_TOOLS_TERMINAL_H
 #define SANDBOX_TOOLS_TERMINAL_H
 
@@ -75,7 +74,7 @@ class Terminal {
   const std::string& transcript() const { return transcript_; }
 
  private:
-  // Reads once, waiting at most so long. False if nothing came.
+  // Reads once, after waiting up to `limit` for output. False if there was none.
   bool readWithin(Timeout limit);
   // True if the program has ended; keeps its status.
   bool reap();

@@ -143,12 +143,12 @@ constexpr OptionRow kGenerateOptions[] = {
     {"--seed", "S", false, "the same seed gives the same site; default 1"},
     {"--today", "DATE", false, "the day of the newest objects, YYYY-MM-DD; default today"},
     {"--node", "NAME", false, "default ORANODE"},
-    {"--node-password", "PW", false, "when the node is new; default secret"},
+    {"--node-password", "PW", false, "if the node is new; default secret"},
     {"--fs", "NAME", false, "filespace; default /marlorc"},
     {"--owner", "NAME", false, "default: none"},
     {"--catalogs", "LIST", false, "names joined with commas; default rcat"},
-    {"--catalog-user", "NAME", false, "when a catalog is new; default rman"},
-    {"--catalog-password", "PW", false, "when a catalog is new; default rman"},
+    {"--catalog-user", "NAME", false, "if a catalog is new; default rman"},
+    {"--catalog-password", "PW", false, "if a catalog is new; default rman"},
 };
 
 constexpr CommandRow kCommands[] = {
@@ -161,11 +161,11 @@ constexpr CommandRow kCommands[] = {
      "Columns: handle, completion time (YYYY-MM-DD[Thh:mm:ss]). Lines that begin with \"#\" are\n"
      "comments. If any line is wrong nothing is added.",
      kNoOptions, runCatalogLoad},
-    {"catalog list", "NAME", 1, 1, "show a catalog's backup pieces: handle, completion time",
+    {"catalog list", "NAME", 1, 1, "list a catalog's backup pieces: handle, completion time",
      kNoOptions, runCatalogList},
     {"generate", "", 0, 0,
      "make a realistic site: objects, and catalogs that know all but some\n"
-     "Creates the node and the catalogs (of kind both) when they are missing, and adds to what is\n"
+     "Makes the node and the catalogs (of kind both) if they are missing, and adds to what is\n"
      "there. Low-level names have the forms that RMAN makes; the high-level name is /oracle.",
      kGenerateOptions, runGenerate},
 };

@@ -16,13 +16,13 @@ constexpr std::int64_t kSecondsPerDay = 86400;
 constexpr std::int64_t kLastBackupSecond = 3600L * 2;  // of today: the nightly run is over by then
 constexpr std::int64_t kMegabyte = 1 << 20;
 
-// The standard fixes the engine's sequence, but not what its own distributions make of it: drawing
-// by remainder gives the same site on every host.
+// The standard fixes the engine's sequence, but not the results of its distributions. Drawing by
+// remainder gives the same site on every host.
 class Random {
  public:
   explicit Random(std::uint64_t seed) : engine_(seed) {}
 
-  // 0 to limit - 1. The tiny preference for small numbers does not matter here.
+  // 0 to limit - 1. The slight preference for small numbers does not matter here.
   std::int64_t below(std::int64_t limit) {
     return static_cast<std::int64_t>(engine_() % static_cast<std::uint64_t>(limit));
   }
@@ -90,8 +90,8 @@ class Generator {
     for (std::int64_t i = 0; i < request_.objects; ++i) {
       const std::int64_t database = random_.below(std::ssize(databases_));
       const std::string handle = addObject(i, databases_[static_cast<std::size_t>(database)]);
-      // Each object's chance is what is left to choose over what is left: that ends at exactly the
-      // wanted number, with every choice equally likely.
+      // Each object is an orphan with the chance orphans left / objects left. That gives exactly
+      // the number asked for, and every choice is equally likely.
       if (random_.below(request_.objects - i) < orphansLeft) {
         --orphansLeft;
       } else {
@@ -143,7 +143,7 @@ class Generator {
     return stampOf(second_ / kSecondsPerDay, static_cast<int>(secondOfDay));
   }
 
-  // No handle is made twice: each form holds the object's number, or a number that is counted up.
+  // No handle is made twice: each holds the object's number, or one that counts up.
   std::string handleOf(const Form& form, std::int64_t index, OracleDatabase& source) {
     if (form.kind == nullptr) {
       return base32(static_cast<std::uint64_t>(index), 4) +

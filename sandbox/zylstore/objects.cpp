@@ -63,7 +63,7 @@ bool applyFlag(std::string_view word, Object& object) {
   return word.empty();
 }
 
-// Turns objects, given as the fields of a line, into rows of the store.
+// Inserts objects that are given as the fields of a line.
 class ObjectLoader {
  public:
   explicit ObjectLoader(Store& store) : store_(store), writer_(store) {}
@@ -99,7 +99,7 @@ class ObjectLoader {
   std::int64_t lastId() const { return lastId_; }
 
  private:
-  // 0: not registered. The last one is remembered, because a file names few nodes in many lines.
+  // 0: not registered. The last one is remembered: most lines of a file name the same node.
   std::int64_t nodeNumber(std::string_view name) {
     if (!node_ || name != node_->name) node_ = store_.findNode(name);
     return node_ ? node_->id : 0;
@@ -111,7 +111,7 @@ class ObjectLoader {
   std::optional<Node> node_;
 };
 
-// One line of an object file, made of the options.
+// The options make one line of an object file.
 void runPut(const Arguments& arguments) {
   Store store(storePath(arguments));
   std::string flags = arguments.text("--encryption");

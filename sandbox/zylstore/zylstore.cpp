@@ -47,7 +47,7 @@ int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   try {
     sandbox::run(std::vector<std::string>(argv + 1, argv + argc));
-    // A full disk or a closed pipe shows here at the latest.
+    // Reports a full disk or a closed pipe.
     if (!std::cout.flush()) throw sandbox::CommandError("standard output cannot be written");
     return 0;
   } catch (const sandbox::UsageError& error) {
