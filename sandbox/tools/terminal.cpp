@@ -39,6 +39,7 @@ constexpr Timeout kGrace{50};
   for (const std::string& name : settings.unset) unsetenv(name.c_str());
   for (const auto& [name, value] : settings.environment) setenv(name.c_str(), value.c_str(), 1);
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (std::string& word : command) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   if (settings.directory.empty() || chdir(settings.directory.c_str()) == 0) {

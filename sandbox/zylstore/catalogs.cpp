@@ -18,7 +18,7 @@ constexpr Stamp kLatest = std::numeric_limits<Stamp>::max();
 
 std::string requirePath(const std::string& name) {
   demand(!defaultStorePath().empty(), "catalogs need SANDBOX_HOME to be set");
-  const std::string path = catalogPath(name);
+  std::string path = catalogPath(name);
   demand(!path.empty(),
          "a catalog's name is not empty, has no \"/\" and does not begin with \".\"");
   return path;

@@ -43,9 +43,9 @@ struct Form {
 };
 
 constexpr Form kForms[] = {
-    {45, "df", 200, 30 * 1024},   // data files
-    {30, "al", 5, 2 * 1024},      // archived logs
-    {15, nullptr, 50, 8 * 1024},  // unique names
+    {45, "df", 200, 30L * 1024},   // data files
+    {30, "al", 5, 2L * 1024},      // archived logs
+    {15, nullptr, 50, 8L * 1024},  // unique names
     {10, "c", 8, 64},             // control file
 };
 
