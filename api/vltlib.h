@@ -323,7 +323,7 @@ typedef struct {
 
 /* ---- The 45 entry points, in alphabetical order --------------------------------------------- */
 
-int16_t vltBeginGetData(uint32_t handle, uint8_t mountWait, const VltGetList* list);
+int16_t vltBeginGetData(uint32_t handle, uint8_t waitForMedia, const VltGetList* list);
 
 /* Starts a query; objects come from vltGetNextQObj until it returns VLT_RC_FINISHED or
  * VLT_RC_NO_MATCH, then vltEndQuery. One query at a time in a session. */

@@ -35,7 +35,7 @@ awk -F'\t' 'NR == FNR { known[$1]; next } { name = $7; sub("^/", "", name); if (
 orphans=$(wc -l <"$site/orphans")
 
 cat "$(dirname "$0")/logon.session" - >"$site/session" <<'EOF'
-# Entries 1 to 3 are picked, then 2 is dropped again: 1 and 3 stay picked.
+# Entries 1 to 3 are picked, then 2 is dropped again: 1 and 3 are still picked.
 expect Command ==>
 send 1:3+
 expect Command ==>

@@ -25,7 +25,7 @@ make_site() {
   cat >"$site/vlt.opt" <<END
 * client options of the sandbox
 STORE $site/store.db
-NODENAME ORANODE
+NODE ORANODE
 END
   cat >"$site/vexo.opt" <<END
 * agent options of the sandbox

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "sandbox/terminal.h"
+#include "sandbox/tools/terminal.h"
 #include "tests/support/tempdir.h"
 
 class Site : public testing::Test {
