@@ -10,14 +10,11 @@ cd "$(dirname "$(readlink -f "$0")")"
 plain=(format layers circles messages types expectations braces shell manuals links)
 built=(headers named static)
 
-# Where these rules hold so far; a folder is added as soon as it obeys.
-untied=(common/ut common/nls api agent utility)
-typed=(common api agent utility tests fuzz bench)
-braced=(common api agent utility tests fuzz bench)
+floors=(common/ut common/nls api agent utility sandbox)
 
 tracked() { git ls-files -co --exclude-standard -- "$@"; }
 sources() { tracked '*.cpp' '*.h' ':!api/vltlib.h'; }
-sources_in() { sources | grep -E "^($(IFS='|'; echo "$*"))/"; }
+sources_in() { sources | grep -E "^($(IFS='|'; echo "$*"))"; }  # all without an argument
 
 # nothing REASON COMMAND ...: fails if the command prints anything.
 nothing() {
@@ -56,7 +53,7 @@ circles() {
     { includes_within "$floor" | tsort >/dev/null; } 2>&1
   done
 }
-check_circles() { nothing "files of one floor include each other" circles "${untied[@]}"; }
+check_circles() { nothing "files of one floor include each other" circles "${floors[@]}"; }
 
 # A number does not tell a reader what is said; names are in msg:: (common/nls/message.h).
 check_messages() {
@@ -65,7 +62,7 @@ check_messages() {
 }
 
 unqualified_types() {
-  sources_in "${typed[@]}" |
+  sources |
     xargs grep -nP '(?<!std::)\b(size_t|ptrdiff_t|u?int(8|16|32|64)_t)\b'
 }
 check_types() { nothing "a standard type without std::" unqualified_types; }
@@ -75,7 +72,7 @@ check_types() { nothing "a standard type without std::" unqualified_types; }
 readonly syntax='(?(DEFINE)(?<quoted>"(?:\\.|[^"\\])*"|'\''(?:\\.|[^'\''\\])*'\'')'\
 '(?<round>\((?:[^()"'\'']|(?&quoted)|(?&round))*\)))'
 
-# Prints what an expression matches in the files of some folders, over several lines too.
+# Prints what an expression matches in the sources (of some folders), over several lines too.
 matches() {
   local expression=$1 files
   mapfile -t files < <(sources_in "${@:2}")
@@ -94,9 +91,9 @@ check_expectations() { nothing "the expected value comes first" reversed_expecta
 # rule, but does not read the tests.
 bare_bodies() {
   matches '(?m)^\s*(?:\} (?=else))?(?:(?:else )?(?:if|for|while)(?: constexpr)? (?&round)|(?:else|do)\b)'\
-'(?: \[\[\w+\]\])?+(?! if\b)(?! \{(?: *\\|  //.*)?$)(?!.*[;}](?: *\\|  //.*)?$).*\n.*' "$@"
+'(?: \[\[\w+\]\])?+(?! if\b)(?! \{(?: *\\|  //.*)?$)(?!.*[;}](?: *\\|  //.*)?$).*\n.*'
 }
-check_braces() { nothing "a body on a line of its own needs braces" bare_bodies "${braced[@]}"; }
+check_braces() { nothing "a body on a line of its own needs braces" bare_bodies; }
 
 check_shell() {
   tracked dev .ci/run '*.sh' packaging/completion | xargs shellcheck -x
@@ -146,10 +143,9 @@ check_static() {
   cppcheck -q -j "$(nproc)" --project=build/dev/compile_commands.json --library=googletest \
     --enable=warning,performance,portability,style --suppressions-list=.cppcheck-suppressions \
     --inline-suppr --error-exitcode=1
-  tracked 'common/*.cpp' 'api/*.cpp' 'agent/*.cpp' 'utility/*.cpp' | tidy
-  tracked 'sandbox/*.cpp' | tidy --checks=-readability-braces-around-statements  # not yet
+  tracked 'common/*.cpp' 'api/*.cpp' 'agent/*.cpp' 'utility/*.cpp' 'sandbox/*.cpp' |
+    xargs -P "$(nproc)" -n 4 clang-tidy -quiet -p build/dev 2>/dev/null
 }
-tidy() { xargs -P "$(nproc)" -n 4 clang-tidy -quiet -p build/dev "$@" 2>/dev/null; }
 
 run() {
   local check
