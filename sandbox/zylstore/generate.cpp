@@ -46,7 +46,7 @@ constexpr Form kForms[] = {
     {45, "df", 200, 30L * 1024},   // data files
     {30, "al", 5, 2L * 1024},      // archived logs
     {15, nullptr, 50, 8L * 1024},  // unique names
-    {10, "c", 8, 64},             // control file
+    {10, "c", 8, 64},              // control file
 };
 
 struct OracleDatabase {

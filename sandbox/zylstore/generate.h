@@ -3,8 +3,8 @@
 // The objects spread over three years and end in the night before `today`; their low-level names
 // have the forms that RMAN's formats make. Exactly `orphans` of them are known to no catalog, all
 // others to the catalog of their database, and some of those to a second catalog as well. A piece
-// is completed on the day of its object's insertion, so that no orphan is made by choosing a range of
-// days.
+// is completed on the day of its object's insertion, so that no orphan is made by choosing a range
+// of days.
 //
 // The same request on the same data gives the same rows, on every host.
 #ifndef SANDBOX_ZYLSTORE_GENERATE_H
