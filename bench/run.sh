@@ -9,7 +9,7 @@ trap 'rm -rf "$work"' EXIT
 export PATH=$build/bin:$build/bin/sandbox:$PATH
 export LD_LIBRARY_PATH=$build/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
 export TERM=ansi
-unset VLTI_DIR VLTI_LOG VLTI_CONFIG
+unset VLTI_DIR VLTI_LOG VLTI_CONFIG NLS_LANG ORACLE_HOME ORACLE_PATH SQLPATH
 
 sizes=(10000 100000) large=() rounds=9
 [[ $mode == quick ]] || sizes+=(1000000) large=(+5000000) rounds=5

@@ -9,7 +9,7 @@ enter_site() {
   export PATH=$site_programs:$PATH
   export LD_LIBRARY_PATH=$site_libraries${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
   export VEXO_OPTFILE=$1/vexo.opt
-  unset VLTI_DIR VLTI_LOG VLTI_CONFIG
+  unset VLTI_DIR VLTI_LOG VLTI_CONFIG NLS_LANG ORACLE_HOME ORACLE_PATH SQLPATH
   [[ -n ${TERM:-} && ${TERM:-} != dumb ]] || export TERM=ansi
 }
 

@@ -1,8 +1,9 @@
-// settings.h: the SET command: what it can set, and its errors.
+// settings.h: the commands SET and COLUMN: what they can set, and their errors.
 #ifndef SANDBOX_SQLPLUS_SETTINGS_H
 #define SANDBOX_SQLPLUS_SETTINGS_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -14,15 +15,29 @@ enum class RecordSeparator {
   kOff,
 };
 
+// What becomes of a value that is wider than its column.
+enum class Overflow { kWrapped, kWordWrapped, kTruncated };
+
 struct Settings {
   bool terminal = true;  // whether the terminal sees anything while a script runs
+  bool echo = false;     // show the lines of a script
   bool heading = true;
   bool trimSpool = false;
+  bool wrap = true;
+  bool timing = false;
+  bool csv = false, csvQuotes = true;
   std::int64_t lineSize = 80;
   std::int64_t pageSize = 14;  // lines; 0: no pages and no headings
-  std::int64_t feedback = 6;   // fewest rows to be counted in words; 0: never
+  std::int64_t feedback = 6;   // fewest rows to be counted in words; 0: no feedback
+  bool feedbackOnly = false;   // rows are counted, not shown
   RecordSeparator separator = RecordSeparator::kWrapped;
   char terminator = ';';  // of a statement; '\0': none
+  std::string null;       // what a row without a handle shows
+
+  // COLUMN handle
+  std::int64_t columnWidth = 0;      // 0: that of the longest value
+  std::optional<Overflow> overflow;  // otherwise SET WRAP decides
+  std::string columnHeading = "HANDLE";
 };
 
 // The first word of a text, and the rest without the blanks between them.
@@ -31,9 +46,13 @@ struct Words {
 };
 Words firstWord(std::string_view text);
 
-// Applies the arguments of a SET command, several options if there are. Returns the text of the
-// first error, which ends the command; empty if there is none.
+// True for the word itself and its abbreviations of at least `fewest` letters, case-insensitive.
+bool abbreviates(std::string_view given, std::string_view word, std::size_t fewest);
+
+// Apply the arguments of a SET or COLUMN command, several options if there are. They return the
+// text of the first error, which ends the command; empty if there is none.
 std::string applySet(std::string_view arguments, Settings& settings);
+std::string applyColumn(std::string_view arguments, Settings& settings);
 
 }  // namespace sandbox
 

@@ -1,8 +1,14 @@
-// sqlplus.cpp: the sandbox's sqlplus: its command line and the logon.
+// sqlplus.cpp: the sandbox's sqlplus: its command line, the logon, the profiles.
 //
 // Does what a program that runs a script through the real tool can notice: one logon with the
-// script's first line, the script's commands, then those of standard input until it ends.
+// script's first line, the profiles, the script's commands, then those of standard input until it
+// ends. What the profiles set applies to the script, unless the script sets it again:
+//
+//   $ORACLE_HOME/sqlplus/admin/glogin.sql   the site's profile
+//   login.sql                               the user's: the first one in the directories of
+//                                           ORACLE_PATH and then of SQLPATH, with ":" between them
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -10,6 +16,7 @@
 #include <string>
 #include <string_view>
 
+#include "sandbox/sqlplus/oracle_date.h"
 #include "sandbox/sqlplus/session.h"
 #include "sandbox/store/site.h"
 #include "sandbox/store/text.h"
@@ -28,6 +35,11 @@ struct CommandLine {
 struct Logon {
   std::string user, password, connect;
 };
+
+std::string environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? value : "";
+}
 
 // Nothing for a command line that is not understood.
 std::optional<CommandLine> parseCommandLine(int argc, char** argv) {
@@ -48,23 +60,35 @@ std::optional<CommandLine> parseCommandLine(int argc, char** argv) {
   return result;
 }
 
-// The user ends at the first "/", so that the password may hold one; the connect identifier begins
-// after the last "@", so that the password may hold that as well.
-std::optional<Logon> parseLogon(std::string_view line) {
+// Takes a part of the logon up to `end`, which is taken as well. In double quotes a part may hold
+// any character.
+std::string takePart(std::string_view& line, char end) {
+  std::string part;
+  bool isQuoted = false;
+  while (!line.empty() && (isQuoted || line.front() != end)) {
+    if (line.front() == '"') {
+      isQuoted = !isQuoted;
+    } else {
+      part += line.front();
+    }
+    line.remove_prefix(1);
+  }
+  if (!line.empty()) line.remove_prefix(1);
+  return part;
+}
+
+// user/password@connect_identifier
+Logon parseLogon(std::string_view line) {
   line = trimmed(line);
-  const std::size_t slash = line.find('/');
-  if (slash == std::string_view::npos) return std::nullopt;
   Logon logon;
-  logon.user = line.substr(0, slash);
-  line.remove_prefix(slash + 1);
-  const std::size_t sign = line.rfind('@');
-  logon.password = line.substr(0, sign);
-  if (sign != std::string_view::npos) logon.connect = line.substr(sign + 1);
+  logon.user = takePart(line, '/');
+  logon.password = takePart(line, '@');
+  logon.connect = line;
   return logon;
 }
 
 // Opens the catalog, or prints why not in the tool's words.
-std::optional<OracleCatalog> logOn(const Logon& logon) {
+std::optional<OracleCatalog> logOn(const Logon& logon, const Language& language) {
   const std::string_view name = logon.connect.empty() ? kDefaultCatalog : logon.connect;
   const char* error = "ORA-12154: TNS:could not resolve the connect identifier specified";
   try {
@@ -77,21 +101,30 @@ std::optional<OracleCatalog> logOn(const Logon& logon) {
   } catch (const StoreError&) {
     error = "ORA-01034: ORACLE not available";
   }
-  std::printf("ERROR:\n%s\n\n\n", error);
+  std::printf("%s\n%s\n\n\n", language.sentence(language.texts().error).c_str(), error);
   return std::nullopt;
 }
 
-int refuse(const char* text) {
-  std::printf("%s\n", text);
+std::string userProfile() {
+  const std::string directories = environment("ORACLE_PATH") + ":" + environment("SQLPATH");
+  for (std::string_view directory : split(directories, ':')) {
+    const std::string path = std::string(directory) + "/login.sql";
+    if (!directory.empty() && std::filesystem::exists(path)) return path;
+  }
+  return {};
+}
+
+int refuse(const std::string& text) {
+  std::printf("%s\n", text.c_str());
   return kFailure;
 }
 
-// Takes the lines of the script, and then those of standard input, until one ends the session.
+// Takes the lines of the profiles, the script, and then standard input, until one ends the session.
 int play(std::istream& script, SqlSession& session) {
-  bool open = true;
-  std::string line;
-  while (open && std::getline(script, line)) open = session.take(line);
+  std::ifstream site(environment("ORACLE_HOME") + "/sqlplus/admin/glogin.sql"), user(userProfile());
+  bool open = session.takeAll(site) && session.takeAll(user) && session.takeAll(script);
   if (open) session.becomeInteractive();
+  std::string line;
   while (open) {
     std::printf("SQL> ");
     std::fflush(stdout);
@@ -102,22 +135,15 @@ int play(std::istream& script, SqlSession& session) {
 }
 
 int run(const CommandLine& commandLine) {
+  const Language language(environment("NLS_LANG"));
   std::ifstream script(commandLine.script);
-  if (!script) {
-    return refuse(("SP2-0310: unable to open file \"" + commandLine.script + "\"").c_str());
-  }
+  if (!script) return refuse("SP2-0310: unable to open file \"" + commandLine.script + "\"");
   std::string firstLine;
   std::getline(script, firstLine);
-  const std::optional<Logon> logon = parseLogon(firstLine);
-  if (!logon) {
-    return refuse(
-        "SP2-0306: Invalid option.\nUsage: the script's first line is "
-        "user/password@connect_identifier");
-  }
-  std::optional<OracleCatalog> catalog = logOn(*logon);
+  std::optional<OracleCatalog> catalog = logOn(parseLogon(firstLine), language);
   if (!catalog) return refuse("SP2-0751: Unable to connect to Oracle.  Exiting SQL*Plus");
   if (!commandLine.silent) std::printf("\nConnected.\n\n");
-  SqlSession session(std::move(*catalog));
+  SqlSession session(std::move(*catalog), language);
   const int status = play(script, session);
   if (!commandLine.silent) std::printf("Disconnected from the sandbox catalog\n");
   return status;
@@ -129,15 +155,15 @@ int run(const CommandLine& commandLine) {
 int main(int argc, char** argv) {
   const auto commandLine = sandbox::parseCommandLine(argc, argv);
   if (!commandLine) {
-    std::printf("SP2-0306: Invalid option.\nUsage: sqlplus [-L] [-S] @SCRIPT | -V\n");
-    return sandbox::kFailure;
+    return sandbox::refuse("SP2-0306: Invalid option.\nUsage: sqlplus [-L] [-S] @SCRIPT | -V");
   }
   if (!commandLine->silent) std::printf("\nSQL*Plus: sandbox edition\n");
   if (commandLine->wantsVersion) return 0;
   try {
     return sandbox::run(*commandLine);
+  } catch (const sandbox::OracleError& error) {
+    return sandbox::refuse(error.text);
   } catch (const std::exception& error) {
-    std::printf("SP2-0642: %s\n", error.what());
-    return sandbox::kFailure;
+    return sandbox::refuse(std::string("SP2-0642: ") + error.what());
   }
 }

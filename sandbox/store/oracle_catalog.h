@@ -5,8 +5,10 @@
 //   catalog       username  case-insensitive
 //                 password  its digest, see secrets.h
 //                 kind      1 recovery catalog, 2 target database (its control file), 3 both
-//   backup_piece  handle
+//                 delay     milliseconds that sqlplus takes over each row
+//   backup_piece  handle    may be empty, which is Oracle's NULL
 //                 completed YYYYMMDDhhmmss
+//                 status    "A" available, "D" deleted, "X" expired ...
 //
 // A recovery catalog shows its pieces in the view rc_backup_piece, a target database in
 // v$backup_piece. The same handle may be in it more than once, as in a real catalog.
@@ -32,15 +34,17 @@ class OracleCatalog {
  public:
   // An existing catalog.
   explicit OracleCatalog(const std::string& path);
-  // Makes the catalog, or changes user, password and kind of an existing one, which keeps its
+  // Makes the catalog, or changes all but the pieces of an existing one, which keeps its
   // pieces.
   static OracleCatalog create(const std::string& path, const std::string& user,
-                              const std::string& password, CatalogKind kind);
+                              const std::string& password, CatalogKind kind,
+                              std::int64_t rowDelay = 0);
 
   Database& database() { return database_; }
 
   bool accepts(std::string_view user, std::string_view password);
   CatalogKind kind();
+  std::int64_t rowDelay();  // milliseconds
 
  private:
   explicit OracleCatalog(Database database) : database_(std::move(database)) {}
@@ -52,7 +56,7 @@ class OracleCatalog {
 class PieceWriter {
  public:
   explicit PieceWriter(OracleCatalog& catalog);
-  void add(std::string_view handle, Stamp completed);
+  void add(std::string_view handle, Stamp completed, std::string_view status = "A");
 
  private:
   Statement insert_;
@@ -65,9 +69,10 @@ class PieceReader {
 
   // False at the end.
   bool next() { return select_.step(); }
-  // Of the piece that next() reached; the handle is valid until next() is called again.
+  // Of the piece that next() reached; the texts are valid until next() is called again.
   std::string_view handle() const { return select_.text(0); }
   Stamp completed() const { return select_.integer(1); }
+  std::string_view status() const { return select_.text(2); }
 
  private:
   Statement select_;

@@ -1,5 +1,6 @@
 // catalogs.cpp: commands on Oracle catalogs, and the one that makes a whole site.
 #include <algorithm>
+#include <charconv>
 #include <filesystem>
 #include <iostream>
 #include <limits>
@@ -31,11 +32,12 @@ OracleCatalog openCatalog(const std::string& name) {
 }
 
 OracleCatalog createCatalog(const std::string& name, const std::string& user,
-                            const std::string& password, CatalogKind kind) {
+                            const std::string& password, CatalogKind kind,
+                            std::int64_t rowDelay = 0) {
   const std::filesystem::path path = requirePath(name);
   demand(!user.empty() && !password.empty(), "user and password must not be empty");
   std::filesystem::create_directories(path.parent_path());
-  return OracleCatalog::create(path, user, password, kind);
+  return OracleCatalog::create(path, user, password, kind, rowDelay);
 }
 
 void runCatalogAdd(const Arguments& arguments) {
@@ -44,18 +46,44 @@ void runCatalogAdd(const Arguments& arguments) {
   const auto kind = std::ranges::find(kKinds, arguments.text("--kind", "recovery"));
   demand(kind != std::end(kKinds), "--kind is none of recovery, target, both");
   createCatalog(name, arguments.text("--user"), arguments.text("--password"),
-                static_cast<CatalogKind>(kind - kKinds + 1));
+                static_cast<CatalogKind>(kind - kKinds + 1),
+                arguments.number("--row-delay", 0, 0, 60'000));
   std::cout << "catalog " << name << " ready\n";
 }
 
-std::string takePiece(std::span<const std::string_view> fields, PieceWriter& writer) {
-  if (fields.size() != 2) return "has " + std::to_string(fields.size()) + " columns instead of 2";
-  if (fields[0].empty() || fields[0].size() > kMaxHandle) {
-    return "a handle has 1 to " + std::to_string(kMaxHandle) + " bytes";
+// The text with each "\\xHH" replaced by that byte; nothing if there is a backslash of another
+// kind.
+std::optional<std::string> unescaped(std::string_view text) {
+  std::string result;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (text[at] != '\\') {
+      result += text[at];
+      continue;
+    }
+    unsigned value = 0;
+    const std::string_view digits =
+        text.substr(at + 1).starts_with('x') ? text.substr(at + 2, 2) : "";
+    const auto end = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16).ptr;
+    if (digits.size() != 2 || end != digits.data() + 2) return std::nullopt;
+    result += static_cast<char>(value);
+    at += 3;
+  }
+  return result;
+}
+
+std::string takePiece(std::span<const std::string_view> fields, bool hasEscapes,
+                      PieceWriter& writer) {
+  if (fields.size() < 2 || fields.size() > 3) {
+    return "has " + std::to_string(fields.size()) + " columns instead of 2 or 3";
+  }
+  const auto handle = hasEscapes ? unescaped(fields[0]) : std::string(fields[0]);
+  if (!handle) return "a backslash is not part of \\xHH";
+  if (handle->size() > kMaxHandle) {
+    return "a handle has at most " + std::to_string(kMaxHandle) + " bytes";
   }
   const std::optional<Stamp> completed = parseStamp(fields[1]);
   if (!completed) return inQuotes(fields[1]) + " is not a date";
-  writer.add(fields[0], *completed);
+  writer.add(*handle, *completed, fields.size() == 3 ? fields[2] : "A");
   return {};
 }
 
@@ -63,8 +91,9 @@ void runCatalogLoad(const Arguments& arguments) {
   OracleCatalog catalog = openCatalog(arguments.positionals()[0]);
   WriteTransaction loading(catalog.database());
   PieceWriter writer(catalog);
-  const std::int64_t count =
-      readTable(arguments.positionals()[1], [&](auto fields) { return takePiece(fields, writer); });
+  const std::int64_t count = readTable(arguments.positionals()[1], [&](auto fields) {
+    return takePiece(fields, arguments.has("--escapes"), writer);
+  });
   loading.commit();
   std::cout << count << " backup pieces loaded\n";
 }
@@ -73,7 +102,8 @@ void runCatalogList(const Arguments& arguments) {
   OracleCatalog catalog = openCatalog(arguments.positionals()[0]);
   PieceReader pieces(catalog, kEarliest, kLatest);
   while (pieces.next()) {
-    std::cout << pieces.handle() << '\t' << stampText(pieces.completed()) << '\n';
+    std::cout << pieces.handle() << '\t' << stampText(pieces.completed()) << '\t' << pieces.status()
+              << '\n';
   }
 }
 
@@ -135,6 +165,11 @@ constexpr OptionRow kAddOptions[] = {
     {"--user", "NAME", true, "Oracle user"},
     {"--password", "PW", true, "its password"},
     {"--kind", "KIND", false, "recovery, target (control file) or both; default recovery"},
+    {"--row-delay", "MS", false, "0 to 60000: how long sqlplus takes over each row"},
+};
+
+constexpr OptionRow kLoadOptions[] = {
+    {"--escapes", "", false, "\\xHH in a handle is the byte with that number"},
 };
 
 constexpr OptionRow kGenerateOptions[] = {
@@ -153,16 +188,18 @@ constexpr OptionRow kGenerateOptions[] = {
 
 constexpr CommandRow kCommands[] = {
     {"catalog add", "NAME", 1, 1,
-     "make a catalog, or give it a new user, password and kind\n"
+     "make a catalog, or give it a new user, password, kind and delay\n"
      "NAME is the connect identifier; an empty one reaches the catalog \"default\".",
      kAddOptions, runCatalogAdd},
     {"catalog load", "NAME FILE|-", 2, 2,
      "add backup pieces from a tab-separated file\n"
-     "Columns: handle, completion time (YYYY-MM-DD[Thh:mm:ss]). Lines that begin with \"#\" are\n"
-     "comments. If any line is wrong nothing is added.",
-     kNoOptions, runCatalogLoad},
-    {"catalog list", "NAME", 1, 1, "list a catalog's backup pieces: handle, completion time",
-     kNoOptions, runCatalogList},
+     "Columns: handle (empty: NULL), completion time (YYYY-MM-DD[Thh:mm:ss]), and optionally the\n"
+     "status (A by default). Lines that begin with \"#\" are comments. If any line is wrong "
+     "nothing is\n"
+     "added.",
+     kLoadOptions, runCatalogLoad},
+    {"catalog list", "NAME", 1, 1,
+     "list a catalog's backup pieces: handle, completion time, status", kNoOptions, runCatalogList},
     {"generate", "", 0, 0,
      "make a realistic site: objects, and catalogs that know all but some\n"
      "Makes the node and the catalogs (of kind both) if they are missing, and adds to what is\n"

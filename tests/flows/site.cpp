@@ -21,7 +21,8 @@ Site::Site() {
       {"LD_LIBRARY_PATH", build + "/lib"},
       {"TMPDIR", dir_.path("tmp")},
       {"TERM", "ansi"}};
-  settings_.unset = {"VLTI_DIR", "VLTI_LOG", "VLTI_CONFIG"};
+  settings_.unset = {"VLTI_DIR",    "VLTI_LOG",    "VLTI_CONFIG", "NLS_LANG",
+                     "ORACLE_HOME", "ORACLE_PATH", "SQLPATH"};
   settings_.directory = dir_.path();
   dir_.write("tmp/.keep", "");
   dir_.write("vlt.opt", "STORE " + dir_.path("store.db") + "\n");

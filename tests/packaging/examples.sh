@@ -28,7 +28,7 @@ ln -s "$build/bin/sandbox" "$site/sandbox/bin"
 ln -s "$build/lib" "$site/sandbox/lib"
 export PATH=$build/bin:$build/bin/sandbox:$site/sandbox:$PATH TERM=dumb
 export LD_LIBRARY_PATH=$build/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
-unset VLTI_DIR VLTI_LOG VLTI_CONFIG VEXO_OPTFILE TMPDIR
+unset VLTI_DIR VLTI_LOG VLTI_CONFIG VEXO_OPTFILE TMPDIR NLS_LANG ORACLE_HOME ORACLE_PATH SQLPATH
 readonly today=2025-03-08 # the day of the run, on the pages
 
 fail() {

@@ -9,7 +9,7 @@ site=$(mktemp -d)
 trap 'rm -rf "$site"' EXIT
 export PATH=$build/bin:$PATH TERM=dumb SANDBOX_HOME=$site
 export LD_LIBRARY_PATH=$build/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
-unset VLTI_DIR VLTI_LOG VLTI_CONFIG
+unset VLTI_DIR VLTI_LOG VLTI_CONFIG NLS_LANG ORACLE_HOME ORACLE_PATH SQLPATH
 
 # same WHAT FILE...: every file has the lines of the first one, in any order.
 same() {

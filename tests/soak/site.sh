@@ -19,7 +19,7 @@ trap leave_site EXIT
 export SANDBOX_HOME=$site VEXO_OPTFILE=$site/vexo.opt TMPDIR=$site TERM=ansi
 export PATH=$build/bin:$build/bin/sandbox:$PATH
 export LD_LIBRARY_PATH=$build/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
-unset VLTI_DIR VLTI_LOG VLTI_CONFIG
+unset VLTI_DIR VLTI_LOG VLTI_CONFIG NLS_LANG ORACLE_HOME ORACLE_PATH SQLPATH
 printf '%s\n' "STORE $site/store.db" >"$site/vlt.opt"
 printf '%s\n' "VLTI_ORC_CONFIG $site/vlt.opt" "VLTI_LOG $site" "VEXO_NODE ORANODE" \
   "VEXO_PSWDPATH $site/passwords" >"$site/vexo.opt"
