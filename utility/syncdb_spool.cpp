@@ -147,11 +147,10 @@ class AnswerReader {
   unsigned short takeRow(const SpoolLine& line) {
     nulls_ += blanks_;
     blanks_ = 0;
+    ++answer_.lines;
     if (begun_.empty()) {
       ++answer_.rows;
       rowLength_ = 0;
-    } else {
-      ++continued_;
     }
     rowLength_ += line.body.size();
     if (rowLength_ > answer_.longest) answer_.longest = rowLength_;
@@ -245,8 +244,8 @@ class AnswerReader {
     if (count_ == answer_.rows || count_ == answer_.rows + nullsCounted_) return 0;
     // A handle that fills its line and the one after it count as one. That this explains the count
     // is no proof: the answer is refused either way.
-    if (count_ > answer_.rows && count_ - answer_.rows <= continued_ + nullsCounted_ &&
-        continued_ > 0) {
+    const bool continued = answer_.lines > answer_.rows;
+    if (continued && count_ > answer_.rows && count_ <= answer_.lines + nullsCounted_) {
       return unsound(nlsprintf(msg::kRowFillsLine, path_, firstFullLine_));
     }
     return unsound(nlsprintf(msg::kRowCountDiffers, path_, counted_, answer_.rows));
@@ -281,7 +280,6 @@ class AnswerReader {
   std::uint64_t nullsCounted_ = 0;  // the same, with those before the count beyond the usual one
 
   std::vector<std::string> begun_;  // what the next line may continue, the longest first
-  std::uint64_t continued_ = 0;     // lines that were taken for the continuation of a row
   std::uint64_t firstFullLine_ = 0;
   std::size_t rowLength_ = 0;
   bool lastAdded_ = false;

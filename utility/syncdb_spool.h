@@ -16,12 +16,13 @@ inline constexpr std::uint64_t kCountedFrom = 6;
 struct CatalogAnswer {
   std::uint64_t rows = 0;     // handles, repeated ones included
   std::uint64_t handles = 0;  // handles that the tree did not hold before
+  std::uint64_t lines = 0;    // that hold them: a full line may be a handle of its own
   std::size_t longest = 0;    // bytes of the longest row
   bool counted = false;       // sqlplus has counted the rows, and the count is right
   bool lettersLost = false;   // a handle holds a sign that stands for a lost letter
 
-  // It cannot be known whether rows were lost.
-  bool mayBeIncomplete() const { return !counted && rows >= kCountedFrom; }
+  // Rows may have been lost: there could be enough of them for a count, and there is none.
+  bool mayBeIncomplete() const { return !counted && lines >= kCountedFrom; }
 };
 
 }  // namespace utility

@@ -340,6 +340,7 @@ TEST_F(CatalogQuery, TellsWhetherTheRowsWereCounted) {
   } rows[] = {
       {five, false, false},
       {six, false, true},
+      {std::string(80, 'f') + "\n" + five, false, true},  // two handles, or one
       {six + "\nElapsed: 00:00:00.01\n", false, true},
       {six + "\n6 Zeilen ausgewaehlt.\n", false, true},
       {six + "\n6 rows selected.\n\nSQL> exit\n", true, false},
