@@ -31,10 +31,11 @@ printf '%s\n' "VLTI_ORC_CONFIG $site/vlt.opt" "VLTI_LOG $site" "VEXO_NODE ORANOD
 } >"$site/made"
 cp "$site/store.db" "$site/fresh.db"
 zylstore list | cut -f1 >"$site/before"
+record=$site/vexodeleted.log
 
-# Puts the store back as it was.
+# Puts the store back as it was, with no record of deletions.
 restore() {
-  rm -f "$site"/store.db*
+  rm -f "$site"/store.db* "$record"
   cp "$site/fresh.db" "$site/store.db"
 }
 
@@ -75,4 +76,54 @@ expect_gone() {
   zylstore list | cut -f1 >"$site/after"
   awk -v from="$1" -v to="$2" 'NR < from || NR > to' "$site/before" | cmp -s - "$site/after" ||
     fail "what was deleted is not entries $1 to $2"
+}
+
+# Compares the record of deletions with the store: $site/before, and $site/after as expect_gone
+# leaves it. An object is gone if the record says that it was committed, and that only once; every
+# object that is gone has its line, in a transaction that was not taken back. $1 is what may be
+# missing:
+#   whole       nothing
+#   killed      the end of one transaction, and one line may be torn: a killed write ends anywhere
+#   incomplete  any line; what is there must be true
+expect_recorded() {
+  local lines=$record
+  [[ -e $lines ]] || lines=/dev/null
+  [[ $1 != whole || -z $(tail -c 1 "$lines") ]] || fail "the last line of the record is torn"
+  # A line of the record has a fixed number of quotes, so a torn or mixed one has the wrong fields.
+  awk -F '"' -v may_lack="$1" '
+    function refuse(why) { print why; refused = 1; exit 1 }
+    BEGIN { most = may_lack == "whole" ? 0 : may_lack == "killed" ? 1 : 1e9 }
+    file == "after" { there[$1]; next }
+    file == "before" { if (!($1 in there)) gone[$1]; next }
+    /^{"v":1,"event":"delete","time":"/ && NF == 43 && $30 == "id" && $43 == "}" {
+      if ($20 in outcome) refuse("transaction " $20 " goes on after its end")
+      held[$20] = held[$20] " " $32
+      next
+    }
+    /^{"v":1,"event":"end","time":"/ && NF == 31 && $22 == "outcome" && $31 ~ /^:[0-9]+}$/ {
+      if ($20 in outcome) refuse("transaction " $20 " ends twice")
+      outcome[$20] = $24
+      if (may_lack != "incomplete" && substr($31, 2) + 0 != split(held[$20], ids, " "))
+        refuse("transaction " $20 " has lost lines")
+      next
+    }
+    ++torn > most { refuse("torn: " $0) }
+    END {
+      if (refused) exit 1
+      for (transaction in held) {
+        how = outcome[transaction]
+        if (how == "taken back") continue
+        if (how != "committed" && ++unproven > most)
+          refuse("transaction " transaction " has no outcome")
+        count = split(held[transaction], ids, " ")
+        for (i = 1; i <= count; i++) {
+          if (how == "committed" && ids[i] in there) refuse(ids[i] " was committed, but is there")
+          if (how == "committed" && committed[ids[i]]++) refuse(ids[i] " was committed twice")
+          has_line[ids[i]]
+        }
+      }
+      if (may_lack == "incomplete") exit
+      for (id in gone) if (!(id in has_line)) refuse(id " is gone without a line")
+    }' file=after "$site/after" file=before "$site/before" file=record "$lines" >"$site/why" ||
+    fail "the record of deletions: $(<"$site/why")"
 }

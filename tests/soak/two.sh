@@ -2,8 +2,8 @@
 # two.sh ROUNDS BUILD: two programs show the same list, then delete overlapping picks at the same
 # time. Each must delete the first of its picks in whole transactions, and no object may be deleted
 # by both. A program ends with 44 (the list was left) if it deleted all of its picks, and with 2 (the
-# library's code: no such object) if the other one was faster. The next run must be able to delete
-# the rest.
+# library's code: no such object) if the other one was faster. Both append to one record of
+# deletions. The next run must be able to delete the rest.
 set -euo pipefail
 rounds=$1
 # shellcheck source=tests/soak/site.sh
@@ -73,9 +73,11 @@ for ((round = 1; round <= rounds; round++)); do
   zylstore list | cut -f1 >"$site/after"
   cat "$site"/deleted.[12] "$site/after" | sort -n | cmp -s - "$site/before" ||
     fail "what is missing is not what the programs deleted, or was deleted twice"
+  expect_recorded whole
   outcomes["${status[*]}"]=$((${outcomes["${status[*]}"]:-0} + 1))
   delete 301 $((to[2] - all + $(wc -l <"$site/after")))
   expect_gone 301 "${to[2]}"
+  expect_recorded whole
 done
 for outcome in "${!outcomes[@]}"; do
   echo "two: ${outcomes[$outcome]} of $rounds rounds ended with $outcome; seed $seed"
