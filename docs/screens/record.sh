@@ -66,9 +66,9 @@ answer "Catalog 2: user name" rman
 answer "Catalog 2: password" rman
 answer "Catalog 2: connect string" test
 answer "Command ==>" 1:4+
-await "Picked 4 of"
+await "+4 -0"
 answer "Command ==>" "3 12+"
-await "Picked 4 of"
+await "+1 -1"
 keep pick_list
 answer "Command ==>" O
 await "continue?"
