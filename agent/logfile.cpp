@@ -28,6 +28,13 @@ bool writeAll(int descriptor, std::string_view text) {
   return true;
 }
 
+// The last writer was killed, or the disk was full.
+bool endsInsideALine(int descriptor) {
+  const off_t end = ::lseek(descriptor, 0, SEEK_END);
+  char last = '\n';
+  return end > 0 && ::pread(descriptor, &last, 1, end - 1) == 1 && last != '\n';
+}
+
 }  // namespace
 
 void agent::logIn(const char* directory, const char* name, char* path) {
@@ -55,7 +62,8 @@ bool agent::appendLocked(const char* path, std::string_view text) {
   if (descriptor < 0) return false;
   bool written = ::lockf(descriptor, F_LOCK, 0) == 0;
   if (written) {
-    written = writeAll(descriptor, text);
+    if (!text.empty() && endsInsideALine(descriptor)) written = writeAll(descriptor, "\n");
+    written = written && writeAll(descriptor, text);
     // The lock covers the file from its beginning; the position has moved since.
     ut::ignoreResult(::lseek(descriptor, 0, SEEK_SET), "closing unlocks as well");
     ut::ignoreResult(::lockf(descriptor, F_ULOCK, 0), "closing unlocks as well");

@@ -36,7 +36,9 @@ TEST_F(ErrorLog, LinesCarryTimeAndProcess) {
 }
 
 TEST_F(ErrorLog, KeepsLinesWholeAcrossProcesses) {
-  // Through both functions that write to the log, with some lines longer than a stream's buffer.
+  // Through both functions that write to the log, with some lines longer than a stream's buffer,
+  // after a line whose writer was killed.
+  dir.write("installed/agent/vexoerror.log", "torn");
   constexpr int kProcesses = 8, kLines = 1000;
   const auto textOf = [](char name) { return std::string(name < 'c' ? 5000 : 99, name); };
   const support::Captured quiet(STDERR_FILENO);
@@ -57,6 +59,8 @@ TEST_F(ErrorLog, KeepsLinesWholeAcrossProcesses) {
   std::istringstream text(log());
   std::map<std::string, int> counts;
   for (std::string line; std::getline(text, line);) ++counts[line.substr(line.rfind(' ') + 1)];
+  EXPECT_EQ(1, counts["torn"]);
+  counts.erase("torn");
   EXPECT_EQ(static_cast<std::size_t>(kProcesses), counts.size());
   for (const auto& [line, count] : counts) {
     EXPECT_EQ(kLines, count) << line.front();
