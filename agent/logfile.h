@@ -15,9 +15,9 @@ void logIn(const char* directory, const char* name, char* path);
 void findLog(const char* name, char* path);
 
 // Appends complete lines to a file under a lock on the whole file, so that lines of several
-// processes are never mixed. A line that a killed process or a full disk cut off is ended first, and
-// stays a line of its own. The file is created with mode 0600 if needed. False when something did not
-// reach the file. An empty text only tries whether the file can be opened and locked.
+// processes are never mixed. A line that a killed process or a full disk cut off is ended first,
+// and stays a line of its own. The file is created with mode 0600 if needed. False when something
+// did not reach the file. An empty text only tries whether the file can be opened and locked.
 bool appendLocked(const char* path, std::string_view text);
 
 }  // namespace agent

@@ -41,7 +41,8 @@ void utility::doubtAnswer(const objCatInfo_s& catalog, const char* spoolPath,
 }
 
 void utility::doubtMatches(const RangeCounts& counts, bool lettersLost, RunRecord* run) {
-  if (counts.objects > 0 && counts.known == 0 && run->handles > 0) {
+  if (run->handles == 0) return;  // doubtAnswer has said it of each catalog
+  if (counts.objects > 0 && counts.known == 0) {
     raiseDoubt(run, nlsprintf(msg::kNothingMatched, number(run->handles), number(counts.objects)));
     return;
   }
