@@ -126,13 +126,22 @@ check_named() {
 # From their folder, where mandoc finds the pages that they refer to.
 check_manuals() { (cd docs/man && mandoc -Tlint -- *.[15]); }
 
-# Every file that a document links to exists.
+# The anchors of a document's headings: in small letters, without punctuation, blanks as hyphens.
+anchors() { sed -n 's/^##* //p' "$1" | tr '[:upper:] ' '[:lower:]-' | tr -cd '[:lower:][:digit:]\n-'; }
+
+leads() { [[ -e $1 && ($2 != *'#'* || $'\n'$(anchors "$1")$'\n' == *$'\n'"${2#*#}"$'\n'*) ]]; }
+
+# Every file and every heading that a document links to exists.
 check_links() {
-  local document link bad=0
+  local document link file bad=0
   while IFS=: read -r document link; do
     link=${link#*(} link=${link%)}
-    [[ $link == http* || -e $(dirname "$document")/$link ]] ||
-      { echo "lint: $document links to $link, which does not exist" >&2; bad=1; }
+    file=$(dirname "$document")/${link%%#*}
+    if [[ $link == '#'* ]]; then file=$document; fi
+    if [[ $link != http* ]] && ! leads "$file" "$link"; then
+      echo "lint: $document links to $link, which does not exist" >&2
+      bad=1
+    fi
   done < <(tracked '*.md' | xargs grep -HoE '\]\([^)]+\)')
   [[ $bad == 0 ]]
 }
