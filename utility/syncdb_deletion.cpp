@@ -48,10 +48,26 @@ class Deletion {
       TRACE(TR_ORCLEVEL1, " %s: Exit - didn't enter 'y' \n\n", kFunction);
       return 0;
     }
+    const unsigned short rc = deletePicks(picks.total.count);
+    if (recorded && log_->failed()) {
+      agent::showAndLog(nlsprintf(msg::kRecordIncomplete, log_->path()));
+    }
+    return rc;
+  }
+
+  // Memory ran out during the deletion: what is not committed is taken back.
+  unsigned short abandon() {
+    TRACE(TR_ORCLEVEL0, " %s: Exit - no memory\n\n", kFunction);
+    if (inProgress_) ut::ignoreResult(end(VLT_VOTE_ABORT), "without a commit nothing is deleted");
+    nlprintf(msg::kNoMemory);
+    return msg::kNoMemory.code();
+  }
+
+ private:
+  unsigned short deletePicks(std::uint64_t count) {
     if (const std::int16_t rc = begin(Report::kLogAndTerminal); rc != 0) return code(rc);
-    ut::Progress progress([&picks](const char* count, const char* rate) {
-      return nlsprintf(msg::kProgressDeleting, count, ut::formatNumber(picks.total.count).text,
-                       rate);
+    ut::Progress progress([count](const char* done, const char* rate) {
+      return nlsprintf(msg::kProgressDeleting, done, ut::formatNumber(count).text, rate);
     });
     utZylObj_s* object = list_->getFirst();
     while (object != nullptr) {
@@ -70,22 +86,9 @@ class Deletion {
       object = list_->remove(object);
       progress.advance();
     }
-    const unsigned short rc = commitLast();
-    if (recorded && log_->failed()) {
-      agent::showAndLog(nlsprintf(msg::kRecordIncomplete, log_->path()));
-    }
-    return rc;
+    return commitLast();
   }
 
-  // Memory ran out during the deletion: what is not committed is taken back.
-  unsigned short abandon() {
-    TRACE(TR_ORCLEVEL0, " %s: Exit - no memory\n\n", kFunction);
-    if (inProgress_) ut::ignoreResult(end(VLT_VOTE_ABORT), "without a commit nothing is deleted");
-    nlprintf(msg::kNoMemory);
-    return msg::kNoMemory.code();
-  }
-
- private:
   // Says what is about to happen, right before the question. `recorded`: the log can be written.
   void describe(const utility::PickSummary& picks, bool recorded) const {
     const std::string none = nls::plainText(msg::kNone);

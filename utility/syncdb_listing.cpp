@@ -14,6 +14,7 @@
 #include "common/ut/psfile.h"
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"
+#include "common/ut/utf8.h"
 #include "utility/report.h"
 #include "utility/syncdb_names.h"
 
@@ -158,8 +159,12 @@ class Listing {
 
   // Whether the tree holds the beginning of a name, as long as the longest handle.
   bool beginsWithHandle(char* key) {
-    const std::size_t length = counts_->longestHandle;
-    if (tree_ == nullptr || length == 0 || std::strlen(key) <= length) return false;
+    if (tree_ == nullptr || counts_->longestHandle == 0) return false;
+    std::size_t length = 0;  // bytes of the beginning
+    for (std::size_t columns = 0; key[length] != '\0'; ++length) {
+      if (!ut::isContinuation(key[length]) && columns++ == counts_->longestHandle) break;
+    }
+    if (key[length] == '\0') return false;
     const char next = std::exchange(key[length], '\0');
     const bool found = tree_->SearchItem(key, utFindFilename) != nullptr;
     key[length] = next;

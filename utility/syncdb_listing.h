@@ -15,7 +15,7 @@ namespace utility {
 // What a listing with a tree counts, so that the question before a deletion states nothing that was
 // not computed.
 struct RangeCounts {
-  std::size_t longestHandle = 0;  // set by the caller: bytes of the longest handle; 0: not known
+  std::size_t longestHandle = 0;  // set by the caller: characters of the longest; 0: not known
 
   std::uint64_t objects = 0;  // of the range
   std::uint64_t known = 0;    // of these: the tree holds the name

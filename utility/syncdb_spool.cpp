@@ -22,6 +22,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -34,6 +35,7 @@
 #include "common/ut/agttrc.h"
 #include "common/ut/progress.h"
 #include "common/ut/psfile.h"
+#include "common/ut/utf8.h"
 #include "utility/exchange.h"
 #include "utility/report.h"
 #include "utility/spoolline.h"
@@ -51,9 +53,12 @@ constexpr std::size_t kPieceSize = 513;
 constexpr std::size_t kLongestHandle = 512;
 constexpr std::size_t kFewLines = 40;  // lines whose every join is tried, without a row count
 
-// "?" and U+FFFD: what a conversion between character sets puts where it has no letter.
+// "?", U+FFFD and U+00BF: what a conversion between character sets puts where it has no letter.
 bool holdsReplacement(std::string_view text) {
-  return text.find('?') != text.npos || text.find("\xEF\xBF\xBD") != text.npos;
+  for (const std::string_view sign : {"?", "\xEF\xBF\xBD", "\xC2\xBF"}) {
+    if (text.find(sign) != text.npos) return true;
+  }
+  return false;
 }
 
 class AnswerReader {
@@ -152,8 +157,8 @@ class AnswerReader {
       ++answer_.rows;
       rowLength_ = 0;
     }
-    rowLength_ += line.body.size();
-    if (rowLength_ > answer_.longest) answer_.longest = rowLength_;
+    rowLength_ += ut::columns(line.body);
+    answer_.longest = std::max(answer_.longest, rowLength_);
     answer_.lettersLost = answer_.lettersLost || holdsReplacement(line.body);
     const short rc = insertReadings(line);
     if (rc == kTreeStored) keepForNext(line);
@@ -207,12 +212,12 @@ class AnswerReader {
     return rc;
   }
 
-  // `*added`: it was not there yet.
-  short insert(std::string_view item, bool* added) {
+  // `*added`, if not null: it was not there yet.
+  short insert(std::string_view item, bool* added = nullptr) {
     item_ = item;
     const short rc = tree_->IsertItem(item_.data(), static_cast<int>(item_.size()) + 1,
                                       utInsertFilename, utFindFilename);
-    *added = rc == kTreeStored;
+    if (added != nullptr) *added = rc == kTreeStored;
     if (rc != DUP_VAL) return rc;
     TRACE(TR_ORCLEVEL2, " %s: - duplicate value in bTree\n", kFunction);
     return kTreeStored;
@@ -252,15 +257,25 @@ class AnswerReader {
   }
 
   // Nothing says how many rows there are: a profile may have broken handles anywhere, so all joins
-  // of consecutive lines are known as well.
+  // of consecutive lines are known as well. A blank at a break looks like the padding, or is left
+  // out (WORD_WRAPPED): it is tried at each break and at all of them.
   unsigned short insertJoins() {
-    if (fewLines_.size() > kFewLines) return 0;
+    answer_.hasOtherJoins = fewLines_.size() > kFewLines;
+    if (answer_.hasOtherJoins) return 0;
     for (std::size_t first = 0; first < fewLines_.size(); ++first) {
-      std::string join = fewLines_[first];
+      std::string plain = fewLines_[first], spaced = plain;
+      std::vector<std::string> joins;  // those with one blank
       for (std::size_t next = first + 1; next < fewLines_.size(); ++next) {
-        join += fewLines_[next];
-        bool added = false;
-        if (const short rc = insert(join, &added); rc != kTreeStored) return code(rc);
+        const std::string& line = fewLines_[next];
+        for (std::string& join : joins) join += line;
+        joins.push_back(plain + ' ' + line);
+        plain += line;
+        spaced += ' ' + line;
+        if (plain.size() > kLongestHandle) break;
+        short rc = insert(plain);
+        if (rc == kTreeStored) rc = insert(spaced);
+        for (std::size_t i = 0; i < joins.size() && rc == kTreeStored; ++i) rc = insert(joins[i]);
+        if (rc != kTreeStored) return code(rc);
       }
     }
     return 0;

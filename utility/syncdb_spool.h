@@ -17,12 +17,14 @@ struct CatalogAnswer {
   std::uint64_t rows = 0;     // handles, repeated ones included
   std::uint64_t handles = 0;  // handles that the tree did not hold before
   std::uint64_t lines = 0;    // that hold them: a full line may be a handle of its own
-  std::size_t longest = 0;    // bytes of the longest row
+  std::size_t longest = 0;    // characters of the longest row
   bool counted = false;       // sqlplus has counted the rows, and the count is right
   bool lettersLost = false;   // a handle holds a sign that stands for a lost letter
 
+  bool hasOtherJoins = false;  // there are too many lines to try every way of joining them
+
   // Rows may have been lost: there could be enough of them for a count, and there is none.
-  bool mayBeIncomplete() const { return !counted && lines >= kCountedFrom; }
+  bool mayBeIncomplete() const { return !counted && (lines >= kCountedFrom || hasOtherJoins); }
 };
 
 }  // namespace utility

@@ -80,7 +80,10 @@ std::string ofLength(int number, std::size_t length) {
 
 const Kind kKinds[] = {
     {"short", [](int i) { return numbered("SALES_df_731%04d_1_1", i); }},
-    {"some short", [](int i) { return numbered(i % 2 == 0 ? "S_%04d" : "SALES_df_731%04d_1", i); }},
+    {"some UTF-8",
+     [](int i) {
+       return numbered(i % 2 == 0 ? "k\xc3\xa4se_\xc5\x82_%04d" : "SALES_df_731%04d_1", i);
+     }},
     {"80", [](int i) { return ofLength(i, 80); }},
     {"81 to 512", [](int i) { return ofLength(i, 81 + static_cast<std::size_t>(i) * 37 % 432); }},
     {"quoted", [](int i) { return numbered("\"Q\"\"_%04d\"", i); }},
@@ -249,7 +252,8 @@ class Answers : public WithErrorLog {
                          const char* language) {
     const std::string name = kind.name;
     const bool ascii = language != nullptr && std::strstr(language, "ASCII") != nullptr;
-    const bool readable = name != "80" && name != "81 to 512" && (name != "UTF-8" || !ascii);
+    const bool readable =
+        name != "80" && name != "81 to 512" && (name.find("UTF-8") == name.npos || !ascii);
     const std::string profileName = profile.name;
     const bool harmless = profileName == "none" || profileName == "feedback 1" ||
                           profileName == "timing" || profileName == "pages" ||

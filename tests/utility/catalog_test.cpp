@@ -309,7 +309,9 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
        "|"},  // three pieces without a handle
       {padded("p1") + "\n" + padded("p2") + "\n2 rows selected.\n", "2 2", "p1|p2|", ""},
       {padded("SALES_df_7") + padded("31_1") + padded("x"), "3 3",
-       "SALES_df_731_1|SALES_df_731_1x|31_1x|31_1|", "SALES_df_7x|"},
+       "SALES_df_731_1|SALES_df_731_1x|31_1x|31_1|SALES_df_7 31_1 x|SALES_df_7 31_1x|"
+       "SALES_df_731_1 x|",
+       "SALES_df_7x|"},
       {padded("see ORA-1 below") + count, "1 1", "see ORA-1 below|", ""},  // padded: a handle
       {"SQL> set x\nHANDLE of it\n" + padded("p1") + count, "1 1", "p1|", ""},
       {std::string(600, 'l') + "\n", "2 2",
@@ -334,6 +336,11 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
 // Without a row count the answer may be whole or not; with few rows there is none.
 TEST_F(CatalogQuery, TellsWhetherTheRowsWereCounted) {
   const std::string five = "1\n2\n3\n4\n5\n", six = five + "6\n";
+  const auto headings = [](int count) {
+    std::string lines;
+    while (count-- > 0) lines += "of a profile\n";
+    return lines;
+  };
   const struct {
     std::string spool;
     bool counted, mayBeIncomplete;
@@ -343,6 +350,8 @@ TEST_F(CatalogQuery, TellsWhetherTheRowsWereCounted) {
       {std::string(80, 'f') + "\n" + five, false, true},  // two handles, or one
       {six + "\nElapsed: 00:00:00.01\n", false, true},
       {six + "\n6 Zeilen ausgewaehlt.\n", false, true},
+      {five + headings(35), false, false},
+      {five + headings(36), false, true},  // too many ways to join them
       {six + "\n6 rows selected.\n\nSQL> exit\n", true, false},
       {"\n3 rows selected.\n" + six + "\n6 rows selected.\n", true, false},  // of the profile
   };

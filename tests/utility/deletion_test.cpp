@@ -240,4 +240,19 @@ TEST_F(Deletion, GoesOnWithoutARecordThatCannotBeWrittenAndSaysSoFirst) {
   EXPECT_EQ("", left(list));
 }
 
+TEST_F(Deletion, SaysAtItsEndThatItsRecordHasGaps) {
+  std::filesystem::create_symlink("/dev/full", dir_.path("vexodeleted.log"));
+  for (const std::int16_t code : {std::int16_t{0}, std::int16_t{54}}) {
+    support::ScriptedApi api(script(code == 0 ? "B D1 C" : "B"));
+    if (code != 0) {
+      api.add({Step("vltDeleteObj", "7 2 id=1", code), Step("vltRCMsg"), Step("vltEndTxn", "7 2")});
+    }
+    ObjectList list;
+    fill(list, 1, "1");
+    std::string shown;
+    EXPECT_EQ(code, run(list, "y\n", &shown));
+    EXPECT_NE(std::string::npos, shown.find("QRB2668W")) << shown;
+  }
+}
+
 }  // namespace
