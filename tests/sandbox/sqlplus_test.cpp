@@ -145,6 +145,60 @@ TEST_F(Sqlplus, DoesWhatTheProfilesSet) {
   }
 }
 
+TEST_F(Sqlplus, LaysOutPagesAndReportsWhatItDoesNotUnderstand) {
+  const std::string x80(80, 'x'), dashes = std::string(80, '-') + "\n";
+  load("one\t2024-01-01\ntwo\t2024-01-01\n" + x80 + "x\t2024-01-01\n");
+  const std::string select = "select handle from rc_backup_piece", blank = padded("");
+  const std::string head = "\n" + padded("HANDLE") + dashes, two = padded("one") + padded("two");
+  const std::string last = x80 + "\n" + padded("x") + blank + "\n", page = head + two + last;
+  const std::string none = "ORA-00933: SQL command not properly ended\n\n\n";
+  const struct {
+    std::string script, spooled;
+    int status = 0;
+  } cases[] = {
+      {select + ";", page},
+      {"set pagesize 6\n" + select + ";", page},
+      {"set pagesize 5\n" + select + ";", head + two + head + last},
+      {"set pages 5 recsep ea lin 100\ncol handle for a9 tru hea 'Long heading'\n" + select + ";",
+       "\n" + padded("Long head", 100) + "---------" + std::string(91, ' ') + "\n" +
+           padded("one", 100) + padded("", 100) + "\n" + padded("Long head", 100) + "---------" +
+           std::string(91, ' ') + "\n" + padded("two", 100) + padded("", 100) + "\n" +
+           padded("Long head", 100) + "---------" + std::string(91, ' ') + "\n" +
+           padded("xxxxxxxxx", 100) + padded("", 100) + "\n"},
+      {"set heading off\n" + select + ";", "\n" + two + last},
+      {"set markup csv on\n" + select + ";",
+       "\n\"HANDLE\"\n\"one\"\n\"two\"\n\"" + x80 + "x\"\n\n"},
+      {"set sqlt ! null \"y\nSelect Handle\n From RC_Backup_Piece\t!\nexit 3", page, 3},
+      {select + "\n\nset recsep off\n" + select + "\n/",
+       head + two + x80 + "\n" + padded("x") + "\n"},
+      {"select handle\nfrom rc_backup_piece x\n/",
+       "from rc_backup_piece x\n                     *\nERROR at line 2:\n" + none},
+      {"select name from x;",
+       "select name from x\n       *\nERROR at line 1:\nORA-00904: invalid identifier\n\n\n"},
+      {"alter session set NLS_DATE_FORMAT='DD' x;", "alter session set NLS_DATE_FORMAT='DD' x\n" +
+                                                        std::string(39, ' ') +
+                                                        "*\nERROR at line 1:\n" + none},
+      {"prompt  a  b ;\nrem set wrap off\n--x\n\ndrop table pieces;",
+       "a  b\nSP2-0734: unknown command beginning \"drop table...\" - rest of line ignored.\n"},
+      {"set", "SP2-0281: set missing set option\n"},
+      {"set wrap x", "SP2-0265: wrap must be set ON or OFF\n"},
+      {"set pagesize x", "SP2-0268: pagesize option not a valid number\n"},
+      {"set lin 32768", "SP2-0267: linesize option 32768 out of range (1 through 32767)\n"},
+      {"set recsep x", "SP2-0158: unknown SET recsep option \"x\"\n"},
+      {"set markup html on", "SP2-0158: unknown SET markup option \"html\"\n"},
+      {"set markup csv x", "SP2-0265: markup csv must be set ON or OFF\n"},
+      {"set wr off", "SP2-0158: unknown SET option \"wr\"\n"},
+      {"column handle format n9", "SP2-0246: Illegal FORMAT string \"n9\"\n"},
+      {"column handle format a0", "SP2-0246: Illegal FORMAT string \"a0\"\n"},
+      {"column handle bold", "SP2-0158: unknown COLUMN option \"bold\"\n"},
+  };
+  for (const auto& row : cases) {
+    dir_.write("script.sql", "rman/rman@rcat\nspool spool.out\n" + row.script);
+    EXPECT_EQ(row.status, run("'" SQLPLUS "' -L -S @script.sql").status) << row.script;
+    EXPECT_EQ(row.spooled, dir_.read("spool.out")) << row.script;
+  }
+}
+
 TEST_F(Sqlplus, ReadsTheSitesProfileBeforeTheUsers) {
   load("short\t2024-01-01\n");
   dir_.write("home/sqlplus/admin/glogin.sql", "set feedback 1\nset timing on\nset echo on");
@@ -242,6 +296,30 @@ TEST_F(Sqlplus, SplitsTheLogonAtTheFirstSignsOutsideQuotes) {
     const Result result = spool({.logon = logon});
     EXPECT_EQ(error.empty() ? 0 : 1, result.status) << logon;
     EXPECT_NE(std::string::npos, result.output.find(error)) << logon << "\n" << result.output;
+  }
+}
+
+TEST_F(Sqlplus, RefusesWhatItCannotRunOrWrite) {
+  dir_.write("full.sql",
+             "rman/rman@rcat\nspool /dev/full\nprompt x\nspool off\nspool /none/x\nexit");
+  dir_.write("endless.sql", "rman/rman@rcat\nset term off");
+  const struct {
+    std::string arguments, shown;
+    int status;
+  } cases[] = {
+      {"-V", "SQL*Plus: sandbox edition\n", 0},
+      {"-S", "SP2-0306: Invalid option.\nUsage: ", 1},
+      {"-x @full.sql", "SP2-0306: Invalid option.\nUsage: ", 1},
+      {"@full.sql @full.sql", "SP2-0306: Invalid option.\nUsage: ", 1},
+      {"-L @none.sql", "SP2-0310: unable to open file \"none.sql\"\n", 1},
+      {"-L @full.sql", "x\nSP2-0308: cannot close spool file\nSP2-0606: Cannot create", 0},
+      {"-L @endless.sql", "\nConnected.\n\nSQL> Disconnected", 0},
+      {"-S @endless.sql <full.sql", "SQL> x\n", 0},
+  };
+  for (const auto& [arguments, shown, status] : cases) {
+    const Result result = run("'" SQLPLUS "' " + arguments);
+    EXPECT_EQ(status, result.status) << arguments;
+    EXPECT_NE(std::string::npos, result.output.find(shown)) << arguments << "\n" << result.output;
   }
 }
 
