@@ -1,6 +1,8 @@
 // checks.cpp: checks of what callers pass.
 #include "sandbox/library/checks.h"
 
+#include <cstring>
+
 namespace sandbox {
 
 std::string_view checkedText(const char* text, std::size_t limit) {

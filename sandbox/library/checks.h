@@ -11,8 +11,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <string>
 #include <string_view>
 
 #include "sandbox/store/dates.h"

@@ -44,7 +44,7 @@ void requirePassword(const ClientOptions& options, std::string_view given, const
   if (!options.generatedPassword) return require(right, VLT_RC_WRONG_PASSWORD);
   const PasswordFile file = passwordFileOf(options);
   if (right) return require(file.write(given), VLT_RC_BAD_OPTION);
-  require(digestOf(file.read().value_or("")) == node.password, VLT_RC_WRONG_PASSWORD);
+  require(file.readDigest() == node.password, VLT_RC_WRONG_PASSWORD);
 }
 
 std::unique_ptr<Session> openSession(const ClientOptions& options,

@@ -4,11 +4,13 @@
 namespace sandbox {
 namespace {
 
-// A scan of all rows: store.h says why there is no index.
+// A scan of all rows: store.h says why there is no index. Names begin with "/", so the pattern that
+// takes them all need not be compared with each of a million.
 std::string selectText() {
   return "SELECT " + std::string(kObjectColumns) +
          " FROM object WHERE node=?1 AND state=?2 AND fs=?3 AND (?4='' OR owner=?4) AND "
-         "(?5=0 OR inserted<=?5) AND hl GLOB ?6 AND ll GLOB ?7 ORDER BY id";
+         "(?5=0 OR inserted<=?5) AND (?6='/*' AND hl<>'' OR hl GLOB ?6) AND "
+         "(?7='/*' OR ll GLOB ?7) ORDER BY id";
 }
 
 // SQLite's patterns have the interface's "*" and "?". They also have brackets, which are plain

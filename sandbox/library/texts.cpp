@@ -4,6 +4,7 @@
 // server refused the password. ...".
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 
 #include "sandbox/library/frame.h"
 

@@ -47,7 +47,6 @@ bool SqlSession::take(std::string_view line) {
   }
   if (name == "SELECT" || name == "ALTER") {
     statement_.clear();
-    inStatement_ = true;
     statementLine(line);
   } else if (!word.empty() && !command(name, rest)) {
     output_.line("SP2-0734: unknown command beginning \"" +

@@ -85,12 +85,6 @@ std::string setMarkup(std::string_view& rest, Settings& settings) {
   return error;
 }
 
-std::string unquoted(std::string_view text) {
-  const bool isQuoted = text.size() >= 2 && text.front() == text.back() &&
-                        (text.front() == '\'' || text.front() == '"');
-  return std::string(isQuoted ? text.substr(1, text.size() - 2) : text);
-}
-
 std::string setOption(std::string_view name, std::string_view value, Settings& settings) {
   for (const Switch& row : kSwitches) {
     if (abbreviates(name, row.name, row.fewest)) return setSwitch(row, value, settings);
@@ -105,7 +99,7 @@ std::string setOption(std::string_view name, std::string_view value, Settings& s
   }
   if (abbreviates(name, "RECSEP", 6)) return setSeparator(value, settings);
   if (equalIgnoringCase(name, "NULL")) {
-    settings.null = unquoted(value);
+    settings.null = value;
   } else if (abbreviates(name, "SQLTERMINATOR", 4)) {
     settings.terminator = equalIgnoringCase(value, "OFF") ? '\0'
                           : value.size() == 1             ? value[0]
@@ -131,7 +125,7 @@ std::string setColumnOption(std::string_view name, std::string_view& rest, Setti
     settings.columnHeading = defaults.columnHeading;
   } else if (abbreviates(name, "HEADING", 3)) {
     const auto [value, afterValue] = firstWord(rest);
-    settings.columnHeading = unquoted(value);
+    settings.columnHeading = value;
     rest = afterValue;
   } else if (abbreviates(name, "FORMAT", 3)) {
     const auto [value, afterValue] = firstWord(rest);
@@ -151,6 +145,10 @@ std::string setColumnOption(std::string_view name, std::string_view& rest, Setti
 
 Words firstWord(std::string_view text) {
   text = trimmed(text);
+  if (text.starts_with('\'') || text.starts_with('"')) {
+    const std::size_t quote = text.find(text.front(), 1);
+    if (quote != text.npos) return {text.substr(1, quote - 1), trimmed(text.substr(quote + 1))};
+  }
   const std::size_t end = std::min(text.find_first_of(" \t"), text.size());
   return {text.substr(0, end), trimmed(text.substr(end))};
 }

@@ -40,7 +40,8 @@ struct Settings {
   std::string columnHeading = "HANDLE";
 };
 
-// The first word of a text, and the rest without the blanks between them.
+// The first word of a text, or the first text in quotes without them, and the rest without the
+// blanks between the two.
 struct Words {
   std::string_view first, rest;
 };

@@ -108,7 +108,7 @@ std::optional<OracleCatalog> logOn(const Logon& logon, const Language& language)
 std::string userProfile() {
   const std::string directories = environment("ORACLE_PATH") + ":" + environment("SQLPATH");
   for (std::string_view directory : split(directories, ':')) {
-    const std::string path = std::string(directory) + "/login.sql";
+    std::string path = std::string(directory) + "/login.sql";
     if (!directory.empty() && std::filesystem::exists(path)) return path;
   }
   return {};

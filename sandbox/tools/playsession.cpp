@@ -9,8 +9,8 @@
 //
 // A cleared screen shows as a rule. Exit status: the command's; 99 if a step does not come true, 98
 // if the command line or the script is not understood.
+#include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <stdexcept>

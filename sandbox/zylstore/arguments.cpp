@@ -39,7 +39,9 @@ void demand(bool condition, const std::string& text) {
   if (!condition) throw UsageError(text);
 }
 
-std::string inQuotes(std::string_view text) { return "\"" + std::string(text) + "\""; }
+std::string inQuotes(std::string_view text) {
+  return std::string(1, '"').append(text).append(1, '"');
+}
 
 Arguments::Arguments(const CommandRow& command, std::span<const std::string> words) {
   const std::string commandName(command.name);

@@ -138,7 +138,7 @@ SiteRequest requestOf(const Arguments& arguments) {
   request.today = *today;
   Object sample;
   sample.fileSpace = request.fileSpace;
-  sample.lowLevel = "/";
+  sample.lowLevel = std::string(1, '/');
   sample.owner = request.owner;
   demand(objectNameFault(sample).empty(), objectNameFault(sample));
   return request;

@@ -56,7 +56,7 @@ struct OracleDatabase {
   int piece = 0;                   // number of the last set's last piece
   const char* kind = "";           // what that set holds
   std::int64_t autobackupDay = 0;  // day of the last control-file backup
-  int autobackup = 0;              // its number within the day
+  unsigned autobackup = 0;         // its number within the day
 };
 
 // A number in the digits 0-9a-v, at least `width` of them.
