@@ -89,8 +89,8 @@ TEST_F(Signal, FromTheKeyboardEndsTheQueryAndTheList) {
   catalog("prod", {});
   const std::string sqlplus = dir_.write(
       "bin/sqlplus",
-      "#!/bin/bash\ntrap 'exit 0' INT\nsed -n 's/^spool //p' \"${2#@}\" >spool\necho asked\n"
-      "echo piece >\"$(cat spool)\"\nfor i in {1..600}; do sleep 0.1; done\n");
+      "#!/bin/bash\ntrap 'exit 0' INT\nsed -n '2s/^spool //p' \"${2#@}\" >spool\n"
+      "echo piece >\"$(cat spool)\"\necho asked\nfor i in {1..600}; do sleep 0.1; done\n");
   std::filesystem::permissions(sqlplus, std::filesystem::perms::owner_all);
   const std::string path = settings_.environment["PATH"];
   settings_.environment["PATH"] = dir_.path("bin") + ":" + path;
