@@ -159,10 +159,10 @@ class Picks {
 
   double drawPage(unsigned top) {
     constexpr int kTimes = 20;
-    const utility::Picked picked;
+    const utility::PageNotes notes;
     const double spent = timed([&] {
       for (int i = 0; i < kTimes; ++i) {
-        DisplayList(&list_, top, kRows, kCols, 0, size(), &picked);
+        DisplayList(&list_, top, kRows, kCols, 0, size(), &notes);
       }
     });
     return spent / kTimes;
