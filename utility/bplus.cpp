@@ -83,7 +83,8 @@ short dsBPlusTree::IsertItem(void* item, int size, CopyFn copyFn, CompareFn comp
   ut::ignoreResult(copyFn_(item, staged.data), "the copies that are stored are checked");
   // The staging buffer is leaked on purpose, one per insertion, pinned by
   // BPlusTree.ReleasesAllButTheStagingBufferOfEachInsertion. The tracked allocation still knows it.
-  return InsertNode(staged);
+  const short rc = InsertNode(staged);
+  return rc == kTreeNotCopied ? copyRc_ : rc;
 }
 
 short dsBPlusTree::InsertNode(const bData_t& item) {
@@ -97,8 +98,9 @@ short dsBPlusTree::InsertNode(const bData_t& item) {
   bNodeType_t* node = NewNode(root_ == nullptr);
   const short stored = node == nullptr ? kTreeNoMemory : Store(risen.item, node, 0);
   if (stored != kTreeStored) {
-    TRACE(TR_ORCLEVEL0, " %s: Exit - no memory\n", "InsertNode()");
+    if (stored == kTreeNoMemory) TRACE(TR_ORCLEVEL0, " %s: Exit - no memory\n", "InsertNode()");
     FreeMemory(node);
+    FreeMemory(risen.right);
     return stored;
   }
   node->count = 1;
@@ -122,9 +124,12 @@ short dsBPlusTree::PushDown(const bData_t& item, bNodeType_t* node, Risen* risen
   }
   const short rc = PushDown(item, node->leaf != 0 ? nullptr : childOf(node, position), risen);
   if (rc != PUSH_UP) return rc;
-  if (node->count < kMaxItems) return PushIn(risen->item, risen->right, node, position);
-  const short split = Split(risen->item, risen->right, node, position, risen);
-  if (split != kTreeStored) return split;
+  bNodeType_t* const right = risen->right;
+  const bool full = node->count == kMaxItems;
+  const short stored = full ? Split(risen->item, right, node, position, risen)
+                            : PushIn(risen->item, right, node, position);
+  if (stored != kTreeStored) FreeMemory(right);  // it is in no node
+  if (stored != kTreeStored || !full) return stored;
   TRACE(TR_ALL, " %s: Exit - return PUSH_UP\n", "PushDown()");
   return PUSH_UP;
 }
@@ -137,7 +142,8 @@ short dsBPlusTree::Store(const bData_t& item, bNodeType_t* node, int slot) {
   if (data == nullptr) data = BTreeMalloc(__FILE__, __LINE__, item.size);
   if (data == nullptr) return kTreeNoMemory;
   node->size[slot] = item.size;
-  return static_cast<short>(copyFn_(item.data, data));
+  copyRc_ = static_cast<short>(copyFn_(item.data, data));
+  return copyRc_ == 0 ? kTreeStored : kTreeNotCopied;
 }
 
 // Moves an item to another slot, by a copy of its bytes.
@@ -149,13 +155,13 @@ short dsBPlusTree::Move(bNodeType_t* from, int slot, bNodeType_t* to, int toSlot
 
 short dsBPlusTree::PushIn(const bData_t& item, bNodeType_t* rightSibling, bNodeType_t* node,
                           int position) {
-  for (int i = node->count - 1; i >= position; --i) {
-    if (const short rc = Move(node, i, node, i + 1); rc != kTreeStored) {
-      TRACE(TR_ORCLEVEL0, " %s: Exit - NO MEMORY\n", "PushIn()");
-      return rc;
-    }
+  short rc = kTreeStored;
+  for (int i = node->count - 1; rc == kTreeStored && i >= position; --i) {
+    rc = Move(node, i, node, i + 1);
   }
-  if (const short rc = Store(item, node, position); rc != kTreeStored) return rc;
+  if (rc == kTreeStored) rc = Store(item, node, position);
+  if (rc == kTreeNoMemory) TRACE(TR_ORCLEVEL0, " %s: Exit - NO MEMORY\n", "PushIn()");
+  if (rc != kTreeStored) return rc;
   // Last, when nothing can fail any more: a child must never be in a node twice.
   if (node->leaf == 0) {
     for (int i = node->count; i > position; --i) childOf(node, i + 1) = childOf(node, i);
@@ -171,17 +177,24 @@ short dsBPlusTree::Split(const bData_t& item, bNodeType_t* rightSibling, bNodeTy
   const bool leaf = node->leaf != 0;
   bNodeType_t* right = NewNode(leaf);
   if (right == nullptr) return kTreeNoMemory;
+  short rc = kTreeStored;
   for (int i = median; i < kMaxItems; ++i) {
-    if (const short rc = Move(node, i, right, i - median); rc != kTreeStored) return rc;
+    rc = Move(node, i, right, i - median);
+    if (rc != kTreeStored) break;
     if (leaf) continue;
     childOf(right, i - median + 1) = childOf(node, i + 1);
     childOf(node, i + 1) = nullptr;
   }
-  node->count = static_cast<std::int16_t>(median);
-  right->count = static_cast<std::int16_t>(kMaxItems - median);
-  const short rc = position <= kSplitPoint ? PushIn(item, rightSibling, node, position)
-                                           : PushIn(item, rightSibling, right, position - median);
-  if (rc != kTreeStored) return rc;
+  if (rc == kTreeStored) {
+    node->count = static_cast<std::int16_t>(median);
+    right->count = static_cast<std::int16_t>(kMaxItems - median);
+    rc = position <= kSplitPoint ? PushIn(item, rightSibling, node, position)
+                                 : PushIn(item, rightSibling, right, position - median);
+  }
+  if (rc != kTreeStored) {
+    FreeMemory(right);  // with the children that it has by now
+    return rc;
+  }
   // The left node's last item rises. The slot keeps its buffer until the parent has copied it.
   const int last = node->count - 1;
   *risen = {{node->size[last], node->data[last]}, right};
@@ -208,9 +221,8 @@ void dsBPlusTree::FreeMemory(bNodeType_t* node) {
   if (node == nullptr) return;
   fetchAhead(node);
   if (node->leaf == 0) {
-    for (int i = 0; i <= kMaxItems && childOf(node, i) != nullptr; ++i) {
-      FreeMemory(childOf(node, i));
-    }
+    // Past empty places too: a failed split leaves some between children.
+    for (int i = 0; i <= kMaxItems; ++i) FreeMemory(childOf(node, i));
   }
   // Slots beyond the count may hold buffers that risen items left.
   for (void*& data : node->data) release(&data);

@@ -43,6 +43,9 @@ inline constexpr short kTreeStored = 0;
 inline constexpr short kTreeNoMemory = 10;
 inline constexpr short DUP_VAL = 11;  // an equal item is there already, nothing was changed
 inline constexpr short PUSH_UP = 12;  // between the steps only: an item rises to the parent
+// Between the steps only: the copy function failed. Its own code may be any number, 11 and 12
+// included, which mean something else between the steps.
+inline constexpr short kTreeNotCopied = 13;
 
 class dsBPlusTree {
  public:
@@ -60,8 +63,9 @@ class dsBPlusTree {
   dsBPlusTree& operator=(const dsBPlusTree&) = delete;
 
   // Stores a copy of `item`, `size` bytes. Returns kTreeStored, kTreeNoMemory, DUP_VAL, or what
-  // `copyFn` returned. After any failure except DUP_VAL a node may be half shifted: the tree can
-  // then only be destroyed. (The missing n in the name is part of the interface.)
+  // `copyFn` returned, whatever that is. After any failure except DUP_VAL a node may be half
+  // shifted: the tree can then only be destroyed, which releases all its blocks. (The missing n in
+  // the name is part of the interface.)
   [[nodiscard]] short IsertItem(void* item, int size, CopyFn copyFn, CompareFn compareFn);
 
   // The tree's own copy of the item that equals `item`; null if it has none.
@@ -93,6 +97,7 @@ class dsBPlusTree {
   const bNodeType_t* seen_[kSeen] = {};  // by address; what is never deleted cannot go stale
   CompareFn compareFn_ = nullptr;
   CopyFn copyFn_ = nullptr;
+  short copyRc_ = 0;  // of kTreeNotCopied
 
  protected:
   void (*freeFn_)(void*) = nullptr;

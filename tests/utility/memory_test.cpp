@@ -17,11 +17,14 @@
 
 #include "api/vltapi.h"
 #include "common/ut/linklist.h"
+#include "common/ut/psmem.h"
 #include "common/ut/trace.h"
 #include "tests/support/captured.h"
 #include "tests/support/traced.h"
 #include "tests/utility/messages.h"
+#include "utility/bplus.h"
 #include "utility/syncdb.h"
+#include "utility/syncdb_names.h"
 
 namespace {
 
@@ -164,6 +167,36 @@ TEST(LinkedList, TracesThatMemoryRanOut) {
                            "\nInsufficent memory, NEW() failed.\n"}) {
     EXPECT_NE(std::string::npos, text.find(line)) << text;
   }
+}
+
+TEST(BPlusTree, ReleasesAllBlocksAfterMemoryRanOut) {
+  static const void* given;
+  static std::size_t staged;
+  const auto copy = [](void* from, void* to) {
+    staged += from == given ? 1 : 0;
+    return utInsertFilename(from, to);
+  };
+  short rc = kTreeNoMemory;
+  long n = 1;
+  for (; rc == kTreeNoMemory; ++n) {
+    const std::size_t before = ut::trackedMemory().blocks;
+    staged = 0;
+    {
+      dsBPlusTree tree;
+      rc = kTreeStored;
+      for (int i = 0; rc == kTreeStored && i < 60; ++i) {
+        char name[1100] = {};  // its block is an allocation of its own
+        std::memset(name, 'A' + i, sizeof name - 1);
+        given = name;
+        if (i == 0) countdown = n;
+        rc = tree.IsertItem(name, sizeof name, copy, utFindFilename);
+      }
+      countdown = -1;
+    }
+    ASSERT_EQ(staged, ut::trackedMemory().blocks - before) << n;
+  }
+  EXPECT_EQ(kTreeStored, rc);
+  EXPECT_GT(n, 150);
 }
 
 using OutOfMemory = WithErrorLog;
