@@ -175,8 +175,8 @@ unsigned short utQueryCatalog(const objCatInfo_s* catalog, const char* scriptPat
   Script script;
   if (!buildScript(*catalog, spoolPath, start, end, &script)) return refuseLongScript(*catalog);
   // Only under this flag does a trace hold a password.
-  TRACE(TR_ORCLEVEL2, " %s: Both fromDate and toDate specified, sqlCommand is:\n%s\n", kFunction,
-        script.text);
+  TRACE_LINES(TR_ORCLEVEL2, " %s: Both fromDate and toDate specified, sqlCommand is:\n%s\n",
+              kFunction, script.text);
   const utility::ExchangeGuard guard(scriptPath, spoolPath);
   if (!TEST_SYNCDBNORMAN) {
     return runScript(script, scriptPath, spoolPath, catalog->catalogNumber, emptyInput);

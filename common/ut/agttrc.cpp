@@ -1,10 +1,12 @@
 // agttrc.cpp: the agent's trace layer, see agttrc.h.
 #include "common/ut/agttrc.h"
 
+#include <bitset>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 #include "common/ut/ascii.h"
@@ -42,6 +44,18 @@ constexpr FlagRow vexClassTable[] = {
 #include "common/ut/trcclass.def"
 };
 
+using Classes = std::bitset<std::size(vexTrcClassTable)>;
+
+// What a list of words does to the classes, each at most once: a later word overrides an earlier.
+struct Change {
+  Classes on, off;
+
+  void set(const Classes& classes, bool toOn) {
+    (toOn ? on : off) |= classes;
+    (toOn ? off : on) &= ~classes;
+  }
+};
+
 template <typename Rows>
 auto findRow(const Rows& rows, std::string_view name) {
   for (const auto& row : rows) {
@@ -54,7 +68,7 @@ auto findRow(const Rows& rows, std::string_view name) {
 // `on`. A word longer than any name is passed on cut: it names nothing either way.
 template <typename Action>
 void forEachWord(const char* list, bool on, Action act) {
-  static constexpr char kSeparators[] = " ,\t";
+  static constexpr char kSeparators[] = " ,\t\r\n\"'";
   for (list += std::strspn(list, kSeparators); *list != '\0';
        list += std::strspn(list, kSeparators)) {
     const std::size_t length = std::strcspn(list, kSeparators);
@@ -74,15 +88,51 @@ bool switchClass(std::string_view name, bool on) {
   return row != nullptr;
 }
 
-// An aggregate is expanded in its place in the list, so a later word overrides an earlier one:
-// "ALL -NLS". Switching an aggregate off reverses each of its own words as well, so "-SERVICE"
-// switches NLS on. Kept on purpose, pinned by Trace.WordsSwitchClassesAndAggregates.
-void switchWords(const char* list, bool on) {
-  forEachWord(list, on, [](std::string_view word, bool wordOn) {
-    switchClass(word, wordOn);
-    if (word == "ALL") TR_ALL = wordOn ? 1 : 0;
-    if (const AggregateRow* row = findRow(vexAgrClassTable, word)) switchWords(row->words, wordOn);
+void collect(std::string_view word, bool on, Change* change);
+
+// What the words of an aggregate do, in their order: "ALL -NLS".
+Change changeOf(const AggregateRow& row) {
+  Change change;
+  forEachWord(row.words, true, [&](std::string_view word, bool on) { collect(word, on, &change); });
+  return change;
+}
+
+// Adds what one word does. With a minus an aggregate takes away the classes that it would leave on;
+// those that it leaves off, SERVICE's NLS for one, are not touched.
+void collect(std::string_view word, bool on, Change* change) {
+  if (const FlagRow* row = findRow(vexTrcClassTable, word)) {
+    change->set(Classes().set(static_cast<std::size_t>(row - vexTrcClassTable)), on);
+  }
+  const AggregateRow* row = findRow(vexAgrClassTable, word);
+  if (row == nullptr) return;
+  const Change nested = changeOf(*row);
+  change->set(nested.on, on);
+  if (on) change->set(nested.off, false);
+}
+
+// The lines too numerous for any class are asked for by their own two words only, not by a word
+// that contains one of them.
+bool isEverything(std::string_view word) { return word == "ALL" || word == "DETAILED"; }
+
+void switchWord(std::string_view word, bool on) {
+  Change change;
+  collect(word, on, &change);
+  for (std::size_t i = 0; i < change.on.size(); ++i) {
+    if (change.on[i]) *vexTrcClassTable[i].flag = 1;
+    if (change.off[i]) *vexTrcClassTable[i].flag = 0;
+  }
+  if (isEverything(word)) TR_ALL = on ? 1 : 0;
+}
+
+template <typename IsKnown>
+std::string unknownWords(const char* flags, IsKnown isKnown) {
+  std::string unknown;
+  forEachWord(flags, true, [&](std::string_view word, bool) {
+    if (isKnown(word)) return;
+    if (!unknown.empty()) unknown += ' ';
+    unknown += word.empty() ? "-" : word;
   });
+  return unknown;
 }
 
 void writeBanner() {
@@ -118,7 +168,7 @@ std::uint32_t VEXCTrace::trBegin(const char* fileName, int banner) {
 }
 
 std::uint32_t VEXCTrace::trEnable(const char* flags, bool on) {
-  switchWords(flags, on);
+  forEachWord(flags, on, switchWord);
   return created_;
 }
 
@@ -126,6 +176,17 @@ void VEXCTrace::trTestEnable(const char* flags) {
   forEachWord(flags, true, [](std::string_view word, bool on) {
     if (const FlagRow* row = findRow(vexClassTable, word)) *row->flag = on ? 1 : 0;
   });
+}
+
+std::string ut::unknownTraceWords(const char* flags) {
+  return unknownWords(flags, [](std::string_view word) {
+    return findRow(vexTrcClassTable, word) != nullptr || findRow(vexAgrClassTable, word) != nullptr;
+  });
+}
+
+std::string ut::unknownTestWords(const char* flags) {
+  return unknownWords(
+      flags, [](std::string_view word) { return findRow(vexClassTable, word) != nullptr; });
 }
 
 void VEXCTraceStatement::initStatement(const char* file, int line) {
@@ -144,16 +205,13 @@ void VEXCTraceStatement::write(const char* format, ...) {
   }
   va_list arguments;
   va_start(arguments, format);
-  const int more =
-      std::vsnprintf(text + used, sizeof text - static_cast<std::size_t>(used), format, arguments);
+  std::size_t length = static_cast<std::size_t>(used);
+  length += ut::formatTrace(text + used, sizeof text - length, lineEnds_, format, arguments);
   va_end(arguments);
-  if (more >= 0) {
-    std::size_t length = static_cast<std::size_t>(used) + static_cast<std::size_t>(more);
-    if (length > ut::kMaxTraceLine) {
-      length = ut::kMaxTraceLine;
-      text[length - 1] = '\n';  // a cut line is still a line
-    }
-    ut::writeTraceLine(text, length);
+  if (length > ut::kMaxTraceLine) {
+    length = ut::kMaxTraceLine;
+    text[length - 1] = '\n';  // a cut line is still a line
   }
+  ut::writeTraceLine(text, length);
   errno = savedErrno;
 }

@@ -20,30 +20,18 @@ constexpr Range kRefused[] = {
     {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB},  // byte order mark, annotations
 };
 
-bool isShown(std::uint32_t character) {
-  return std::none_of(std::begin(kRefused), std::end(kRefused), [&](const Range& range) {
-    return character >= range.first && character <= range.last;
-  });
-}
-
 }  // namespace
 
+bool ut::isShown(std::string_view text, std::size_t* length) {
+  const Utf8Character next = firstCharacter(text);
+  *length = next.length;
+  return next.valid && std::none_of(std::begin(kRefused), std::end(kRefused), [&](const Range& r) {
+           return next.value >= r.first && next.value <= r.last;
+         });
+}
+
 void ut::appendPrintable(std::string_view text, std::string& out) {
-  const auto plain = [](char c) { return c >= ' ' && c <= '~'; };
-  while (!text.empty()) {
-    const auto end = std::find_if_not(text.begin(), text.end(), plain);
-    const auto length = static_cast<std::size_t>(end - text.begin());
-    out += text.substr(0, length);
-    text.remove_prefix(length);
-    if (text.empty()) return;
-    const Utf8Character next = firstCharacter(text);
-    if (next.valid && isShown(next.value)) {
-      out += text.substr(0, next.length);
-    } else {
-      out += '?';
-    }
-    text.remove_prefix(next.length);
-  }
+  forEachPrintable(text, [&out](std::string_view part) { out += part; });
 }
 
 std::string ut::printable(std::string_view text) {

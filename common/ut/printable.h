@@ -6,6 +6,7 @@
 #ifndef COMMON_UT_PRINTABLE_H
 #define COMMON_UT_PRINTABLE_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,28 @@ namespace ut {
 void appendPrintable(std::string_view text, std::string& out);
 
 std::string printable(std::string_view text);
+
+// Whether the character that `text` (not empty) begins with may be shown; `*length` is its bytes.
+bool isShown(std::string_view text, std::size_t* length);
+
+// The same as appendPrintable for callers that must not allocate: calls add(std::string_view) for
+// each stretch of the result.
+template <typename Add>
+void forEachPrintable(std::string_view text, Add add) {
+  const auto plain = [](char c) { return c >= ' ' && c <= '~'; };
+  while (!text.empty()) {
+    std::size_t length = 0;
+    while (length < text.size() && plain(text[length])) ++length;
+    if (length > 0) {
+      add(text.substr(0, length));
+    } else if (isShown(text, &length)) {
+      add(text.substr(0, length));
+    } else {
+      add(std::string_view("?"));
+    }
+    text.remove_prefix(length);
+  }
+}
 
 }  // namespace ut
 

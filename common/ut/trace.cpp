@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <string_view>
 
 #include "common/ut/nfdate.h"
 #include "common/ut/printable.h"
@@ -143,7 +144,13 @@ class TraceFile {
   void writeStart() {
     writeText("BEGINNING NEW TRACE\n\n");
     char text[kHeaderRoom + sizeof name_];
-    std::snprintf(text, sizeof text, "Tracing to file: %s\n", name_);
+    char shown[sizeof name_];
+    std::size_t length = 0;
+    ut::forEachPrintable(name_, [&](std::string_view part) {
+      length += part.copy(shown + length, sizeof shown - 1 - length);
+    });
+    shown[length] = '\0';
+    std::snprintf(text, sizeof text, "Tracing to file: %s\n", shown);
     writeText(text);
     if (megabytes_ == 0) return;
     std::snprintf(text, sizeof text, "Tracefile maximum length set to %lu MB.\n", megabytes_);

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <cstdio>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -71,9 +73,14 @@ TEST_F(Trace, WordsSwitchClassesAndAggregates) {
                    "LINKEDLIST NLS THREAD SORTLINKEDLIST PERFORMANCE BUFFRING MUTEX TRACE MEM"),
         {"ALL", "ALL LINKEDLIST MEM ORCLEVEL2 FILEOPS VEXAPI",
          "PARSE CMD PELDRA PELDRA_DETAIL DETAILED PREFIX TIMESTAMP"},
+        {"SERVICE", "FILEOPS", "ALL"},
         {"detailed", "DETAILED ALL LINKEDLIST", "PARSE CMD PELDRA"},
         {"ALL -ALL", "", "ALL MEM LINKEDLIST ERROR"},
-        {"ALL -SERVICE", "NLS THREAD LINKEDLIST MEM", "ALL ERROR ORCLEVEL1"},
+        {"ALL -DETAILED", "", "ALL MEM LINKEDLIST ERROR DETAILED"},
+        {"ALL -SERVICE", "ALL NLS THREAD LINKEDLIST MEM", "ERROR ORCLEVEL1"},
+        {"PARSE -SERVICE -ALL", "PARSE", "ALL NLS MEM LINKEDLIST ERROR"},
+        {"NLS SERVICE", "API", "NLS ALL"},
+        {"\"API\",'NLS'\r\nMEM\r", "API NLS MEM", "ALL"},
         {"ORCLEVEL ORCLEVEL11 --API - PARSECMD", "", "ORCLEVEL1 API PARSE CMD ALL"}}) {
     allOff();
     EXPECT_EQ(0u, switches.trEnable(flags, true));
@@ -81,11 +88,38 @@ TEST_F(Trace, WordsSwitchClassesAndAggregates) {
     for (std::string word; onWords >> word;) EXPECT_EQ(1, isOn(word)) << flags << ": " << word;
     for (std::string word; offWords >> word;) EXPECT_EQ(0, isOn(word)) << flags << ": " << word;
   }
-  switches.trTestEnable("legacypwd,SYNCDBNORMAN nosuch TEST -test");
+  switches.trTestEnable("legacypwd,'SYNCDBNORMAN'\r nosuch TEST -test");
   EXPECT_EQ(1, TEST_LEGACYPWD);
   EXPECT_EQ(1, TEST_SYNCDBNORMAN);
   EXPECT_EQ(0, TEST_TEST);
   EXPECT_EQ(0, TEST_ORACLEDATA);
+  EXPECT_EQ("SERVCIE TEST -API -", ut::unknownTraceWords("servcie -NLS,TEST all --API\t- 'MEM'\r"));
+  EXPECT_EQ("NOSUCH API", ut::unknownTestWords(" nosuch legacypwd -TEST 'API'\r"));
+}
+
+// Names come from elsewhere, and a trace may go to a terminal.
+TEST_F(Trace, InsertsAreMadePrintableAndEverythingElseIsWrittenAsPrintfWould) {
+  start("API -PID -TID");
+  TRACE(TR_API, " %s: Found '%s'\n", "f()", "X\x1b[2J\nf(): Exit\r\xff\u202e\u00e9");
+  TRACE(TR_API, "%c%c%c %.3s|%6s|%-6s|\n", 'a', '\n', 0, "abc\n", "a\nb", "a\tb");
+  const char unterminated[2] = {'o', 'k'};
+  TRACE(TR_API, "%.*s %*d\n", 2, unterminated, 4, 7);
+  TRACE_LINES(TR_API, "%s:\n%s\n", "script", "one\ntwo\x1b\n\n");
+  EXPECT_EQ(
+      " f(): Found 'X?[2J?f(): Exit???\u00e9'\n"
+      "a?? abc|   a?b|a?b   |\nok    7\nscript:\none\ntwo?\n\n\n",
+      lines());
+  start("API -PID -TID");
+  const void* address = &dir;
+  TRACE(TR_API, "%%%d %5d|%-5d|%05d %u %x %#X %lu %ld %zu %hu %hhd %llx %#lx %p %.2f %+i%%\n", -1,
+        42, 42, 42, ~0u, 255u, 255u, ~0ul, -9l, sizeof(int), std::uint16_t{65535}, '\x7f',
+        1ull << 40, 0ul, address, 1.5, 3);
+  char expected[256];
+  std::snprintf(expected, sizeof expected,
+                "%%%d %5d|%-5d|%05d %u %x %#X %lu %ld %zu %hu %hhd %llx %#lx %p %.2f %+i%%\n", -1,
+                42, 42, 42, ~0u, 255u, 255u, ~0ul, -9l, sizeof(int), std::uint16_t{65535}, '\x7f',
+                1ull << 40, 0ul, address, 1.5, 3);
+  EXPECT_EQ(expected, lines());
 }
 
 TEST_F(Trace, KeepsErrnoCutsLongLinesAndEvaluatesNothingWhileOff) {
@@ -100,6 +134,11 @@ TEST_F(Trace, KeepsErrnoCutsLongLinesAndEvaluatesNothingWhileOff) {
   trClose();
   TRACE(TR_API, "after the end\n");
   EXPECT_EQ(std::string(ut::kMaxTraceLine - 1, 'x') + "\nnext\n", lines());
+  for (const int over : {0, 1}) {
+    start("API -PID -TID");
+    TRACE(TR_API, "%s\n", std::string(ut::kMaxTraceLine - 1 + over, 'x').c_str());
+    EXPECT_EQ(std::string(ut::kMaxTraceLine - 1, 'x') + "\n", lines());
+  }
 }
 
 // The numbers of the "line NUMBER" lines of a text.
