@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include "agent/errormsg.h"
 #include "api/clientdirs.h"
@@ -29,6 +30,9 @@ int formatNumber(const char* text, unsigned largest) {
   return static_cast<unsigned long>(number) > largest ? 1 : static_cast<int>(number);
 }
 
+// The catalog is opened before the trace; vexoInitTrace says then which one it was.
+nlsReturnInfo openedCatalog = {};
+
 }  // namespace
 
 void psgetMsgFileName([[maybe_unused]] const char* language, char* out) {
@@ -47,7 +51,8 @@ unsigned short callNlinit(orcObj_t* orc) {
   char repository[96];
   psNlsGetReposName(orc->VEXO_LANGUAGE, repository, sizeof repository);
   nlterm();  // closes the English catalog, which served the command line
-  nlsReturnInfo info = {};
+  nlsReturnInfo& info = openedCatalog;
+  info = {};
   const unsigned short rc = nlinit(repository, agent::kMessageCache, directory, orc->clientType,
                                    date, time, number, &info, nls::kDefaultCatalog);
   if (rc != 0) {
@@ -69,12 +74,11 @@ unsigned short callNlinit(orcObj_t* orc) {
   return 0;
 }
 
-// Test flags work without a trace. Trace flags are switched last, once there is a trace to write
-// to: a class that is on costs time even if its lines are not kept.
-void vexoInitTrace(orcObj_t* orc) {
-  if (trcClass == nullptr) return;
-  if (*orc->VEXO_TEST_FLAGS != '\0') trcClass->trTestEnable(orc->VEXO_TEST_FLAGS);
-  if (*orc->VEXO_TRACE_FILE == '\0') return;
+namespace {
+
+// Opens the trace that the options name. False if they name none, or after a report.
+bool openTraceFile(orcObj_t* orc) {
+  if (*orc->VEXO_TRACE_FILE == '\0') return false;
   if (*orc->VEXO_TRACE_MAX != '\0') {
     const long megabytes = std::strtol(orc->VEXO_TRACE_MAX, nullptr, 10);
     constexpr long kLargest = LONG_MAX / (1024L * 1024);
@@ -86,9 +90,31 @@ void vexoInitTrace(orcObj_t* orc) {
     agent::showAndLog(rc == ut::kTraceNotOpened
                           ? nlsprintf(msg::kTraceNotOpened, orc->VEXO_TRACE_FILE)
                           : nlsprintf(msg::kStepFailed));
-    return;
   }
+  return rc == 0;
+}
+
+// Words that name no flag are ignored, but not in silence. In the trace whatever is traced.
+void reportUnknown(const char* keyword, const std::string& words) {
+  if (words.empty()) return;
+  const std::string text = nlsprintf(msg::kUnknownFlags, keyword, words);
+  vexoErrorMsg(text.c_str(), 0);
+  TRACE(true, " %s: %s\n", "vexoInitTrace()", text.c_str());
+}
+
+}  // namespace
+
+// Test flags work without a trace. Trace flags are switched last, once there is a trace to write
+// to: a class that is on costs time even if its lines are not kept.
+void vexoInitTrace(orcObj_t* orc) {
+  if (trcClass == nullptr) return;
+  if (*orc->VEXO_TEST_FLAGS != '\0') trcClass->trTestEnable(orc->VEXO_TEST_FLAGS);
+  const bool traced = openTraceFile(orc);
+  reportUnknown("VEXO_TEST_FLAGS", ut::unknownTestWords(orc->VEXO_TEST_FLAGS));
+  if (!traced) return;
+  reportUnknown("VEXO_TRACE_FLAGS", ut::unknownTraceWords(orc->VEXO_TRACE_FLAGS));
   if (*orc->VEXO_TRACE_FLAGS != '\0') trcClass->trEnable(orc->VEXO_TRACE_FLAGS, true);
+  TRACE(TR_NLS, " %s: the messages are those of '%s'\n", "callNlinit()", openedCatalog.catalogPath);
 }
 
 void vexoTraceHeaderInfo(orcObj_t* orc) {

@@ -126,16 +126,30 @@ TEST_F(Start, ReadsFormatNumbersAndReportsAMissingCatalog) {
 TEST_F(Start, GoesOnWithoutATraceThatCannotBeOpened) {
   VEXCTrace trace;
   trcClass = &trace;
-  set(orc.VEXO_TEST_FLAGS, "SYNCDBNORMAN");
-  set(orc.VEXO_TRACE_FLAGS, "PREFIX");
+  set(orc.VEXO_TEST_FLAGS, " SYNCDBNORMAN\r");
+  set(orc.VEXO_TRACE_FLAGS, "PREFIX -PID -TID -PREFIX 'API' SERVCIE");
   set(orc.VEXO_TRACE_FILE, "missing/trace");
   support::Captured shown;
   vexoInitTrace(&orc);
   EXPECT_HOLDS(shown.take(), "QRB0201E");
   EXPECT_HOLDS(log(), "QRB0201E");
   EXPECT_EQ(1, TEST_SYNCDBNORMAN);
-  EXPECT_EQ(0, TR_PREFIX) << "without a trace no class is switched on";
+  EXPECT_EQ(0, TR_API) << "without a trace no class is switched on";
+  EXPECT_EQ(std::string::npos, log().find("SERVCIE")) << "nor judged";
   TEST_SYNCDBNORMAN = 0;
+  set(orc.VEXO_TEST_FLAGS, "nosuch");
+  set(orc.VEXO_TRACE_FILE, dir.path("trace"));
+  vexoInitTrace(&orc);
+  EXPECT_EQ(1, TR_API);
+  const std::string first = support::masked(dir.read("trace"));
+  EXPECT_HOLDS(first, "\n[#] [#] :  vexoInitTrace(): QRB#");
+  EXPECT_HOLDS(first, "VEXO_TEST_FLAGS");
+  EXPECT_HOLDS(first, "NOSUCH");
+  EXPECT_HOLDS(first, "SERVCIE");
+  for (const char* word : {"QRB2720", "VEXO_TEST_FLAGS", "NOSUCH", "VEXO_TRACE_FLAGS", "SERVCIE"}) {
+    EXPECT_HOLDS(log(), word);
+  }
+  TR_API = 0;
   trcClass = nullptr;
 }
 
