@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <ctime>
 
 #include "agent/optfile.h"
 #include "agent/orcctx.h"
@@ -35,6 +36,26 @@ bool endsInsideALine(int descriptor) {
   return end > 0 && ::pread(descriptor, &last, 1, end - 1) == 1 && last != '\n';
 }
 
+// Locks a file, and tries for `waitMs` at most: F_LOCK would wait for ever. Whoever waited in vain
+// once waits no more: ten seconds for each line of a run would hold it up for minutes.
+bool lock(int descriptor, int waitMs) {
+  static constexpr int kPauseMs = 5;
+  static bool inVain = false;
+  for (int waited = 0;; waited += kPauseMs) {
+    if (::lockf(descriptor, F_TLOCK, 0) == 0) {
+      inVain = false;
+      return true;
+    }
+    const bool held = errno == EAGAIN || errno == EACCES || errno == EINTR;
+    if (!held) return false;
+    if (inVain || waited >= waitMs) break;
+    const struct timespec pause = {0, kPauseMs * 1000000L};
+    ut::ignoreResult(::nanosleep(&pause, nullptr), "a shorter pause is as good");
+  }
+  inVain = true;
+  return false;
+}
+
 }  // namespace
 
 void agent::logIn(const char* directory, const char* name, char* path) {
@@ -55,12 +76,12 @@ void agent::findLog(const char* name, char* path) {
   logIn(directory, name, path);
 }
 
-bool agent::appendLocked(const char* path, std::string_view text) {
+bool agent::appendLocked(const char* path, std::string_view text, int waitMs) {
   // O_APPEND, because after a seek we could still overwrite the line of a writer that takes no
   // lock.
   const int descriptor = ::open(path, O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600);
   if (descriptor < 0) return false;
-  bool written = ::lockf(descriptor, F_LOCK, 0) == 0;
+  bool written = lock(descriptor, waitMs);
   if (written) {
     if (!text.empty() && endsInsideALine(descriptor)) written = writeAll(descriptor, "\n");
     written = written && writeAll(descriptor, text);

@@ -14,11 +14,16 @@ void logIn(const char* directory, const char* name, char* path);
 // the options file itself: a line may have to be logged before there is a context.
 void findLog(const char* name, char* path);
 
+// How long a line waits for the lock of its file. A file server that died can hold it for ever.
+inline constexpr int kLockWaitMs = 10000;
+
 // Appends complete lines to a file under a lock on the whole file, so that lines of several
 // processes are never mixed. A line that a killed process or a full disk cut off is ended first,
 // and stays a line of its own. The file is created with mode 0600 if needed. False when something
-// did not reach the file. An empty text only tries whether the file can be opened and locked.
-bool appendLocked(const char* path, std::string_view text);
+// did not reach the file, or the lock was not free for `waitMs`; after that, lines of this process
+// wait no longer until one gets a lock. An empty text only tries whether the file can be opened and
+// locked. Not thread-safe.
+bool appendLocked(const char* path, std::string_view text, int waitMs = kLockWaitMs);
 
 }  // namespace agent
 

@@ -1,15 +1,18 @@
 // utility2_test.cpp: the error log, and the start of the message system and the trace.
 #include "agent/utility2.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <map>
 #include <sstream>
 
 #include "agent/errormsg.h"
+#include "agent/logfile.h"
 #include "api/clientdirs.h"
 #include "common/ut/agttrc.h"
 #include "tests/agent/agent_fixture.h"
@@ -68,6 +71,32 @@ TEST_F(ErrorLog, KeepsLinesWholeAcrossProcesses) {
   }
   psWriteError("", "nowhere\n");
   psWriteError("missing/log", "nowhere\n");
+}
+
+TEST_F(ErrorLog, LosesALineWhoseLockIsNotGivenUpAndGoesOn) {
+  int ready[2], leave[2];
+  ASSERT_EQ(0, ::pipe(ready) + ::pipe(leave));
+  const pid_t holder = ::fork();
+  if (holder == 0) {
+    const int log = ::open("log", O_RDWR | O_CREAT, 0600);
+    char byte = ::lockf(log, F_LOCK, 0) == 0 ? 'y' : 'n';
+    const bool told = ::write(ready[1], &byte, 1) == 1 && ::read(leave[0], &byte, 1) == 1;
+    ::_exit(told ? 0 : 1);
+  }
+  char byte = 'n';
+  ASSERT_EQ(1, ::read(ready[0], &byte, 1));
+  ASSERT_EQ('y', byte);
+  using Clock = std::chrono::steady_clock;
+  const auto begin = Clock::now();
+  EXPECT_FALSE(agent::appendLocked("log", "lost\n", 300));
+  EXPECT_LE(std::chrono::milliseconds(300), Clock::now() - begin);
+  EXPECT_FALSE(agent::appendLocked("log", "lost too\n", 60000)) << "waited in vain once";
+  ASSERT_EQ(1, ::write(leave[1], &byte, 1));
+  int status = 1;
+  EXPECT_EQ(holder, ::waitpid(holder, &status, 0));
+  EXPECT_EQ(0, status);
+  EXPECT_TRUE(agent::appendLocked("log", "kept\n"));
+  EXPECT_EQ("kept\n", dir.read("log"));
 }
 
 TEST_F(ErrorLog, IsWhereItCanBeWritten) {
