@@ -2,6 +2,7 @@
 #include "agent/password.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,6 +31,7 @@ constexpr short kNotReadable = msg::kPasswordFileNotRead.code();
 constexpr short kDirectoryNotOpened = msg::kPasswordDirectoryNotOpened.code();
 constexpr short kDirectoryNotCreated = msg::kPasswordDirectoryNotCreated.code();
 constexpr short kNotWritten = -1;
+constexpr mode_t kFileMode = 0644;
 constexpr char kHeader[] = "Agent for Oracle Backup - Password file";
 constexpr std::size_t kHeaderLength = sizeof kHeader - 1;
 static_assert(kHeaderLength == 39);
@@ -52,6 +54,7 @@ void renameToSave(const char* path) {
   if (wanted >= static_cast<int>(sizeof saved)) {
     errno = ENAMETOOLONG;
   } else if (std::rename(path, saved) == 0) {
+    vexoErrorMsg(nlsprintf(msg::kPasswordFileRenamed, path, saved).c_str(), 0);
     return;
   }
   const char* reason = std::strerror(errno);
@@ -90,6 +93,45 @@ bool writeChunks(std::FILE* file, const char* password, const unsigned int* key)
   return good;
 }
 
+// Opens a password file to read it. What is checked, changed and read is the one descriptor; a pipe
+// in the file's place does not hold the program up. Another user's file keeps its mode: only
+// whether it can be opened counts.
+ut::FilePtr openToRead(const char* path) {
+  const int descriptor = ::open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (descriptor < 0) return nullptr;
+  struct stat entry;
+  if (::fstat(descriptor, &entry) != 0 || !S_ISREG(entry.st_mode)) {
+    ut::ignoreResult(::close(descriptor), "nothing was read");
+    return nullptr;
+  }
+  ut::ignoreResult(::fchmod(descriptor, kFileMode), "it is open for us");
+  std::FILE* file = ::fdopen(descriptor, "r");
+  if (file == nullptr) ut::ignoreResult(::close(descriptor), "nothing was read");
+  return ut::FilePtr(file);
+}
+
+// Replaces `path` (room for kPasswordPathSize bytes) by the file that a link there stands for. A
+// link that another user planted is not followed: it would be replaced, and what it names kept.
+void followLink(char* path) {
+  struct stat link, file;
+  if (::lstat(path, &link) != 0 || !S_ISLNK(link.st_mode)) return;
+  if (::stat(path, &file) != 0 || !S_ISREG(file.st_mode)) return;
+  const bool trusted = link.st_uid == 0 || link.st_uid == ::geteuid() || link.st_uid == file.st_uid;
+  if (!trusted) return;
+  char* real = ::realpath(path, nullptr);
+  if (real == nullptr) return;
+  if (std::strlen(real) < agent::kPasswordPathSize) std::strcpy(path, real);
+  std::free(real);
+}
+
+// The new file is made by whoever changes the password, often root; the old one's owner must still
+// be able to replace it.
+void keepOwner(const char* oldPath, int descriptor) {
+  struct stat old;
+  if (::lstat(oldPath, &old) != 0 || !S_ISREG(old.st_mode)) return;
+  ut::ignoreResult(::fchown(descriptor, old.st_uid, old.st_gid), "every user can read it");
+}
+
 }  // namespace
 
 void psvexoGetFileName(char* dir, char* path, orcObj_t* orc) {
@@ -109,12 +151,9 @@ void psvexoSetKey(unsigned int* key, orcObj_t* orc) {
 
 short psvexoReadPswdFromFile(const char* path, char* password, unsigned int* key) {
   *password = '\0';
-  struct stat entry;
-  if (::stat(path, &entry) != 0 || !S_ISREG(entry.st_mode) || ::chmod(path, 0644) != 0) {
-    return kNotReadable;
-  }
-  const ut::FilePtr file(std::fopen(path, "r"));
+  const ut::FilePtr file = openToRead(path);
   if (file == nullptr) return kNotReadable;
+  std::setvbuf(file.get(), nullptr, _IONBF, 0);  // no copy of it stays behind
   char header[kHeaderLength];
   ut::ignoreResult(std::fread(header, 1, sizeof header, file.get()), "not checked");
   std::size_t length = 0;
@@ -160,17 +199,21 @@ short psvexoWritePswdToFile(const char* dir, const char* path, const char* passw
   if (const short rc = openDirectory(dir); rc != 0) return rc;
   // Written beside the old file and then renamed over it: a full disk must not cost the old
   // password.
+  char real[agent::kPasswordPathSize];
   char made[agent::kPasswordPathSize];
-  if (std::snprintf(made, sizeof made, "%s.XXXXXX", path) >= static_cast<int>(sizeof made)) {
+  if (!ut::copyText(real, path)) return kNotWritten;
+  followLink(real);
+  if (std::snprintf(made, sizeof made, "%s.XXXXXX", real) >= static_cast<int>(sizeof made)) {
     return kNotWritten;
   }
   const int descriptor = ::mkstemp(made);
   if (descriptor < 0) return kNotWritten;
   ut::FilePtr file(::fdopen(descriptor, "w"));
   if (file == nullptr) ut::ignoreResult(::close(descriptor), "nothing was written");
-  const bool written = file != nullptr && ::fchmod(descriptor, 0644) == 0 &&
+  if (file != nullptr) keepOwner(real, descriptor);
+  const bool written = file != nullptr && ::fchmod(descriptor, kFileMode) == 0 &&
                        writeChunks(file.get(), password, key) && ut::closeFile(std::move(file)) &&
-                       std::rename(made, path) == 0;
+                       std::rename(made, real) == 0;
   if (written) return 0;
   ut::ignoreResult(std::remove(made), "the old file is untouched");
   return kNotWritten;

@@ -21,22 +21,25 @@ void psvexoGetFileName(char* dir, char* path, orcObj_t* orc);
 void psvexoSetKey(unsigned int* key, orcObj_t* orc);
 
 // Reads the node's password, at most 64 characters, into `password` (kPasswordSize bytes). With
-// `renameAfterRead` not 0 the file is then renamed to end in ".save"; if that fails, it is shown
-// and logged, and nothing else changes. Returns 0 or 168.
+// `renameAfterRead` not 0 the file is then renamed to end in ".save", and the log says so and how
+// to put it back; if that fails, it is shown and logged, and nothing else changes. Returns 0 or
+// 168.
 [[nodiscard]] short psvexoReadPswd(char* password, orcObj_t* orc, int renameAfterRead);
 
-// Reads a password file with a key, after setting its mode to 0644. The heading is not compared,
-// and a chunk that the end of the file cuts short is ignored. Returns 0, or 168 if the file is
-// missing, no plain file, or cannot be opened.
+// Reads a password file with a key, after setting its mode to 0644 if it is this user's to set. The
+// heading is not compared, and a chunk that the end of the file cuts short is ignored. Returns 0,
+// or 168 if the file is missing, no plain file, or cannot be opened. A link is no plain file: it
+// could make somebody else's secret readable for all.
 [[nodiscard]] short psvexoReadPswdFromFile(const char* path, char* password, unsigned int* key);
 
 // Stores the node's password. Returns the codes of psvexoWritePswdToFile.
 [[nodiscard]] short psvexoUpdatePswd(const char* password, orcObj_t* orc);
 
 // Writes a password file with a key, mode 0644. An old one is replaced as a whole, once the new one
-// is complete. The last level of `dir` is created, with mode 0700, if it is missing. Returns 0;
-// 2521 if the directory cannot be opened; 167 if it cannot be created; or -1 if the file cannot be
-// written.
+// is complete; its owner and group are kept if this user may give files away. A link to a plain
+// file is followed if it belongs to root, to this user or to that file's owner. The last level of
+// `dir` is created, with mode 0700, if it is missing. Returns 0; 2521 if the directory cannot be
+// opened; 167 if it cannot be created; or -1 if the file cannot be written.
 [[nodiscard]] short psvexoWritePswdToFile(const char* dir, const char* path, const char* password,
                                           unsigned int* key);
 

@@ -17,6 +17,8 @@
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
 #include "common/ut/agttrc.h"
+#include "common/ut/path.h"
+#include "common/ut/psfile.h"
 #include "common/ut/result.h"
 #include "common/ut/secret.h"
 #include "common/ut/strutil.h"
@@ -188,23 +190,23 @@ std::int16_t setUpGenerated(orcObj_t* orc) {
 class TemporaryOptions {
  public:
   bool make() {
-    const int descriptor = ::mkstemp(path_);
+    const int descriptor = ::mkstemp(path_.data());
     if (descriptor < 0) return false;
     made_ = true;
     if (::fchmod(descriptor, 0600) != 0) {
       TRACE(TR_ORCLEVEL0, " %s: Exiting - chmod() failed for file '%s', errno = %d\n\n", kSetUp,
-            path_, errno);
+            path(), errno);
     }
     ut::ignoreResult(::close(descriptor), "nothing was written");
     return true;
   }
   ~TemporaryOptions() {
-    if (made_) ut::ignoreResult(std::remove(path_), "an empty file harms nobody");
+    if (made_) ut::ignoreResult(std::remove(path()), "an empty file harms nobody");
   }
-  const char* path() const { return path_; }
+  const char* path() const { return path_.c_str(); }
 
  private:
-  char path_[32] = "/tmp/vexoXXXXXX";
+  std::string path_ = ut::pathIn(ut::tempDirectory(), "vexoXXXXXX");
   bool made_ = false;
 };
 
@@ -302,7 +304,10 @@ unsigned short psDoVltSetUp(orcObj_t* orc) {
   TRACE(TR_ORCLEVEL1, " %s: Enter\n", kSetUp);
   ut::MutexGuard guard(orcMutex);
   // A library that is too old never sees a record of ours.
-  if (const unsigned short levelRc = vexoCheck_API_Level(); levelRc != 0) return levelRc;
+  if (const unsigned short levelRc = vexoCheck_API_Level(); levelRc != 0) {
+    TRACE(TR_ORCLEVEL1, " %s: Exiting with rc = %d\n\n", kSetUp, levelRc);
+    return levelRc;
+  }
   const std::int16_t rc = TEST_LEGACYPWD ? setUpLegacy(orc) : setUpGenerated(orc);
   if (rc == 0) TRACE(TR_ORCLEVEL1, " %s: Exiting with rc = %d\n\n", kSetUp, rc);
   return static_cast<unsigned short>(rc);
@@ -313,7 +318,9 @@ unsigned short vexoSession(orcObj_t* orc) {
   TRACE(TR_ORCLEVEL1, " %s: Enter\n", kFunction);
   TRACE(TR_ORCLEVEL2, " %s: orcCtxP->bUsePwGenerate = %d\n", kFunction, orc->bUsePwGenerate);
   char password[kPasswordSize] = "";
-  if (const unsigned short rc = preparePassword(orc, password); rc != 0) return rc;
+  const unsigned short prepared = preparePassword(orc, password);
+  ut::wipe(orc->legacyPassword, sizeof orc->legacyPassword);  // used once
+  if (prepared != 0) return prepared;
   std::uint32_t handle = 0;
   std::int16_t rc = initSession(orc, password, &handle);
   if (rc != 0) {

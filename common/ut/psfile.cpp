@@ -21,16 +21,6 @@ constexpr int kNameTries = 100;
 constexpr std::size_t kPrefixLength = 5;
 constexpr std::size_t kRandomLength = 6;
 
-std::string tempDirectory() {
-  struct stat entry;
-  const char* wanted = std::getenv("TMPDIR");
-  if (wanted != nullptr && *wanted != '\0' && ::stat(wanted, &entry) == 0 &&
-      S_ISDIR(entry.st_mode)) {
-    return wanted;
-  }
-  return "/tmp";
-}
-
 std::string randomText() {
   static constexpr std::string_view kLetters =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
@@ -75,6 +65,16 @@ void ut::FileCloser::ignoreClose(std::FILE* file) {
 bool ut::closeFile(FilePtr file) {
   const bool written = std::ferror(file.get()) == 0;
   return std::fclose(file.release()) == 0 && written;
+}
+
+std::string ut::tempDirectory() {
+  struct stat entry;
+  const char* wanted = std::getenv("TMPDIR");
+  if (wanted != nullptr && *wanted != '\0' && ::stat(wanted, &entry) == 0 &&
+      S_ISDIR(entry.st_mode)) {
+    return wanted;
+  }
+  return "/tmp";
 }
 
 std::string ut::tempName(std::string_view prefix) {

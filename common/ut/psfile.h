@@ -29,9 +29,13 @@ using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
 // Closes a stream. True if everything that was written to it reached the file.
 [[nodiscard]] bool closeFile(FilePtr file);
 
-// A new name in the directory that the environment variable TMPDIR names, or in /tmp if it names
-// none: `prefix` (at most 5 characters of it) and six random characters. Nothing exists under the
-// name at that moment, and nothing is created. Empty if no such name could be made.
+// The directory that the environment variable TMPDIR names, or /tmp if it names none. Throws
+// std::bad_alloc.
+std::string tempDirectory();
+
+// A new name in that directory: `prefix` (at most 5 characters of it) and six random characters.
+// Nothing exists under the name at that moment, and nothing is created. Empty if no such name could
+// be made.
 std::string tempName(std::string_view prefix);
 
 // Opens `path` for reading and writing, empty, as a plain file that only this user can read (mode

@@ -1,6 +1,11 @@
 // session2_test.cpp: set-up, logon and the password file, against a scripted library.
 #include "agent/session2.h"
 
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -9,6 +14,7 @@
 #include "tests/agent/agent_fixture.h"
 #include "tests/support/captured.h"
 #include "tests/support/scripted_api.h"
+#include "tests/support/traced.h"
 
 namespace {
 
@@ -70,6 +76,84 @@ TEST_F(PasswordFile, IsWrittenInChunksThatReadBack) {
   EXPECT_EQ(0644u, mode("pw/VEXO.N"));
 }
 
+// Reads and then replaces the password file as `user`. Ends with a bit for each surprise.
+int readAndReplace(uid_t user, const char* dir, const char* path, short read, mode_t modeThen) {
+  int surprises = user != 0 && ::setgid(user) + ::setuid(user) != 0 ? 1 : 0;
+  unsigned key[2] = {};
+  char password[kPasswordSize] = "";
+  ScriptedApi api;
+  if (read == 0) api.add({cipher("vltDecryptEx")});
+  if (psvexoReadPswdFromFile(path, password, key) != read) surprises |= 2;
+  if (std::string(password) != (read == 0 ? "pw" : "")) surprises |= 4;
+  struct stat entry = {};
+  if (::stat(path, &entry) != 0 || (entry.st_mode & 0777) != modeThen) surprises |= 8;
+  api.add({cipher("vltEncryptEx")});
+  if (psvexoWritePswdToFile(dir, path, "newer", key) != 0) surprises |= 16;
+  return surprises;
+}
+
+// What may be where the password file should be, read and then replaced by root and by another
+// user.
+TEST_F(PasswordFile, KeepsItsOwnerAndNeitherOpensNorReplacesWhatOthersPut) {
+  if (::getuid() != 0) GTEST_SKIP() << "needs root, to make other users' files";
+  constexpr uid_t kOwner = 1234, kOther = 4321;
+  std::filesystem::permissions(dir.path(), std::filesystem::perms::all);
+  const std::string path = dir.path("VEXO.N");
+  const std::string good = kHeader + chunk('2', "pw"), fresh = kHeader + chunk('5', "newer");
+  enum Kind { kFile, kLink, kPipe };
+  const struct {
+    const char* what;
+    Kind kind;
+    uid_t file, link, user;
+    mode_t mode;
+    short read;
+    mode_t modeThen;
+    bool followed;
+    uid_t ownerThen;
+  } rows[] = {
+      {"root's", kFile, 0, 0, 0, 0644, 0, 0644, false, 0},
+      {"root's, read by another", kFile, 0, 0, kOther, 0644, 0, 0644, false, kOther},
+      {"root's, hidden from another", kFile, 0, 0, kOther, 0600, 168, 0600, false, kOther},
+      {"another's, changed by root", kFile, kOwner, 0, 0, 0600, 0, 0644, false, kOwner},
+      {"the user's own", kFile, kOwner, 0, kOwner, 0600, 0, 0644, false, kOwner},
+      {"root's link to a user's", kLink, kOwner, 0, 0, 0600, 168, 0600, true, kOwner},
+      {"a user's link to his own", kLink, kOwner, kOwner, 0, 0600, 168, 0600, true, kOwner},
+      {"a link that somebody planted", kLink, 0, kOther, 0, 0600, 168, 0600, false, 0},
+      {"a pipe", kPipe, kOther, 0, 0, 0644, 168, 0644, false, 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    std::filesystem::remove(path);
+    const std::string name = row.kind == kLink ? "target" : "VEXO.N", file = dir.path(name);
+    if (row.kind == kPipe) {
+      ASSERT_EQ(0, ::mkfifo(path.c_str(), row.mode));
+    } else {
+      std::filesystem::remove(file);
+      dir.write(name, good);
+    }
+    ASSERT_EQ(0, ::chmod(file.c_str(), row.mode) + ::chown(file.c_str(), row.file, row.file));
+    if (row.kind == kLink) {
+      std::filesystem::create_symlink("target", path);
+      ASSERT_EQ(0, ::lchown(path.c_str(), row.link, row.link));
+    }
+    const pid_t child = ::fork();
+    if (child == 0) {
+      ::_exit(readAndReplace(row.user, dir.path().c_str(), path.c_str(), row.read, row.modeThen));
+    }
+    int status = 0;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+    EXPECT_EQ(0, WEXITSTATUS(status)) << "surprises of the child";
+    EXPECT_EQ(row.followed, std::filesystem::is_symlink(path));
+    EXPECT_EQ(fresh, dir.read("VEXO.N"));
+    EXPECT_EQ(row.kind == kLink && !row.followed ? good : fresh, dir.read(name));
+    struct stat entry = {};
+    ASSERT_EQ(0, ::stat(path.c_str(), &entry));
+    EXPECT_EQ(row.ownerThen, entry.st_uid);
+    EXPECT_EQ(row.ownerThen, entry.st_gid);
+    EXPECT_EQ(0644u, entry.st_mode & 0777);
+  }
+}
+
 TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
   set(orc.VEXO_NODE, "N");
   set(orc.VLTI_DIR, "/api");
@@ -93,6 +177,8 @@ TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
   EXPECT_EQ(1, orc.bUsePwGenerate);
   EXPECT_FALSE(dir.has("installed/agent/VEXO.N"));
   EXPECT_TRUE(dir.has("installed/agent/VEXO.N.save"));
+  EXPECT_HOLDS(log(), "QRB2721");
+  EXPECT_HOLDS(log(), "VEXO.N.save");
   EXPECT_EQ(0, psDoVltSetUp(&orc)) << "no such file is no error";
   EXPECT_STREQ("", orc.legacyPassword);
   std::filesystem::remove("installed/agent/VEXO.N.save");
@@ -109,7 +195,8 @@ TEST_F(Session, SetUpReportsWhyItFailed) {
   const support::Captured quiet;
   ScriptedApi api({version(12), version(13), Step("vltSetUp", "1", 2409)});
   api.add(textSteps("0", 2409, "ZYL2409E why"));
-  EXPECT_EQ(2507, psDoVltSetUp(&orc)) << "too old: it is not handed a record";
+  EXPECT_HOLDS(support::traced("ORCLEVEL1", [&] { EXPECT_EQ(2507, psDoVltSetUp(&orc)); }),
+               " psDoVltSetUp(): Exiting with rc = 2507\n");
   EXPECT_HOLDS(log(), "QRB2572E");
   EXPECT_HOLDS(log(), "QRB2573E");
   EXPECT_EQ(2409, psDoVltSetUp(&orc));
@@ -123,8 +210,8 @@ TEST_F(Session, LogonFillsTheContext) {
   set(orc.VEXO_OWNER, "O");
   set(orc.VEXO_PSWDPATH, "/p w");
   set(orc.VLTI_ORC_CONFIG, "/c.opt");
-  set(orc.legacyPassword, "secret");
   for (int again = 0; again < 2; ++again) {
+    set(orc.legacyPassword, "secret");
     ScriptedApi api({logon("node=null owner='O' password='secret'", 0)
                          .look<VltInitExIn>([](const VltInitExIn& in) {
                            EXPECT_STREQ(" -PASSWORDACCESS=GENERATE -PASSWORDDIR=/p w", in.options);
@@ -137,6 +224,7 @@ TEST_F(Session, LogonFillsTheContext) {
                        info.maxObjPerTxn = 100;
                      })});
     EXPECT_EQ(0, vexoSession(&orc)) << "the options are appended only once";
+    EXPECT_EQ(0, std::ranges::count_if(orc.legacyPassword, [](char c) { return c != '\0'; }));
     EXPECT_EQ(7u, orc.vltHandle);
     EXPECT_EQ(100, orc.maxObjPerTxn);
   }
