@@ -1,5 +1,15 @@
 /* vltlib.h: the public interface of the storage client library, libApiDS64.so.
  *
+ * The names of the functions and the codes that they are tested for are the library's. The layouts
+ * of the records, the other codes and the other constants are this project's own reading: they were
+ * designed from what the records must hold, not taken from the library. The sandbox's library is
+ * built from this file, so the two agree; no test can say whether a site's library does.
+ *
+ * To use the library's own header instead: replace this file by one that includes it and gives its
+ * types, constants and functions the names that are used here. What the compiler then refuses is
+ * where the two differ; where it refuses a VLT_RECORD below, give it the numbers of the library. api/vltrecords.cpp copies objects into records of our
+ * own, agent/session2.cpp and utility/syncdb_deletion.cpp fill the others.
+ *
  * Plain C, self-contained: it includes nothing of this project, so that both sides of the interface
  * (our wrapper, and any library that implements it) can be built from it alone.
  *
@@ -14,6 +24,7 @@
 #ifndef API_VLTLIB_H
 #define API_VLTLIB_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 #ifdef __cplusplus
@@ -320,6 +331,51 @@ typedef struct {
   char nodeName[VLT_MAX_NODE + 1];
   char owner[VLT_MAX_OWNER + 1];
 } VltAccessRule;
+
+/* ---- Layouts -------------------------------------------------------------------------------- */
+
+/* A record that another compiler lays out differently is refused here, and not at a site: the offset
+ * of a member and the size of the record, for every record that crosses the interface. */
+#ifdef __cplusplus
+#define VLT_ASSERT(condition) static_assert(condition, #condition)
+#else
+#define VLT_ASSERT(condition) _Static_assert(condition, #condition)
+#endif
+#define VLT_RECORD(record, member, offset, size)    \
+  VLT_ASSERT(offsetof(record, member) == (offset)); \
+  VLT_ASSERT(sizeof(record) == (size))
+
+#if UINTPTR_MAX > 0xFFFFFFFFu /* the library is a 64-bit one */
+VLT_RECORD(VltApiVersion, level, 4, 6);
+VLT_RECORD(VltApiVersionEx, subLevel, 8, 10);
+VLT_RECORD(VltAppVersion, subLevel, 8, 10);
+VLT_RECORD(VltWord64, lo, 4, 8);
+VLT_RECORD(VltDate, second, 6, 8);
+VLT_RECORD(VltObjName, objType, 1283, 1284);
+VLT_RECORD(VltDataBlk, buffer, 16, 24);
+VLT_RECORD(VltEnvSetUp, argv, 5128, 5136);
+VLT_RECORD(VltEnvSetUp, logName, 3843, 5136);
+VLT_RECORD(VltInitExIn, apiVersion, 8, 96);
+VLT_RECORD(VltInitExIn, clientPassword, 32, 96);
+VLT_RECORD(VltInitExIn, clientKind, 80, 96);
+VLT_RECORD(VltInitExIn, appVersion, 88, 96);
+VLT_RECORD(VltInitExOut, serverSubLevel, 8, 10);
+VLT_RECORD(VltOptions, nodeName, 1412, 1480);
+VLT_RECORD(VltOptions, passwordAccess, 1478, 1480);
+VLT_RECORD(VltSessInfo, nodeName, 144, 408);
+VLT_RECORD(VltSessInfo, maxObjPerTxn, 344, 408);
+VLT_RECORD(VltSessInfo, policySetName, 377, 408);
+VLT_RECORD(VltQueryBackup, owner, 16, 40);
+VLT_RECORD(VltQueryBackup, pitDate, 26, 40);
+VLT_RECORD(VltQryRespBackup, objName, 3, 1380);
+VLT_RECORD(VltQryRespBackup, objId, 1352, 1380);
+VLT_RECORD(VltQryRespBackup, insDate, 1360, 1380);
+VLT_RECORD(VltQryRespBackup, sizeEstimate, 1368, 1380);
+VLT_RECORD(VltQryRespBackup, clientDeduplicated, 1378, 1380);
+VLT_RECORD(VltDelInfo, objId, 4, 12);
+VLT_RECORD(VltRcMsgIn, withIdentifier, 10, 12);
+VLT_RECORD(VltRcMsgOut, textSize, 16, 24);
+#endif
 
 /* ---- The 45 entry points, in alphabetical order --------------------------------------------- */
 

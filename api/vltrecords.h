@@ -1,7 +1,7 @@
 // vltrecords.h: the library's object records as records of our own, and copies both ways.
 //
-// For code that keeps an object beyond the call that returned it: a new version of the library's
-// records then changes this file alone. Texts are copied byte for byte, and always terminated.
+// The listing keeps each object beyond the call that returned it: a new version of the library's
+// records then changes this unit alone. Texts are copied byte for byte, and always terminated.
 #ifndef API_VLTRECORDS_H
 #define API_VLTRECORDS_H
 

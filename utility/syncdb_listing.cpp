@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "api/vltapi.h"
+#include "api/vltrecords.h"
 #include "common/nls/nls.h"
 #include "common/ut/agttrc.h"
 #include "common/ut/ascii.h"
@@ -39,9 +40,7 @@ class Listing {
       return nlsprintf(msg::kProgressListing, count, rate);
     });
     for (;;) {
-      const std::int16_t rc =
-          gVltApiObjP->dvltGetNextQObj(VltApiStatusObjP, orc_->vltHandle, &block_);
-      TRACE(TR_ORCLEVEL2, " %s: VLTGETNEXTQOBJ() returned vltRc = %d\n", kFunction, rc);
+      const std::int16_t rc = nextObject();
       if (rc == VLT_RC_MORE_DATA) {
         if (const unsigned short taken = takeObject(); taken != 0) return taken;
         progress.advance();
@@ -112,10 +111,26 @@ class Listing {
       TRACE(TR_ORCLEVEL0, " %s: Exit - VLTBEGINQUERY() failed rc = %d\n\n", kFunction, rc);
       return rc;
     }
-    block_ = {3, kBufferLength, 0, buffer_.bytes};
-    response().structVersion = kResponseVersion;
-    response().objState = VLT_STATE_ACTIVE;
     return 0;
+  }
+
+  // Asks for the next object and takes it over into found_. Each call gets an empty record: what
+  // the library does not fill must not be left from the object before. A record without any name is
+  // no object, whatever the library says.
+  std::int16_t nextObject() {
+    block_ = {3, kBufferLength, 0, buffer_.bytes};
+    VltQryRespBackup& response = buffer_.response;
+    response = {};
+    response.structVersion = kResponseVersion;
+    response.objState = VLT_STATE_ACTIVE;
+    const std::int16_t rc =
+        gVltApiObjP->dvltGetNextQObj(VltApiStatusObjP, orc_->vltHandle, &block_);
+    TRACE(TR_ORCLEVEL2, " %s: VLTGETNEXTQOBJ() returned vltRc = %d\n", kFunction, rc);
+    if (rc != VLT_RC_MORE_DATA) return rc;
+    api::copyResponse(response, &found_);
+    const VEXS_vltObjName& name = found_.objName;
+    const bool named = *name.fileSpace != '\0' || *name.highLevel != '\0' || *name.lowLevel != '\0';
+    return named ? rc : std::int16_t{VLT_RC_UNKNOWN_FORMAT};
   }
 
   // Only whole days count here; the server applies the upper bound.
@@ -129,12 +144,9 @@ class Listing {
   // Puts the object that was returned into the list, unless it is out of range or Oracle knows it.
   // Returns 0 or 102.
   unsigned short takeObject() {
-    VltObjName& name = response().objName;
-    ut::terminate(name.fileSpace);
-    ut::terminate(name.highLevel);
-    ut::terminate(name.lowLevel);
-    char* key = name.lowLevel + (*name.lowLevel == '/' ? 1 : 0);
-    if (beforeStart(response().insDate)) return 0;
+    char* const lowLevel = found_.objName.lowLevel;
+    char* const key = lowLevel + (*lowLevel == '/' ? 1 : 0);
+    if (beforeStart(found_.insDate)) return 0;
     TRACE(TR_ORCLEVEL2, " %s: Found '%s' on ZYL Server\n", kFunction, key);
     if (names_ != nullptr) std::fprintf(names_.get(), "%s\n", key);
     const bool known = tree_ != nullptr && tree_->SearchItem(key, utFindFilename) != nullptr;
@@ -172,17 +184,16 @@ class Listing {
   }
 
   void fill(utZylObj_s* object) {
-    const VltQryRespBackup& found = response();
-    std::snprintf(object->name, sizeof object->name, "%s%s%s", found.objName.fileSpace,
-                  found.objName.highLevel, found.objName.lowLevel);
+    std::snprintf(object->name, sizeof object->name, "%s%s%s", found_.objName.fileSpace,
+                  found_.objName.highLevel, found_.objName.lowLevel);
     ut::ignoreResult(ut::copyText(object->node, session_.nodeName), "only shown");
     ut::ignoreResult(ut::copyText(object->owner, session_.owner), "of the same size");
-    object->objId = found.objId;
-    object->insDate = found.insDate;
-    object->sizeEstimate = found.sizeEstimate;
-    object->compressed = found.compressType == VLT_COMPRESSED ? 1 : 0;
-    object->encryptionType = found.encryptionType;
-    object->clientDeduplicated = found.clientDeduplicated;
+    object->objId = found_.objId;
+    object->insDate = found_.insDate;
+    object->sizeEstimate = found_.sizeEstimate;
+    object->compressed = found_.compressType == VLT_COMPRESSED ? 1 : 0;
+    object->encryptionType = found_.encryptionType;
+    object->clientDeduplicated = found_.clientDeduplicated;
   }
 
   // Ends the query after its last answer. Any other code ends it too, without a report: what was
@@ -219,8 +230,6 @@ class Listing {
     nlprintf(msg::kBlankLine);
   }
 
-  VltQryRespBackup& response() { return buffer_.response; }
-
   const nfDate start_;
   const nfDate end_;
   orcObj_t* orc_;
@@ -230,6 +239,7 @@ class Listing {
   ut::FilePtr names_;
   VltSessInfo session_ = {};
   VltDataBlk block_ = {};
+  VEXS_qryRespBackupData found_ = {};  // the object at hand
   union Buffer {
     char bytes[kBufferLength];
     VltQryRespBackup response;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -126,6 +127,32 @@ TEST_F(FileList, LeavesOutWhatTheTreeHolds) {
       "/fs/oraclex" +
           longest,
       names());
+}
+
+// A library may leave fields alone, or claim an object and fill nothing.
+TEST_F(FileList, TakesNothingFromTheObjectBefore) {
+  const auto fills = [](std::function<void(VltQryRespBackup&)> act) {
+    return Step("vltGetNextQObj", "7", VLT_RC_MORE_DATA).fill<VltDataBlk>([act](VltDataBlk& block) {
+      auto& object = *static_cast<VltQryRespBackup*>(block.buffer);
+      EXPECT_EQ(8, object.structVersion);
+      EXPECT_EQ(VLT_STATE_ACTIVE, object.objState);
+      EXPECT_EQ(3, block.structVersion);
+      EXPECT_EQ(4600u, block.bufferLen);
+      object.insDate = {2026, 3, 8, 0, 0, 0};
+      act(object);
+      block.bufferLen = 0;
+      object.structVersion = 0;
+    });
+  };
+  EXPECT_EQ(0, list({found("/first"), fills([](VltQryRespBackup&) {}), found("/second"),
+                     fills([](VltQryRespBackup& object) { put(object.objName.lowLevel, "/low"); }),
+                     fills([](VltQryRespBackup& object) { put(object.objName.fileSpace, "/f"); }),
+                     answer(VLT_RC_FINISHED), ended()}));
+  EXPECT_EQ("/fs/oracle/first /fs/oracle/second /low /f", names());
+  const utZylObj_s* low = list_.elementAt(3);
+  ASSERT_NE(nullptr, low);
+  EXPECT_EQ(0u, low->objId.lo + low->sizeEstimate.lo + low->compressed + low->encryptionType +
+                    low->clientDeduplicated);
 }
 
 TEST_F(FileList, WritesTheNamesOfAllObjectsToADiagnosticFileForItsUserOnly) {
