@@ -11,6 +11,7 @@
 #include "common/ut/abbrev.h"
 #include "common/ut/agttrc.h"
 #include "common/ut/ascii.h"
+#include "common/ut/psmem.h"
 #include "common/ut/result.h"
 #include "common/ut/secret.h"
 #include "common/ut/strutil.h"
@@ -122,11 +123,8 @@ unsigned short loadCatalogs(const CatalogList& catalogs, bool emptyInput, const 
   return 0;
 }
 
-}  // namespace
-
-unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const nfDate& end,
-                               const nfDate& start, int usedDefaultEnd) {
-  TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
+unsigned short synchronize(orcObj_t* orc, const vexoOptionsInfo_t& options, const nfDate& end,
+                           const nfDate& start, int usedDefaultEnd) {
   const bool fromScript = scriptInput(*orc);
   const bool noCatalog = options.noCatalog != 0;
   if (usedDefaultEnd != 0) {
@@ -155,11 +153,21 @@ unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const 
   rc = loadCatalogs(catalogs.list, fromScript, start, end, tree.get(), &knowledge, &run);
   catalogs.forgetPasswords();  // the pick list may stay open for hours
   if (rc != 0) return rc;
+  TRACE(TR_MEM, " %s: the handles take %zu bytes in %zu blocks\n", kFunction,
+        ut::trackedMemory().bytes, ut::trackedMemory().blocks);
   ObjectList orphans;
   rc = utility::listOrphans(start, end, orc, tree.get(), knowledge, &orphans, &run);
   if (rc != 0) return rc;
   if (orphans.getFirst() == nullptr) return utility::kFailed;  // the listing has said so
-  rc = utProcessPickList(orc, &orphans, &run);
+  return utProcessPickList(orc, &orphans, &run);
+}
+
+}  // namespace
+
+unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const nfDate& end,
+                               const nfDate& start, int usedDefaultEnd) {
+  TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
+  const unsigned short rc = synchronize(orc, options, end, start, usedDefaultEnd);
   TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", kFunction, rc);
   return rc;
 }

@@ -2,6 +2,7 @@
 #include "utility/utpick.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -54,10 +55,17 @@ void mark(utZylObj_s* entry, int mode, PickTotal* picked) {
   }
 }
 
+// One line for each number or range of an answer, not for each entry that the list does not have.
+void traceOutOfRange(long long value) {
+  TRACE(TR_ORCLEVEL0, " %s: Exit - Value out of range Value: %d\n\n", "pkHighlightEntry()",
+        static_cast<int>(std::min<long long>(value, INT_MAX)));
+}
+
 // Marks from..to in one walk. Numbers past `count` are ignored; 0 means the first entry.
 void markRange(ObjectList* list, long long from, long long to, unsigned count, int mode,
                PickTotal* picked) {
   const long long last = std::min<long long>(to, count);
+  if (to > count) traceOutOfRange(to);
   if (from > count && picked != nullptr) ++picked->missing;
   if (from > last) return;
   long long position = std::max<long long>(from, 1);
@@ -87,8 +95,7 @@ void gotoListElement(CLinkedList<utZylObj_s>* list, utZylObj_s** element, unsign
 void pkHighlightEntry(CLinkedList<utZylObj_s>* list, unsigned index, unsigned count, int mode,
                       PickTotal* picked) {
   if (index > count) {
-    TRACE(TR_ORCLEVEL0, " %s: Exit - Value out of range Value: %d\n\n", "pkHighlightEntry()",
-          index);
+    traceOutOfRange(index);
     return;
   }
   utZylObj_s* entry = nullptr;
@@ -132,9 +139,10 @@ void ProcessAnswer(CLinkedList<utZylObj_s>* list, const char* answer, unsigned c
     if (!sign && delimiter != ':') {
       if (number >= 1 && number <= count) {
         pkHighlightEntry(list, static_cast<unsigned>(number), count, kToggle, picked);
-      } else if (picked != nullptr) {
-        ++picked->missing;
+        continue;
       }
+      if (number > count) traceOutOfRange(number);
+      if (picked != nullptr) ++picked->missing;
       continue;
     }
     if (sign) {

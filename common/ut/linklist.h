@@ -74,6 +74,7 @@ class CLinkedList {
     auto* element = static_cast<Element*>(::operator new(sizeof(Element), std::nothrow));
     if (element == nullptr) {
       LIST_TRACE("Insufficent memory, NEW() failed.\n");
+      LIST_TRACE("Exit %s, rc = %d\n", "CLinkedList::addTail()", ut::kListNoMemory);
       return ut::kListNoMemory;
     }
     dropTable();

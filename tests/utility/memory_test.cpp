@@ -163,8 +163,9 @@ TEST(LinkedList, TracesThatMemoryRanOut) {
     countdown = -1;
     EXPECT_EQ(1, list.count());
   });
-  for (const char* line : {"\nInsufficent memory,  m_lpDataCopyRtn() failed.\n",
-                           "\nInsufficent memory, NEW() failed.\n"}) {
+  for (const char* line :
+       {"\nInsufficent memory,  m_lpDataCopyRtn() failed.\n",
+        "\nInsufficent memory, NEW() failed.\nExit CLinkedList::addTail(), rc = 102\n"}) {
     EXPECT_NE(std::string::npos, text.find(line)) << text;
   }
 }

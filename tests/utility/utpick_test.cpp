@@ -15,6 +15,7 @@
 #include "common/ut/nfdate.h"
 #include "common/ut/printable.h"
 #include "tests/support/captured.h"
+#include "tests/support/traced.h"
 #include "tests/utility/messages.h"
 
 namespace {
@@ -89,6 +90,22 @@ class PickList : public WithMessages {
     return rc;
   }
 };
+
+TEST_F(PickList, TracesTheNumbersThatTheListDoesNotHave) {
+  ObjectList list;
+  fill(list, 9);
+  const std::string line = " pkHighlightEntry(): Exit - Value out of range Value: ";
+  for (const auto& [answer, values] : {std::pair("2 9 0 1:9+", ""),
+                                       {"10", "10"},
+                                       {"10 1:12+ 99999999999 4000000000-", "10 12 * *"}}) {
+    std::string expected;
+    std::istringstream words(values);
+    for (std::string value; words >> value;) {
+      expected += line + (value == "*" ? "2147483647" : value) + "\n\n";
+    }
+    EXPECT_EQ(expected, support::traced("ORCLEVEL0", [&] { ProcessAnswer(&list, answer, 9); }));
+  }
+}
 
 TEST_F(PickList, AppliesEveryFormOfAnswer) {
   const struct {
