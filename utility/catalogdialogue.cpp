@@ -58,17 +58,21 @@ class CatalogDialogue {
   unsigned short askNeeded(Prompt prompt, std::uint32_t number, char (&answer)[N], bool noEcho) {
     for (int tries = 0; tries < kEmptyAnswers; ++tries) {
       nlprintf(prompt, number);
+      bool refused = false;
       if (noEcho) {
-        if (readPass(answer, static_cast<int>(N) - 1) < 0) {
+        const int length = readPass(answer, static_cast<int>(N) - 1);
+        if (length < 0) {
           nlprintf(msg::kStepFailed);
           return utility::kFailed;
         }
+        nlprintf(msg::kBlankLine);
+        refused = utility::refuseNul(answer, N, length);
       } else {
         ut::ignoreResult(ReadAnswer(answer, static_cast<int>(N)),
                          "a long one makes the script too long, which is refused");
+        nlprintf(msg::kBlankLine);
       }
-      nlprintf(msg::kBlankLine);
-      if (*answer != '\0' && isUsable(answer)) return 0;
+      if (!refused && *answer != '\0' && isUsable(answer)) return 0;
       nlprintf(msg::kAnswerNeeded);
       nlprintf(msg::kBlankLine);
       nlprintf(msg::kBlankLine);

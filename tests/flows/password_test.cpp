@@ -111,6 +111,7 @@ TEST_F(Password, OfACatalogLeavesNoTraceBelowLevelTwo) {
   ends(65535);
   EXPECT_TRUE(showed("QRB2599I"));
   EXPECT_FALSE(showed("Command ==>"));
+  EXPECT_NE(std::string::npos, dir_.read("trace").find(" utSyncZylToRman(): EXIT, rc = 65535\n"));
 }
 
 TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
@@ -124,6 +125,8 @@ TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
       {{kNew, "a", kNew, "b", kNew, "c"}, -1, "QRB0161E"},
       {{kNew, ""}, -1, "QRB0258E"},
       {{longest + "x"}, -1, "QRB0161E"},
+      {{kNew + '\0' + "a"}, -1, "QRB2722E"},
+      {{kNew, kNew + '\0' + "a"}, -1, "QRB2722E"},
       {{kNew, "a", kNew, "b", longest, longest}, 0, "QRB0260I"},
   };
   for (const auto& row : rows) {
@@ -134,6 +137,8 @@ TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
     }
     changed(row.rc);
     EXPECT_TRUE(showed(row.message)) << terminal_->transcript();
+    const bool refused = dir_.read("trace").ends_with(" psvexoPassWord(): EXIT, rc = -1\n");
+    EXPECT_EQ(row.rc == -1, refused);
     EXPECT_EQ(row.answers.size() > 3, showed("QRB0162E"));
     EXPECT_FALSE(showed(kMark));
   }

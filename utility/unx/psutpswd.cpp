@@ -68,14 +68,17 @@ short checkMethod(orcObj_t* orc) {
   return msg::kPasswordDirectoryNotOpened.code();
 }
 
-// From the options when both passwords are there, else from the terminal.
-int takePasswords(const vexoOptionsInfo_t& options, Passwords* passwords) {
+// From the options when both passwords are there, else from the terminal. Those of the options are
+// wiped: nothing else uses them.
+int takePasswords(vexoOptionsInfo_t& options, Passwords* passwords) {
   if (*options.oldPassword == '\0' || *options.newPassword == '\0') {
     return getPwInput(passwords->old, passwords->fresh, passwords->confirmed);
   }
   ut::ignoreResult(ut::copyText(passwords->old, options.oldPassword), "of the same size");
   ut::ignoreResult(ut::copyText(passwords->fresh, options.newPassword), "of the same size");
   ut::ignoreResult(ut::copyText(passwords->confirmed, options.newPassword), "of the same size");
+  ut::wipe(options.oldPassword, sizeof options.oldPassword);
+  ut::wipe(options.newPassword, sizeof options.newPassword);
   return 0;
 }
 
@@ -115,10 +118,7 @@ void reportSuccess(bool stored) {
   nlprintf(msg::kBlankLine);
 }
 
-}  // namespace
-
-short psvexoPassWord(orcObj_t* orc, vexoOptionsInfo_t& options) {
-  TRACE(TR_ORCLEVEL1, " %s: Enter\n", kFunction);
+short changePassword(orcObj_t* orc, vexoOptionsInfo_t& options) {
   nlprintf(msg::kPasswordHeading);
   if (const short refused = checkMethod(orc); refused != 0) return refused;
   Passwords passwords;
@@ -144,8 +144,20 @@ short psvexoPassWord(orcObj_t* orc, vexoOptionsInfo_t& options) {
   }
   terminate(orc);
   reportSuccess(stored);
-  TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
   return 0;
+}
+
+}  // namespace
+
+short psvexoPassWord(orcObj_t* orc, vexoOptionsInfo_t& options) {
+  TRACE(TR_ORCLEVEL1, " %s: Enter\n", kFunction);
+  const short rc = changePassword(orc, options);
+  if (rc == 0) {
+    TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
+  } else {
+    TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", kFunction, rc);
+  }
+  return rc;
 }
 
 namespace {
@@ -154,10 +166,12 @@ namespace {
 bool askPassword(nls::Message<> prompt, char (&password)[kPasswordSize]) {
   nlprintf(prompt);
   PasswordLine line;
-  if (readPass(line.text, static_cast<int>(sizeof line.text) - 1) < 0) {
+  const int length = readPass(line.text, static_cast<int>(sizeof line.text) - 1);
+  if (length < 0) {
     nlprintf(msg::kStepFailed);
     return false;
   }
+  if (utility::refuseNul(line.text, sizeof line.text, length)) return false;
   if (*line.text == '\0') {
     nlprintf(msg::kNothingEntered);
     return false;

@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "common/nls/nls.h"
 #include "common/ut/psfile.h"
 #include "common/ut/pssignal.h"
 #include "common/ut/result.h"
@@ -113,7 +114,8 @@ void stopHere(EchoOff& echo, const SignalsHeld& held) {
   echo.off();
 }
 
-void readLine(std::FILE* terminal, EchoOff& echo, const SignalsHeld& held, char* buffer, int size) {
+// Returns the number of bytes read.
+int readLine(std::FILE* terminal, EchoOff& echo, const SignalsHeld& held, char* buffer, int size) {
   int length = 0;
   while (!interrupted && !ending) {
     if (!held.waitFor(::fileno(terminal))) {
@@ -126,6 +128,7 @@ void readLine(std::FILE* terminal, EchoOff& echo, const SignalsHeld& held, char*
     if (length < size) buffer[length++] = static_cast<char>(c);
   }
   buffer[length] = '\0';
+  return length;
 }
 
 }  // namespace
@@ -142,6 +145,7 @@ int readPass(char* buffer, int size) {
   ending = 0;
   stopping = 0;
   bool restored = false;
+  int length = 0;
   {
     const SignalsHeld held;
     const SignalWatch interrupt(SIGINT, Catch, true);
@@ -150,7 +154,7 @@ int readPass(char* buffer, int size) {
     const SignalWatch stop(SIGTSTP, noteStopping);
     EchoOff echo(::fileno(terminal.get()));
     if (!echo.active()) return -1;
-    readLine(terminal.get(), echo, held, buffer, size);
+    length = readLine(terminal.get(), echo, held, buffer, size);
     restored = echo.restore();
   }
   if (interrupted) ut::ignoreResult(::kill(::getpid(), SIGINT), "to our own process");
@@ -159,5 +163,13 @@ int readPass(char* buffer, int size) {
     ut::wipe(buffer, static_cast<std::size_t>(size) + 1);
     return -1;
   }
-  return static_cast<int>(std::strlen(buffer));
+  return length;
+}
+
+bool utility::refuseNul(char* line, std::size_t size, int length) {
+  if (length < 0 || std::memchr(line, '\0', static_cast<std::size_t>(length)) == nullptr)
+    return false;
+  ut::wipe(line, size);
+  nlprintf(msg::kNulInPassword);
+  return true;
 }
