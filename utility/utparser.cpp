@@ -13,6 +13,7 @@
 #include "common/ut/abbrev.h"
 #include "common/ut/ascii.h"
 #include "common/ut/result.h"
+#include "common/ut/secret.h"
 #include "common/ut/strutil.h"
 
 namespace {
@@ -167,11 +168,15 @@ unsigned short openMessageCatalog() {
 int firstOption(int argc, char** argv, bool password, vexoOptionsInfo_t* options) {
   if (!password || argc < 4) return 2;
   unsigned short row = 0;
+  const std::size_t oldLength = std::strlen(argv[2]), newLength = std::strlen(argv[3]);
   const bool firstIsOption = validateOptions(argv[2], options, &row) == kParseOk;
   const bool secondIsOption = validateOptions(argv[3], options, &row) == kParseOk;
   if (firstIsOption || secondIsOption) return 2;
   ut::ignoreResult(ut::copyText(options->oldPassword, argv[2]), "at most 64 characters are used");
   ut::ignoreResult(ut::copyText(options->newPassword, argv[3]), "at most 64 characters are used");
+  // Every user can read the arguments of a process.
+  ut::wipe(argv[2], oldLength);
+  ut::wipe(argv[3], newLength);
   return 4;
 }
 

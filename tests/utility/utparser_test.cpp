@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "common/ut/result.h"
 #include "tests/utility/messages.h"
 
 namespace {
@@ -23,6 +24,7 @@ class Arguments {
   }
   int count() const { return static_cast<int>(words_.size()); }
   char** values() { return pointers_.data(); }
+  const std::string& word(std::size_t position) const { return words_[position]; }
 
  private:
   std::vector<std::string> words_;
@@ -93,6 +95,22 @@ TEST_F(CommandLine, TakesPasswordsAsTheTrialAsOptionsLeavesThem) {
   EXPECT_EQ(
       64u,
       std::string(parse("password " + std::string(99, 'x') + " b").options.oldPassword).size());
+}
+
+// Every user can read the arguments of a process.
+TEST_F(CommandLine, LeavesNoPasswordInTheArguments) {
+  for (const auto& [line, wiped] : {std::pair("password abc=d xyz", true),
+                                    {"password abc xyz -vexo_opt=f", true},
+                                    {"password abc -vexo_opt=f", false},
+                                    {"sync abc xyz", false}}) {
+    Arguments arguments(line);
+    Parsed result = {};
+    ut::ignoreResult(
+        vexoParseCmdLine(arguments.count(), arguments.values(), &result.commands, &result.options),
+        "not looked at here");
+    const std::string left = arguments.word(2) + arguments.word(3);
+    EXPECT_EQ(wiped, left.find_first_not_of('\0') == std::string::npos) << line << ": " << left;
+  }
 }
 
 }  // namespace
