@@ -14,17 +14,10 @@
 #include <iterator>
 
 #include "common/ut/psmem.h"
+#include "common/ut/sanitized.h"
 #include "utility/bplus.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define VEXO_EACH_BLOCK_TRACKED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define VEXO_EACH_BLOCK_TRACKED 1
-#endif
-#endif
-
-#if defined(VEXO_EACH_BLOCK_TRACKED)
+#if defined(VEXO_ADDRESS_SANITIZER)
 
 void* BTreeMalloc(const char* file, int line, std::size_t size) {
   return size == 0 ? nullptr : psMalloc(file, line, size);

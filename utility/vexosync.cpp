@@ -23,6 +23,7 @@
 #include "common/ut/psterm.h"
 #include "common/ut/result.h"
 #include "common/ut/secret.h"
+#include "common/ut/stdinput.h"
 #include "utility/report.h"
 #include "utility/syncdb.h"
 #include "utility/utparser.h"
@@ -62,6 +63,7 @@ void closeSess(orcObj_t* orc) {
                      "the process ends in any case");
   }
   ut::wipe(orc->legacyPassword, sizeof orc->legacyPassword);
+  ut::wipeStandardInput();
   TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n", "closeSess()");
 }
 
@@ -160,6 +162,7 @@ int dispatch(Run* run) {
 int main(int argc, char** argv) {
   ::umask(077);  // every file of this run is this user's alone, sqlplus's spool files included
   ut::forbidCoreFiles();
+  ut::ownStandardInput();
   psMutexInit(&orcMutex);
   psMutexInit(&initMutex);
   Run run;

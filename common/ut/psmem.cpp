@@ -2,12 +2,18 @@
 #include "common/ut/psmem.h"
 
 #include <sys/resource.h>
+#if defined(__linux__)
+#include <sys/prctl.h>
+#elif defined(__FreeBSD__)
+#include <sys/procctl.h>
+#endif
 
 #include <cstdlib>
 
 #include "common/ut/agttrc.h"
 #include "common/ut/psmutex.h"
 #include "common/ut/result.h"
+#include "common/ut/sanitized.h"
 
 namespace {
 
@@ -64,4 +70,12 @@ ut::MemoryUse ut::trackedMemory() {
 void ut::forbidCoreFiles() {
   const struct rlimit none = {0, 0};
   ignoreResult(::setrlimit(RLIMIT_CORE, &none), "lowering a limit is always allowed");
+#if defined(VEXO_ADDRESS_SANITIZER)
+  // See psmem.h.
+#elif defined(__linux__)
+  ignoreResult(::prctl(PR_SET_DUMPABLE, 0L, 0L, 0L, 0L), "always allowed");
+#elif defined(__FreeBSD__)
+  int forbidden = PROC_TRACE_CTL_DISABLE;
+  ignoreResult(::procctl(P_PID, 0, PROC_TRACE_CTL, &forbidden), "always allowed");
+#endif
 }

@@ -30,7 +30,10 @@ MemoryUse trackedMemory();
 inline MemoryUse (*pooledMemory)() = nullptr;
 
 // Forbids core files of this process and of the programs that it starts: a core file would hold
-// the passwords that are in memory.
+// the passwords that are in memory. The limit alone does not hold where cores are piped to a
+// program, so on Linux and FreeBSD the process cannot be dumped at all; that also keeps it from
+// being traced by others. Under the address sanitizer only the limit is set: its leak check traces
+// the process.
 void forbidCoreFiles();
 
 }  // namespace ut

@@ -11,6 +11,7 @@
 #include "common/ut/progress.h"
 #include "common/ut/psshell.h"
 #include "common/ut/result.h"
+#include "common/ut/stdinput.h"
 
 namespace {
 
@@ -52,13 +53,13 @@ ut::ReadResult ut::readLine(std::FILE* input, char* buffer, std::size_t size) {
   // Byte by byte, because fgets cannot tell a NUL in the line from its end.
   std::size_t length = 0;
   bool cut = false;
-  int c = std::getc(input);
+  int c = nextByte(input);
   if (c == EOF) {
     std::clearerr(input);  // a terminal can go on after Ctrl-D
     buffer[0] = '\0';
     return ReadResult::kEnd;
   }
-  for (; c != EOF && c != '\n'; c = std::getc(input)) {
+  for (; c != EOF && c != '\n'; c = nextByte(input)) {
     if (length + 1 < size) {
       buffer[length++] = c == '\0' ? kSubstitute : static_cast<char>(c);
     } else {

@@ -1,12 +1,21 @@
-// file_test.cpp: private files in public directories, and input lines.
+// file_test.cpp: private files in public directories, input lines, and no core files.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
+#if defined(__linux__)
+#include <sys/prctl.h>
+#endif
 
+#include <cstdio>
 #include <string>
 
 #include "common/ut/psfile.h"
+#include "common/ut/psmem.h"
 #include "common/ut/psterm.h"
+#include "common/ut/sanitized.h"
+#include "common/ut/stdinput.h"
 #include "tests/support/tempdir.h"
 
 namespace {
@@ -83,6 +92,50 @@ TEST(InputLine, IsCutAndItsRestDoesNotBecomeTheNextAnswer) {
     EXPECT_EQ(result, ut::readLine(input.get(), line, sizeof line)) << wanted;
     EXPECT_STREQ(wanted, line);
   }
+}
+
+// In a process of its own, because it is for good.
+TEST(InputLine, IsTheSameThroughTheProgramsOwnBuffer) {
+  const std::string longest(5000, 'x');  // longer than that buffer
+  for (const std::string& text :
+       {std::string("one\n\n\xff\nlast"), longest + "\nnext\n", longest}) {
+    std::string expected, seen;
+    const auto readAll = [](std::FILE* input, std::string* lines) {
+      char line[6000];
+      for (int ends = 0; ends < 2;) {
+        const ut::ReadResult result = ut::readLine(input, line, sizeof line);
+        *lines += line + std::string("|");
+        ends += result == ut::ReadResult::kEnd ? 1 : 0;
+      }
+    };
+    TempDir dir;
+    const ut::FilePtr input(std::fopen(dir.write("input", text).c_str(), "r"));
+    readAll(input.get(), &expected);
+    if (const pid_t child = ::fork(); child == 0) {
+      if (std::freopen(dir.path("input").c_str(), "r", stdin) == nullptr) ::_exit(1);
+      ut::ownStandardInput();
+      readAll(stdin, &seen);
+      ::_exit(seen == expected ? 0 : 2);
+    }
+    int status = 1;
+    EXPECT_LT(0, ::wait(&status));
+    EXPECT_EQ(0, status) << text.substr(0, 9);
+  }
+}
+
+TEST(CoreFiles, AreForbiddenWhereverTheyWouldGo) {
+  if (const pid_t child = ::fork(); child == 0) {
+    ut::forbidCoreFiles();
+    struct rlimit limit = {1, 1};
+    int surprises = ::getrlimit(RLIMIT_CORE, &limit) == 0 && limit.rlim_max == 0 ? 0 : 1;
+#if defined(__linux__) && !defined(VEXO_ADDRESS_SANITIZER)
+    if (::prctl(PR_GET_DUMPABLE) != 0) surprises |= 2;
+#endif
+    ::_exit(surprises);
+  }
+  int status = 1;
+  EXPECT_LT(0, ::wait(&status));
+  EXPECT_EQ(0, WEXITSTATUS(status));
 }
 
 }  // namespace

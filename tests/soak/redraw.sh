@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
-# redraw.sh ROUNDS BUILD: at the end of its input the pick list is drawn again and again. That must
-# not take more and more memory: the resident size is compared over ROUNDS times 200 pages.
+# redraw.sh ROUNDS BUILD: the pick list is drawn again after each answer. That must not take more and
+# more memory: the resident size is compared over ROUNDS times 200 pages. Pages are counted in the
+# output, and the size is read where every user may read it: the program does not let itself be
+# examined.
 set -euo pipefail
 rounds=$1
 # shellcheck source=tests/soak/site.sh
@@ -9,20 +11,23 @@ source "$(dirname "$(readlink -f "$0")")/site.sh" "$2"
 export ASAN_OPTIONS=${ASAN_OPTIONS:+$ASAN_OPTIONS:}quarantine_size_mb=1:thread_local_quarantine_size_kb=16
 readonly pages=200 most=200 # kB
 
-vexosync delete < <(printf '\n+0\n') >/dev/null 2>&1 &
+# Writes a line for every $pages prompts that it reads.
+count_pages() {
+  awk -v pages="$pages" '/Command ==>/ && ++drawn % pages == 0 { print drawn; fflush() }'
+}
+
+mkfifo "$site/drawn"
+exec {drawn}<>"$site/drawn"
+vexosync delete < <(printf '\n+0\n'; exec yes T) > >(count_pages >&"$drawn") 2>/dev/null &
 program=$!
 
-# A page is written twice: its clearing, by tput, and its text.
-drawn() { awk '$1 == "syscw:" { print int($2 / 2) }' "/proc/$program/io"; }
 resident() { awk '$1 == "VmRSS:" { print $2 }' "/proc/$program/status"; }
-
-drawn_or_ended() { (($(drawn) >= goal)) || ! kill -0 "$program"; }
 
 # Waits until $pages more pages are drawn.
 draw() {
-  goal=$(($(drawn) + pages))
-  await drawn_or_ended
-  kill -0 "$program" 2>/dev/null || fail "the program has ended"
+  local count
+  read -rt 60 -u "$drawn" count || fail "waited 60 s for $pages pages"
+  kill -0 "$program" 2>/dev/null || fail "the program has ended after $count pages"
 }
 
 draw
