@@ -167,8 +167,8 @@ int readPass(char* buffer, int size) {
 }
 
 bool utility::refuseNul(char* line, std::size_t size, int length) {
-  if (length < 0 || std::memchr(line, '\0', static_cast<std::size_t>(length)) == nullptr)
-    return false;
+  if (length < 0) return false;
+  if (std::memchr(line, '\0', static_cast<std::size_t>(length)) == nullptr) return false;
   ut::wipe(line, size);
   nlprintf(msg::kNulInPassword);
   return true;
