@@ -7,8 +7,9 @@
  *
  * To use the library's own header instead: replace this file by one that includes it and gives its
  * types, constants and functions the names that are used here. What the compiler then refuses is
- * where the two differ; where it refuses a VLT_RECORD below, give it the numbers of the library. api/vltrecords.cpp copies objects into records of our
- * own, agent/session2.cpp and utility/syncdb_deletion.cpp fill the others.
+ * where the two differ; where it refuses a VLT_RECORD below, give it the numbers of the library.
+ * api/vltrecords.cpp copies objects into records of our own; agent/session2.cpp,
+ * utility/syncdb_listing.cpp and utility/syncdb_deletion.cpp fill the others.
  *
  * Plain C, self-contained: it includes nothing of this project, so that both sides of the interface
  * (our wrapper, and any library that implements it) can be built from it alone.
@@ -334,8 +335,8 @@ typedef struct {
 
 /* ---- Layouts -------------------------------------------------------------------------------- */
 
-/* A record that another compiler lays out differently is refused here, and not at a site: the offset
- * of a member and the size of the record, for every record that crosses the interface. */
+/* A record that another compiler lays out differently is refused here, and not at a site: offsets
+ * of members and the size, for every record that the program exchanges. */
 #ifdef __cplusplus
 #define VLT_ASSERT(condition) static_assert(condition, #condition)
 #else

@@ -205,6 +205,27 @@ TEST_F(Session, SetUpReportsWhyItFailed) {
   EXPECT_EQ(0, orc.apiSetUp);
 }
 
+TEST_F(Session, TheLegacyWayAsksWithAnEmptyFileInTmpdir) {
+  support::ScopedEnv temporary("TMPDIR", dir.path().c_str());
+  TEST_LEGACYPWD = 1;
+  std::string asked;
+  ScriptedApi api({version(13), Step("vltSetUp", "1").look<VltEnvSetUp>([&](const VltEnvSetUp& in) {
+                     asked = in.vltiConfig;
+                     EXPECT_EQ(0u, std::filesystem::file_size(asked));
+                   }),
+                   Step("vltQueryCliOptions", "*", 2409)});
+  api.add(textSteps("0", 2409, "ZYL2409E why"));
+  EXPECT_EQ(2409, psDoVltSetUp(&orc));
+  EXPECT_EQ(0u, asked.find(dir.path("vexo"))) << asked;
+  EXPECT_FALSE(std::filesystem::exists(asked));
+  temporary.set("/proc");  // a directory in which nobody makes a file
+  api.add({version(13)});
+  const support::Captured quiet;
+  EXPECT_EQ(2531, psDoVltSetUp(&orc));
+  EXPECT_HOLDS(log(), "QRB2531");
+  TEST_LEGACYPWD = 0;
+}
+
 TEST_F(Session, LogonFillsTheContext) {
   orc.bUsePwGenerate = 1;
   set(orc.VEXO_OWNER, "O");
