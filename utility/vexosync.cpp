@@ -4,7 +4,7 @@
 // catalog, trace, client library, command. An error in the command line waits until options and
 // catalog are there, so that it can be reported in the user's language. Every exit goes through
 // closeSess and then deletes the trace object, so that closeSess is still traced. The result is the
-// first failure's code, of which the shell sees the low eight bits.
+// first failure's code, of which the shell sees the low eight bits, or 255 if they are 0.
 #include <sys/stat.h>
 
 #include <cstdio>
@@ -19,6 +19,7 @@
 #include "api/vltapid.h"
 #include "common/nls/nls.h"
 #include "common/ut/agttrc.h"
+#include "common/ut/psfile.h"
 #include "common/ut/psmem.h"
 #include "common/ut/psterm.h"
 #include "common/ut/result.h"
@@ -72,8 +73,10 @@ struct Run {
   orcObj_t orc = {};
   vexoCommandsInfo_t commands = {};
   vexoOptionsInfo_t options = {};
+  bool outputWasClosed = false;
   unsigned short parsed = 0;
   char* command = nullptr;  // as it was given
+  int commandRc = 0;        // of vexoProcessCommand
 
   ~Run() {
     ut::wipe(options.oldPassword, sizeof options.oldPassword);
@@ -133,16 +136,18 @@ int setUpApi(orcObj_t* orc) {
 }
 
 // Output that did not reach its file is a failure: a listing on a full disk is not complete.
-int checkOutput(int rc) {
-  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return rc;
+int checkOutput(const Run& run, int rc) {
+  const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+  if (written && !run.outputWasClosed) return rc;
   psNonNlsErrorMsg(nlsprintf(msg::kOutputNotWritten).c_str());
+  TRACE(TR_ORCLEVEL0, " %s: the output was not written\n", kMain);
   return rc != 0 ? rc : utility::kFailed;
 }
 
 int dispatch(Run* run) {
   const vexoCommandsInfo_t& commands = run->commands;
   if (commands.syncdb != 0 || commands.deleteObj != 0 || commands.query != 0) {
-    return vexoProcessCommand(&run->orc, run->options, commands);
+    return run->commandRc = vexoProcessCommand(&run->orc, run->options, commands);
   }
   // PASSWORD and the SHOW commands are accepted and end with the help and with success. Kept on
   // purpose, pinned by Run.AnswersCommandsThatItDoesNotRunWithTheHelpAndSuccess.
@@ -155,14 +160,30 @@ int dispatch(Run* run) {
   return 0;
 }
 
+void traceExit(const Run& run, int rc) {
+  if (rc == 0) {
+    TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kMain);
+  } else if (run.commandRc != 0) {
+    TRACE(TR_ORCLEVEL0, " %s: Exit - vexoProcessCommand() failed. rc = %d\n\n", kMain, rc);
+  } else {
+    TRACE(TR_ORCLEVEL0, " %s: Exit - rc = %d\n\n", kMain, rc);
+  }
+}
+
+// The shell sees the low eight bits of a status, and must not take a failure for a success.
+int exitStatus(int rc) { return rc != 0 && (rc & 0xff) == 0 ? utility::kFailed : rc; }
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  const ut::StandardFiles standard = ut::openStandardFiles();
+  if (!standard.ready) return utility::kFailed;  // there may be nothing to say it with
   ::umask(077);  // every file of this run is this user's alone, sqlplus's spool files included
   ut::forbidCoreFiles();
   psMutexInit(&orcMutex);
   psMutexInit(&initMutex);
   Run run;
+  run.outputWasClosed = standard.outputWasClosed;
   char environment[sizeof run.options.optFile + sizeof "VEXO_OPTFILE="];  // putenv keeps it
 
   if (newNlsGlobalObject() != 0) {
@@ -201,12 +222,9 @@ int main(int argc, char** argv) {
     nlprintf(msg::kNoMemory);
     rc = msg::kNoMemory.code();
   }
-  rc = checkOutput(rc);
+  rc = checkOutput(run, rc);
   closeSess(&run.orc);
-  if (ready && rc == 0) TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kMain);
-  if (ready && rc != 0) {
-    TRACE(TR_ORCLEVEL0, " %s: Exit - vexoProcessCommand() failed. rc = %d\n\n", kMain, rc);
-  }
+  if (ready) traceExit(run, rc);
   deleteTrace();
-  return rc;
+  return exitStatus(rc);
 }

@@ -38,6 +38,7 @@ void psGetScreenSize(int* rows, int* cols) {
 void psClearScrn() {
   ut::eraseProgress();
   ut::ignoreResult(std::fflush(stdout), "a failed write is seen when the program ends");
+  if (::isatty(STDOUT_FILENO) == 0) return;
   ut::ShellResult result;
   try {
     result = ut::runShell({"tput clear"});
@@ -47,6 +48,19 @@ void psClearScrn() {
   // An interrupt is meant for this program, not for tput alone.
   if (result.interrupted != 0) ut::ignoreResult(::raise(result.interrupted), "to our own process");
 }
+
+namespace {
+
+// Whether `c`, the last character read, ends the line or begins its end: "\n" or "\r\n".
+bool endsLine(std::FILE* input, int c) {
+  if (c != '\r') return c == '\n';
+  const int next = std::getc(input);
+  if (next == '\n') return true;
+  if (next != EOF) ut::ignoreResult(std::ungetc(next, input), "one character can be put back");
+  return false;
+}
+
+}  // namespace
 
 ut::ReadResult ut::readLine(std::FILE* input, char* buffer, std::size_t size) {
   // Byte by byte, because fgets cannot tell a NUL in the line from its end.
@@ -58,7 +72,7 @@ ut::ReadResult ut::readLine(std::FILE* input, char* buffer, std::size_t size) {
     buffer[0] = '\0';
     return ReadResult::kEnd;
   }
-  for (; c != EOF && c != '\n'; c = std::getc(input)) {
+  for (; c != EOF && !endsLine(input, c); c = std::getc(input)) {
     if (length + 1 < size) {
       buffer[length++] = c == '\0' ? kSubstitute : static_cast<char>(c);
     } else {

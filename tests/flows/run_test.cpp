@@ -1,6 +1,9 @@
 // run_test.cpp: starting and ending the program: help, invalid command lines, missing parts, and
 // what the trace holds.
+#include <signal.h>
 #include <sys/stat.h>
+
+#include <algorithm>
 
 #include "tests/flows/site.h"
 
@@ -80,12 +83,65 @@ TEST_F(Run, EndsIfTheClientLibraryIsMissingOrDoesNotFit) {
   EXPECT_NE(std::string::npos, errorLog().find("QRB2573E"));
 }
 
-TEST_F(Run, ReportsAListingThatCouldNotBeWritten) {
-  terminal_ = std::make_unique<sandbox::Terminal>(
-      std::vector<std::string>{"/bin/sh", "-c", "vexosync query </dev/null >/dev/full"}, settings_);
-  ends(65535);
-  EXPECT_TRUE(showed("QRB2654E"));
-  EXPECT_FALSE(showed("QRB2599I"));
+// The answers are two empty dates. What standard output and error hold is in the files seen and
+// errors; the trace must not have taken the place of a descriptor.
+TEST_F(Run, StartsAndEndsInOrderWhateverItsDescriptorsAre) {
+  option("VEXO_TRACE_FILE " + dir_.path("run.trc"));
+  option("VEXO_TRACE_FLAGS SERVICE");
+  settings_.unset.push_back("TERM");
+  settings_.environment.erase("TERM");
+  object("/a");
+  dir_.write("answers", "\n+0\n");
+  dir_.write("dos", "+-3 \r\n+0\r\n2\r\nq\r\n");
+  const std::string lost = "QRB2654E", failed = "vexoProcessCommand() failed";
+  const struct {
+    const char* command;
+    int code;
+    std::string seen, errors, traced;  // "" of errors: there are none
+    std::string notTraced;
+  } rows[] = {
+      {"query <answers >seen 2>errors", 0, "oracle/a\n", "", "main(): Exit - OK", failed},
+      {"query <&- >seen 2>errors", 0, "oracle/a\n", "", "main(): Exit - OK", failed},
+      {"query <answers >&- 2>errors", 65535, "", lost, "not written", "Backup object\n"},
+      {"query <answers >seen 2>&-", 0, "oracle/a\n", "", "main(): Exit - OK", failed},
+      {"query <&- >&- 2>&-", 65535, "", "", "main(): Exit - rc = 65535", "Backup object\n"},
+      {"query <answers >/dev/full 2>errors", 65535, "", lost, "not written", failed},
+      {"help >/dev/full 2>errors", 65535, "", lost, "not written", failed},
+      {"help >seen 2>errors", 0, "Usage: vexosync", "", "main(): Exit - OK", failed},
+      {"delete <dos >seen 2>errors", 300, "no such entry", "", failed, "dateParse() failed"},
+      // A page at once, another after a second, the next one would come two seconds later.
+      {"delete <answers >seen 2>errors & p=$!; sleep 2; kill $p; wait $p; exit $?", 128 + SIGTERM,
+       "oracle/a\n", "QRB2691W", "ENTER", failed},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.command);
+    for (const char* name : {"seen", "errors", "run.trc"}) std::filesystem::remove(dir_.path(name));
+    terminal_ = std::make_unique<sandbox::Terminal>(
+        std::vector<std::string>{"/bin/sh", "-c", std::string("vexosync ") + row.command},
+        settings_);
+    ends(row.code);
+    const std::string seen = dir_.read("seen"), errors = dir_.read("errors");
+    EXPECT_NE(std::string::npos, seen.find(row.seen)) << seen;
+    EXPECT_EQ(std::string::npos, seen.find_first_of("\x1b\r")) << "no codes of a terminal";
+    EXPECT_EQ(row.errors, errors.substr(0, 8));
+    EXPECT_EQ(row.errors.empty() ? 0 : 1, std::ranges::count(errors, '\n')) << errors;
+    const std::string trace = dir_.read("run.trc");
+    EXPECT_NE(std::string::npos, trace.find(row.traced)) << trace;
+    EXPECT_EQ(std::string::npos, trace.find(row.notTraced)) << trace;
+  }
+  std::string pages = dir_.read("seen");
+  int drawn = 0;
+  for (std::size_t at = 0; (at = pages.find("Command ==>", at)) != pages.npos; ++at) ++drawn;
+  EXPECT_EQ(3, drawn) << pages;
+}
+
+TEST_F(Run, NeverEndsAFailureWithSuccess) {
+  zylstore("fault InitEx 256");
+  run({"query"});
+  ends(255);
+  zylstore("fault InitEx 512");
+  run({"query"});
+  ends(255);
 }
 
 TEST_F(Run, WritesTheTraceLinesThatSupportLooksFor) {

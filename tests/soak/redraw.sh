@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# redraw.sh ROUNDS BUILD: at the end of its input the pick list is drawn again and again. That must
-# not take more and more memory: the resident size is compared over ROUNDS times 200 pages.
+# redraw.sh ROUNDS BUILD: the pick list is drawn again after every answer. That must not take more
+# and more memory: the resident size is compared over ROUNDS times 200 pages, after empty answers.
 set -euo pipefail
 rounds=$1
 # shellcheck source=tests/soak/site.sh
@@ -9,11 +9,11 @@ source "$(dirname "$(readlink -f "$0")")/site.sh" "$2"
 export ASAN_OPTIONS=${ASAN_OPTIONS:+$ASAN_OPTIONS:}quarantine_size_mb=1:thread_local_quarantine_size_kb=16
 readonly pages=200 most=200 # kB
 
-vexosync delete < <(printf '\n+0\n') >/dev/null 2>&1 &
+vexosync delete < <(printf '\n+0\n' && yes '') >/dev/null 2>&1 &
 program=$!
 
-# A page is written twice: its clearing, by tput, and its text.
-drawn() { awk '$1 == "syscw:" { print int($2 / 2) }' "/proc/$program/io"; }
+# A page is shorter than the output's buffer, so it is written at once.
+drawn() { awk '$1 == "syscw:" { print $2 }' "/proc/$program/io"; }
 resident() { awk '$1 == "VmRSS:" { print $2 }' "/proc/$program/status"; }
 
 drawn_or_ended() { (($(drawn) >= goal)) || ! kill -0 "$program"; }
