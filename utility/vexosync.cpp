@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <string>
 
 #include "agent/errormsg.h"
 #include "agent/orcctx.h"
@@ -84,6 +85,15 @@ struct Run {
   }
 };
 
+// The parser prints why the message catalog could not be opened, and the screen was cleared since.
+void repeatStartProblem(unsigned short parsed) {
+  std::string problem = utility::startProblem(parsed);
+  if (problem.empty()) return;
+  problem.erase(problem.find_last_not_of('\n') + 1);
+  problem.erase(0, problem.find_first_not_of(" \n"));
+  psNonNlsErrorMsg(problem.c_str());
+}
+
 // Makes the trace object. False after a plain-text error.
 bool createTrace() {
   trcClass = new (std::nothrow) VEXCTrace;
@@ -110,20 +120,21 @@ int prepare(Run* run) {
   vexoInitTrace(&run->orc);
   if (run->parsed != 0) {
     utSyncHelp();
-    vexoPrintError(run->parsed, run->command);
+    vexoPrintError(run->parsed, run->command, run->options.refused);
   }
   return run->parsed;
 }
 
 // Loads the storage client library and sets it up.
 int setUpApi(orcObj_t* orc) {
-  gVltApiObjP = new (std::nothrow) DVltApiDL;  // for the rest of the process, never deleted
-  if (gVltApiObjP == nullptr) {
+  auto* const library = new (std::nothrow) DVltApiDL;
+  gVltApiObjP = library;  // for the rest of the process, never deleted
+  if (library == nullptr) {
     nlprintf(msg::kNoMemory);
     return msg::kNoMemory.code();
   }
-  if (const int rc = gVltApiObjP->Setup(); rc != 0) {
-    nlprintf(msg::kLibraryNotLoaded);
+  if (const int rc = library->Setup(); rc != 0) {
+    agent::showAndLog(nlsprintf(msg::kLibraryNotLoaded, library->whyNotLoaded()));
     return rc;
   }
   const unsigned short rc = psDoVltSetUp(orc);
@@ -196,6 +207,7 @@ int main(int argc, char** argv) {
   run.parsed = vexoParseCmdLine(argc, argv, &run.commands, &run.options);
   run.command = argc > 1 ? argv[1] : nullptr;
   psClearScrn();
+  repeatStartProblem(run.parsed);
   if (run.commands.help == 0 && run.parsed == 0) printBanner();
 
   if (*run.options.optFile != '\0') {
