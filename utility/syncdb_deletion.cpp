@@ -136,7 +136,7 @@ class Deletion {
       transaction_ = {};
       return 0;
     }
-    const std::string text = utility::reportCode(orc_, rc, where);
+    const std::string text = utility::reportCode(orc_, "vltBeginTxn", rc, where);
     TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
     TRACE(TR_ORCLEVEL0, " %s: Exit - VLTBEGINTXN(). failed rc = %d\n\n", kFunction, rc);
     return rc;
@@ -174,7 +174,8 @@ class Deletion {
   EndResult breakTransaction() {
     const EndResult ended = end(VLT_VOTE_COMMIT);
     if (ended.failed) {
-      ut::ignoreResult(utility::reportCode(orc_, ended.rc, Report::kLogOnly), "logged");
+      ut::ignoreResult(utility::reportCode(orc_, "vltEndTxn", ended.rc, Report::kLogOnly),
+                       "logged");
       TRACE(TR_ORCLEVEL0, " %s: Exit VLTENDTXN() failed rc = %d\n\n", kFunction, ended.rc);
       return ended;
     }
@@ -192,7 +193,8 @@ class Deletion {
 
   // A delete failed: the transaction is taken back.
   unsigned short abortAfter(std::int16_t deleteRc) {
-    const std::string text = utility::reportCode(orc_, deleteRc, Report::kLogAndTerminal);
+    const std::string text =
+        utility::reportCode(orc_, "vltDeleteObj", deleteRc, Report::kLogAndTerminal);
     TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
     TRACE(TR_ORCLEVEL0, " %s: VLTDELETEOBJ() failed rc = %d\n", kFunction, deleteRc);
     const EndResult ended = end(VLT_VOTE_ABORT);
@@ -202,7 +204,8 @@ class Deletion {
     }
     // With a reason but no code, code 0 is reported and returned. Kept on purpose, pinned by
     // Fault.OfEachCallInADeletion.
-    ut::ignoreResult(utility::reportCode(orc_, ended.rc, Report::kLogAndTerminal), "shown");
+    ut::ignoreResult(utility::reportCode(orc_, "vltEndTxn", ended.rc, Report::kLogAndTerminal),
+                     "shown");
     TRACE(TR_ORCLEVEL0, " %s: VLTENDTXN failed rc = %d\n\n", kFunction, ended.rc);
     return code(ended.rc);
   }
@@ -213,7 +216,8 @@ class Deletion {
       TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
       return 0;
     }
-    ut::ignoreResult(utility::reportCode(orc_, ended.rc, Report::kLogAndTerminal), "shown");
+    ut::ignoreResult(utility::reportCode(orc_, "vltEndTxn", ended.rc, Report::kLogAndTerminal),
+                     "shown");
     TRACE(TR_ORCLEVEL0, " %s: Exit VLTENDTXN() failed rc = %d\n", kFunction, ended.rc);
     return code(ended.rc);
   }

@@ -93,6 +93,16 @@ TEST_F(Run, EndsIfTheClientLibraryIsMissingOrDoesNotFit) {
   EXPECT_NE(std::string::npos, errorLog().find("QRB2573E"));
 }
 
+TEST_F(Run, ReportsItsOwnFailureInItsOwnWords) {
+  dir_.write("vlt.opt", dir_.read("vlt.opt") + "PASSWORDACCESS prompt\n");
+  option("VEXO_TEST_FLAGS LEGACYPWD");
+  option("VEXO_PSWDPATH " + dir_.path("none"));
+  run({"query"});
+  ends(168);
+  EXPECT_TRUE(showed("QRB0168E The password file"));
+  EXPECT_FALSE(showed("ZYL"));
+}
+
 // The answers are two empty dates. What standard output and error hold is in the files seen and
 // errors; the trace must not have taken the place of a descriptor.
 TEST_F(Run, StartsAndEndsInOrderWhateverItsDescriptorsAre) {
