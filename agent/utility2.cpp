@@ -129,11 +129,12 @@ unsigned short vexoCheck_API_Level() {
   VltApiVersionEx library = {};
   library.structVersion = 2;
   gVltApiObjP->dvltQueryApiVersionEx(VltApiStatusObjP, &library);
-  if (api::versionWeight(library.version, library.release, library.level) >= api::kRequiredWeight) {
-    return 0;
-  }
-  agent::showAndLog(nlsprintf(msg::kLibraryLevel, library.version, library.release, library.level));
-  agent::showAndLog(nlsprintf(msg::kRequiredLevel, api::kVersion, api::kRelease, api::kLevel));
+  const auto weight = api::versionWeight(library.version, library.release, library.level);
+  if (weight >= api::kRequiredWeight) return 0;
+  agent::showAndLog(
+      nlsprintf(msg::kLibraryLevel, library.version, library.release, library.level, weight));
+  agent::showAndLog(nlsprintf(msg::kRequiredLevel, api::kVersion, api::kRelease, api::kLevel,
+                              api::kRequiredWeight));
   return msg::kLibraryTooOld.code();
 }
 

@@ -50,6 +50,7 @@ class Listing {
               " %s: VLTGETNEXTQOBJ returned VLT_RC_UNKNOWN_FORMAT. Skip this object and continue "
               "querying ZYL server.\n",
               kFunction);
+        skipped_ = true;
       } else {
         return finish(rc);
       }
@@ -202,6 +203,7 @@ class Listing {
     }
     ut::ignoreResult(gVltApiObjP->dvltEndQuery(VltApiStatusObjP, orc_->vltHandle),
                      "the list is complete");
+    if (counts_ != nullptr) counts_->complete = answer == VLT_RC_FINISHED && !skipped_;
     const bool empty = answer == VLT_RC_FINISHED && list_->getFirst() == nullptr;
     if (empty) printNothingFound();
     if (noMatch) {
@@ -230,6 +232,7 @@ class Listing {
   ObjectList* list_;
   dsBPlusTree* tree_;
   utility::RangeCounts* counts_;
+  bool skipped_ = false;  // an object whose record the library could not make
   ut::FilePtr names_;
   VltSessInfo session_ = {};
   VltDataBlk block_ = {};

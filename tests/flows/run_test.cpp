@@ -164,6 +164,16 @@ TEST_F(Run, NeverEndsAFailureWithSuccess) {
   ends(255);
 }
 
+TEST_F(Run, ShowsAHelpThatFitsTheSmallestScreen) {
+  for (const char* language : {"EN", "DE"}) {
+    option(std::string("VEXO_LANGUAGE ") + language);
+    run({"help"});
+    ends(0);
+    EXPECT_LE(std::ranges::count(terminal_->transcript(), '\n'), 23) << language;
+    EXPECT_TRUE(showed("-NUMORCINSTances=n"));
+  }
+}
+
 TEST_F(Run, WritesTheTraceLinesThatSupportLooksFor) {
   const std::string trace = dir_.path("run.trc");
   option("VEXO_TRACE_FILE " + trace);

@@ -181,6 +181,7 @@ TEST_F(Sync, AsksAgainForAnAnswerWithAControlCharacter) {
   ends(65535);  // no orphan: the catalog was asked
   EXPECT_TRUE(showed("QRB2648E"));
   EXPECT_TRUE(showed("QRB2599I"));
+  EXPECT_TRUE(showed("QRB2695I Oracle knows all objects of these dates (1)"));
   dir_.write("answers", "\n+0\nrman\nrman\n\tprod\n\tprod\n\tprod\nprod\nq\n");
   terminal_ = std::make_unique<sandbox::Terminal>(
       std::vector<std::string>{"/bin/sh", "-c", "vexosync syncdb <answers"}, settings_);
