@@ -43,8 +43,8 @@ class Deletion {
     const utility::PickSummary picks = utility::summarizePicks(*list_);
     log_.emplace();
     const bool recorded = log_->canWrite();
-    describe(picks, recorded);
-    if (PromptYN() != 1) {
+    const bool readable = describe(picks, recorded);
+    if (PromptYN() != 1 || !readable) {
       TRACE(TR_ORCLEVEL1, " %s: Exit - didn't enter 'y' \n\n", kFunction);
       return 0;
     }
@@ -90,20 +90,28 @@ class Deletion {
   }
 
   // Says what is about to happen, right before the question. `recorded`: the log can be written.
-  void describe(const utility::PickSummary& picks, bool recorded) const {
+  // False if the message catalog does not let the user read it.
+  bool describe(const utility::PickSummary& picks, bool recorded) const {
     const std::string none = nls::plainText(msg::kNone);
-    nlprintf(msg::kAboutToDelete, ut::formatNumber(picks.total.count).text,
-             ut::formatSize(picks.total.bytes).text,
-             picks.total.count == 0 ? none : dateText(picks.oldest),
-             picks.total.count == 0 ? none : dateText(picks.newest), knownText());
+    bool readable = false;
+    const auto show = [&readable](const auto&... inserts) {
+      nlprintf(msg::kAboutToDelete, inserts...);
+      readable = nlIsWhole(msg::kAboutToDelete, inserts...);
+    };
+    show(ut::formatNumber(picks.total.count).text, ut::formatSize(picks.total.bytes).text,
+         picks.total.count == 0 ? none : dateText(picks.oldest),
+         picks.total.count == 0 ? none : dateText(picks.newest), knownText());
+    readable = readable && knownIsReadable() && nlIsWhole(msg::kAskContinue);
+    if (!readable) agent::showAndLog(nlsprintf(msg::kQuestionNotReadable));
     if (picks.total.count == 0) nlprintf(msg::kNothingPicked);
     for (const std::string& doubt : run_->doubts) nlprintf(msg::kLine, doubt);
     const std::string ofPicks = utility::doubtPicks(*list_, *run_);
     if (!ofPicks.empty()) agent::showAndLog(ofPicks);
     if (!recorded) agent::showAndLog(nlsprintf(msg::kRecordNotWritten, log_->path()));
-    const bool remarks =
-        picks.total.count == 0 || !run_->doubts.empty() || !ofPicks.empty() || !recorded;
+    const bool remarks = !readable || picks.total.count == 0 || !run_->doubts.empty() ||
+                         !ofPicks.empty() || !recorded;
     if (remarks) nlprintf(msg::kBlankLine);
+    return readable;
   }
 
   // What was compared with Oracle before this list was made.
@@ -111,6 +119,11 @@ class Deletion {
     if (run_->list == utility::ListKind::kAll) return nls::plainText(msg::kOracleNotAsked);
     return nlsprintf(msg::kOracleKnows, ut::formatNumber(run_->objectsKnown).text,
                      ut::formatNumber(run_->objects).text);
+  }
+
+  bool knownIsReadable() const {
+    return run_->list == utility::ListKind::kAll ? nlIsWhole(msg::kOracleNotAsked)
+                                                 : nlIsWhole(msg::kOracleKnows, "", "");
   }
 
   struct EndResult {

@@ -51,7 +51,7 @@ TEST_F(Sync, TakesTheGermanLetterForYesInGerman) {
   answer("x      1| ", "o");
   ASSERT_TRUE(terminal_->expect("QRB2580W Die gewählten Sicherungsobjekte"));
   answer("fortfahren?", "y");
-  answer("QRB0372E Das ist keine der Antworten JN", "j");
+  answer("QRB0372E Das ist keine der Antworten J, N", "j");
   answer("       1| ", "q");
   ends(kLeft);
   EXPECT_EQ("/b", stored());
