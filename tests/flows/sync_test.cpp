@@ -82,8 +82,8 @@ TEST_F(Sync, TakesEveryObjectForAnOrphanWhenTheCatalogIsEmpty) {
   dates();
   logon("prod");
   ASSERT_TRUE(terminal_->expect("QRB2645W Catalog 1 knows no backup piece"));
+  answer("Command ==>", "+");  // the message is logged by now
   EXPECT_NE(std::string::npos, errorLog().find("QRB2645W"));
-  answer("Command ==>", "+");
   answer("x      2| ", "o");
   ASSERT_TRUE(terminal_->expect("QRB2580W"));
   ASSERT_TRUE(terminal_->expect("QRB2645W")) << "the doubt comes again";
@@ -91,6 +91,13 @@ TEST_F(Sync, TakesEveryObjectForAnOrphanWhenTheCatalogIsEmpty) {
   answer("       2| ", "q");  // no pick is kept
   ends(kLeft);
   EXPECT_EQ("/a /b", stored());
+  catalog("db", {}, "target");
+  run({"syncdb", "-nocat"});
+  dates();
+  logon("db");
+  ASSERT_TRUE(terminal_->expect("QRB2645W Database 1 knows no backup piece"));
+  answer("Command ==>", "q");
+  ends(kLeft);
 }
 
 TEST_F(Sync, WarnsAboutTheDefaultEndDate) {
