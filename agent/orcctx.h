@@ -45,6 +45,7 @@ struct orcObj_t {
 
   char apiOptions[kMessageSize];       // handed to the library at logon
   char lastErrorMsg[kMessageSize];     // the latest failure, as it was logged
+  std::int32_t ownFailure;             // 1: that text is the agent's own, not the library's
   char legacyPassword[kPasswordSize];  // from the legacy password file, else empty
   std::int32_t noNodeNoOwner;          // 1: the options name neither a node nor an owner
 };

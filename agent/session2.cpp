@@ -18,7 +18,6 @@
 #include "common/nls/nls.h"
 #include "common/ut/agttrc.h"
 #include "common/ut/path.h"
-#include "common/ut/psfile.h"
 #include "common/ut/result.h"
 #include "common/ut/secret.h"
 #include "common/ut/strutil.h"
@@ -30,14 +29,15 @@ constexpr int kLogonTries = 5;
 constexpr char kGenerate[] = " -PASSWORDACCESS=GENERATE";
 constexpr char kPasswordDir[] = " -PASSWORDDIR=";
 
-// Reports a code of the library in the context and in the error log. Returns the context's text.
-const char* reportFailure(orcObj_t* orc, std::int16_t rc) {
+// Reports a code that a function of the library returned, in the context and in the error log.
+// Returns the context's text.
+const char* reportFailure(orcObj_t* orc, const char* function, std::int16_t rc) {
   vexoGetApiMsg(orc->vltHandle, 1, rc, orc->lastErrorMsg);
-  char text[VLT_MAX_RC_TEXT + 1] = "";
-  ut::ignoreResult(gVltApiObjP->dvltRCMsg(VltApiStatusObjP, orc->vltHandle, rc, text),
-                   "then the text is empty");
-  ut::terminate(text);
-  vexoErrorMsg(text, 0);
+  if (orc->lastErrorMsg[std::strspn(orc->lastErrorMsg, " \t\r\n")] == '\0') {
+    ut::ignoreResult(ut::copyText(orc->lastErrorMsg, agent::withoutText(function, rc)),
+                     "a message is shorter");
+  }
+  vexoErrorMsg(agent::libraryText(orc->vltHandle, rc, orc->lastErrorMsg).c_str(), 0);
   return orc->lastErrorMsg;
 }
 
@@ -56,7 +56,7 @@ std::int16_t setUpLibrary(orcObj_t* orc, [[maybe_unused]] const char* caller, co
         record.logName);
   const std::int16_t rc = gVltApiObjP->dvltSetUp(VltApiStatusObjP, VLT_MULTITHREAD, &record);
   if (rc != 0) {
-    ut::ignoreResult(reportFailure(orc, rc), "kept in the context");
+    ut::ignoreResult(reportFailure(orc, "vltSetUp", rc), "kept in the context");
     TRACE(TR_ORCLEVEL0, " %s: Exit - VLTSETUP() failed, rc = %d\n\n", caller, rc);
     return rc;
   }
@@ -75,6 +75,7 @@ void appendOption(orcObj_t* orc, const char* option, const char* value) {
 // library keeps the password itself.
 unsigned short preparePassword(orcObj_t* orc, char* password) {
   static constexpr char kFunction[] = "vexoSession()";
+  orc->ownFailure = 0;
   if (orc->bUsePwGenerate == 1 && !TEST_LEGACYPWD) {
     agent::addPasswordOptions(orc);
     if (*orc->legacyPassword != '\0') {
@@ -92,6 +93,7 @@ unsigned short preparePassword(orcObj_t* orc, char* password) {
   psvexoGetFileName(dir, path, orc);
   ut::ignoreResult(ut::copyText(orc->lastErrorMsg, nlsprintf(msg::kPasswordFileNotRead, path)),
                    "a message is shorter");
+  orc->ownFailure = 1;
   vexoErrorMsg(orc->lastErrorMsg, 0);
   return static_cast<unsigned short>(rc);
 }
@@ -126,7 +128,7 @@ std::int16_t querySessionOptions(orcObj_t* orc) {
   const std::int16_t rc =
       gVltApiObjP->dvltQuerySessOptions(VltApiStatusObjP, orc->vltHandle, &options);
   if (rc != 0) {
-    ut::ignoreResult(reportFailure(orc, rc), "kept in the context");
+    ut::ignoreResult(reportFailure(orc, "vltQuerySessOptions", rc), "kept in the context");
     TRACE(TR_ORCLEVEL0, " %s: VLTQUERYSESSOPTIONS() failed. vltHandle = %d, rc = %d\n", kFunction,
           orc->vltHandle, rc);
     return rc;
@@ -150,7 +152,7 @@ std::int16_t querySessionInfo(orcObj_t* orc) {
   info.structVersion = 1;
   const std::int16_t rc = gVltApiObjP->dvltQuerySessInfo(VltApiStatusObjP, orc->vltHandle, &info);
   if (rc != 0) {
-    ut::ignoreResult(reportFailure(orc, rc), "kept in the context");
+    ut::ignoreResult(reportFailure(orc, "vltQuerySessInfo", rc), "kept in the context");
     TRACE(TR_ORCLEVEL0, " Exit %s: VLTQUERYSESSINFO() failed, vltHandle = %d, rc = %d\n\n",
           kFunction, orc->vltHandle, rc);
     return rc;
@@ -247,7 +249,7 @@ std::int16_t setUpLegacy(orcObj_t* orc) {
   TRACE(TR_ORCLEVEL2, " %s: calling VLTQUERYCLIOPTIONS\n", kSetUp);
   rc = gVltApiObjP->dvltQueryCliOptions(VltApiStatusObjP, &options);
   if (rc != 0) {
-    ut::ignoreResult(reportFailure(orc, rc), "kept in the context");
+    ut::ignoreResult(reportFailure(orc, "vltQueryCliOptions", rc), "kept in the context");
     TRACE(TR_ORCLEVEL0, "%s: VLTQUERYCLIOPTIONS failed. rc=%d\n", kSetUp, rc);
     return rc;
   }
@@ -325,7 +327,7 @@ unsigned short vexoSession(orcObj_t* orc) {
   std::int16_t rc = initSession(orc, password, &handle);
   if (rc != 0) {
     orc->apiSetUp = 1;  // the library is still to be cleaned up
-    [[maybe_unused]] const char* text = reportFailure(orc, rc);
+    [[maybe_unused]] const char* text = reportFailure(orc, "vltInitEx", rc);
     TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text);
     TRACE(TR_ORCLEVEL0, " %s: Exit - vltInit() failed, vltHandle = %d rc       : %d\n\n", kFunction,
           orc->vltHandle, rc);

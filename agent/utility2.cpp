@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "agent/errormsg.h"
@@ -154,11 +155,12 @@ unsigned short vexoCheck_API_Level() {
   VltApiVersionEx library = {};
   library.structVersion = 2;
   gVltApiObjP->dvltQueryApiVersionEx(VltApiStatusObjP, &library);
-  if (api::versionWeight(library.version, library.release, library.level) >= api::kRequiredWeight) {
-    return 0;
-  }
-  agent::showAndLog(nlsprintf(msg::kLibraryLevel, library.version, library.release, library.level));
-  agent::showAndLog(nlsprintf(msg::kRequiredLevel, api::kVersion, api::kRelease, api::kLevel));
+  const auto weight = api::versionWeight(library.version, library.release, library.level);
+  if (weight >= api::kRequiredWeight) return 0;
+  agent::showAndLog(
+      nlsprintf(msg::kLibraryLevel, library.version, library.release, library.level, weight));
+  agent::showAndLog(nlsprintf(msg::kRequiredLevel, api::kVersion, api::kRelease, api::kLevel,
+                              api::kRequiredWeight));
   return msg::kLibraryTooOld.code();
 }
 
@@ -180,4 +182,17 @@ void vexoGetApiMsg(unsigned handle, unsigned char withIdentifier, short rc, char
   ut::ignoreResult(gVltApiObjP->dvltRCMsgEx(VltApiStatusObjP, &in, &result),
                    "without a text the message is empty");
   out[kMessageSize - 1] = '\0';
+}
+
+std::string agent::libraryText(std::uint32_t handle, std::int16_t rc, const std::string& fallback) {
+  char text[VLT_MAX_RC_TEXT + 1] = "";
+  ut::ignoreResult(gVltApiObjP->dvltRCMsg(VltApiStatusObjP, handle, rc, text),
+                   "then the text is empty, or says that the code is unknown");
+  ut::terminate(text);
+  const bool empty = text[std::strspn(text, " \t\r\n")] == '\0';
+  return empty ? fallback : text;
+}
+
+std::string agent::withoutText(const char* function, std::int16_t rc) {
+  return nlsprintf(msg::kCodeWithoutText, function, rc);
 }

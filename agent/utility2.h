@@ -3,6 +3,9 @@
 #ifndef AGENT_UTILITY2_H
 #define AGENT_UTILITY2_H
 
+#include <cstdint>
+#include <string>
+
 #include "agent/orcctx.h"
 #include "common/ut/psmutex.h"
 
@@ -33,6 +36,17 @@ void vexoCheckFS(orcObj_t* orc);
 // The library's text for a return code; `out` has room for kMessageSize bytes. With
 // `withIdentifier` the text begins with its identifier.
 void vexoGetApiMsg(unsigned handle, unsigned char withIdentifier, short rc, char* out);
+
+namespace agent {
+
+// The library's text for a return code, or `fallback` if it has none.
+std::string libraryText(std::uint32_t handle, std::int16_t rc, const std::string& fallback);
+
+// What is said of a code of the library without a text: the function that returned it, and the
+// code.
+std::string withoutText(const char* function, std::int16_t rc);
+
+}  // namespace agent
 
 // The default catalog's file name; `language` is not used. `out` has room for 64 bytes.
 void psgetMsgFileName(const char* language, char* out);

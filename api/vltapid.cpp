@@ -30,6 +30,11 @@ enum EntryRow {
 #include "api/vltentries.def"
 };
 
+std::string linkerError() {
+  const char* text = ::dlerror();
+  return text == nullptr ? "" : text;
+}
+
 // Fills the table of addresses in the order of the names; false at the first that is missing.
 bool resolveAll(void* library, void* (&addresses)[NUM_API_FUNCS]) {
   TRACE(TR_API, "NUM_API_FUNCS = %d\n", NUM_API_FUNCS);
@@ -61,13 +66,15 @@ int DVltApiDL::Setup() {
     return 0;
   }
   int rc = 0;
+  whyNotLoaded_.clear();
   errno = 0;
   TRACE(TR_API, "Calling dlopen()\n");
   m_hMarlDll = ::dlopen(kLibrary, RTLD_NOW);
   if (m_hMarlDll == nullptr) {
-    [[maybe_unused]] const char* reason = ::dlerror();
+    [[maybe_unused]] const int reason = errno;
+    whyNotLoaded_ = linkerError();
     TRACE(TR_API, "ERROR: could not load the ZYL API.\nerrno = %d, dlerror() returned\n %s\n",
-          errno, reason == nullptr ? "" : reason);
+          reason, whyNotLoaded_.c_str());
     rc = kNotLoaded;
   } else {
     TRACE(TR_API, "ZYL API loaded successfully\n");
@@ -80,6 +87,7 @@ int DVltApiDL::Setup() {
   void* addresses[NUM_API_FUNCS];
   if (!resolveAll(m_hMarlDll, addresses)) {
     rc = kNotLoaded;
+    if (m_hMarlDll != nullptr) whyNotLoaded_ = linkerError();  // before Cleanup replaces it
     ut::ignoreResult(Cleanup(), "always succeeds");
   }
   if (rc == 0) {

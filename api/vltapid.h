@@ -2,6 +2,8 @@
 #ifndef API_VLTAPID_H
 #define API_VLTAPID_H
 
+#include <string>
+
 #include "api/vltapi.h"
 
 class DVltApiDL : public DVltApi {
@@ -16,11 +18,18 @@ class DVltApiDL : public DVltApi {
   // loaded, another call does nothing and succeeds.
   int Setup() override;
 
+  // Why the last Setup failed: the linker's words, which name the file, and the missing entry point
+  // if it is that. Empty if it succeeded.
+  const std::string& whyNotLoaded() const { return whyNotLoaded_; }
+
   // Unloads the library and sets every pointer to null. Returns 0.
   int Cleanup() override;
 
  protected:
   static void* m_hMarlDll;  // of dlopen; null while not loaded
+
+ private:
+  std::string whyNotLoaded_;
 };
 
 #endif  // API_VLTAPID_H

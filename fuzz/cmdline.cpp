@@ -57,7 +57,7 @@ void fuzz::check(const std::string& input, char* text) {
   const unsigned short rc =
       vexoParseCmdLine(static_cast<int>(arguments.size()), arguments.data(), &commands, &options);
   checkResult(rc);
-  vexoPrintError(rc, arguments.size() > 1 ? arguments[1] : nullptr);
+  vexoPrintError(rc, arguments.size() > 1 ? arguments[1] : nullptr, options.refused);
   checkName(line, options.optFile);
   checkName(line, options.outFile);
   if (rc != kParseOk) {

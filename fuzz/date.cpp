@@ -1,5 +1,6 @@
 // date.cpp: dates as a user types them, in every format of the run; the C library's calendar is the
 // judge. The first byte of the input chooses the format.
+#include <cstring>
 #include <ctime>
 
 #include "common/ut/nfdate.h"
@@ -20,7 +21,8 @@ void checkReadsBack(const nfDate& date) {
 void checkAgainstTheCalendar(const char* text, const nfDate& date) {
   struct tm read = {};
   const char* end = ::strptime(text, ut::date_fmt_str(), &read);
-  hold(end != nullptr && *end == '\0', "an accepted date has the run's format");
+  hold(end != nullptr && end[std::strspn(end, " \t")] == '\0',
+       "an accepted date has the run's format, and blanks at most after it");
   ::timegm(&read);  // moves a day that its month lacks into the next month
   const nfDate expected =
       ut::makeDate(static_cast<unsigned>(read.tm_year + 1900),

@@ -137,3 +137,8 @@ unsigned short utility::askForCatalogs(const CatalogRequest& request, orcObj_t* 
   }
   return 0;
 }
+
+std::string utility::catalogName(const objCatInfo_s& catalog) {
+  return nlsprintf(catalog.bNoCatalog != 0 ? msg::kDatabaseName : msg::kCatalogName,
+                   catalog.catalogNumber);
+}

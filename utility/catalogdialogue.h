@@ -3,6 +3,7 @@
 #define UTILITY_CATALOGDIALOGUE_H
 
 #include <cstdint>
+#include <string>
 
 #include "agent/orcctx.h"
 #include "utility/zylobj.h"
@@ -19,6 +20,9 @@ struct CatalogRequest {
 // cannot be used (the session is then ended) or without a terminal for the password; 2522.
 [[nodiscard]] unsigned short askForCatalogs(const CatalogRequest& request, orcObj_t* orc,
                                             CatalogList* catalogs);
+
+// The name of a catalog in messages, as its prompts have it: "Catalog 1", or "Database 1".
+std::string catalogName(const objCatInfo_s& catalog);
 
 }  // namespace utility
 

@@ -3,6 +3,7 @@
 
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
+#include "utility/catalogdialogue.h"
 
 namespace {
 
@@ -35,7 +36,7 @@ void utility::doubtDates(const nfDate& start, const nfDate& end, bool noCatalog,
 void utility::doubtAnswer(const objCatInfo_s& catalog, const char* spoolPath,
                           const CatalogAnswer& answer, RunRecord* run) {
   if (answer.rows == 0) {
-    raiseDoubt(run, nlsprintf(msg::kCatalogWithoutPieces, catalog.catalogNumber));
+    raiseDoubt(run, nlsprintf(msg::kCatalogWithoutPieces, catalogName(catalog)));
   }
   if (answer.mayBeIncomplete()) raiseDoubt(run, nlsprintf(msg::kNoRowCount, spoolPath));
 }

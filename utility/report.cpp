@@ -2,21 +2,12 @@
 #include "utility/report.h"
 
 #include "agent/errormsg.h"
-#include "api/vltapi.h"
+#include "agent/utility2.h"
 #include "common/nls/nls.h"
-#include "common/ut/result.h"
-#include "common/ut/strutil.h"
 
-std::string utility::apiText(orcObj_t* orc, std::int16_t rc) {
-  char text[VLT_MAX_RC_TEXT + 1] = "";
-  ut::ignoreResult(gVltApiObjP->dvltRCMsg(VltApiStatusObjP, orc->vltHandle, rc, text),
-                   "then the text is empty, or says that the code is unknown");
-  ut::terminate(text);
-  return text;
-}
-
-std::string utility::reportCode(orcObj_t* orc, std::int16_t rc, Report where) {
-  std::string text = apiText(orc, rc);
+std::string utility::reportCode(orcObj_t* orc, const char* function, std::int16_t rc,
+                                Report where) {
+  std::string text = agent::libraryText(orc->vltHandle, rc, agent::withoutText(function, rc));
   vexoErrorMsg(text.c_str(), 0);
   if (where == Report::kLogAndTerminal) printFramed(text);
   return text;

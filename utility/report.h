@@ -13,12 +13,10 @@ inline constexpr unsigned short kFailed = 65535;  // a command's own failure, -1
 
 enum class Report { kLogOnly, kLogAndTerminal };
 
-// The storage client library's text for a code.
-std::string apiText(orcObj_t* orc, std::int16_t rc);
-
-// Reports a code of the storage client library: its text goes to the error log, and to the terminal
-// if wanted. Returns the text.
-std::string reportCode(orcObj_t* orc, std::int16_t rc, Report where);
+// Reports a code that a function of the storage client library returned: the library's text, or
+// one of our own if it has none, goes to the error log, and to the terminal if wanted. Returns the
+// text.
+std::string reportCode(orcObj_t* orc, const char* function, std::int16_t rc, Report where);
 
 // Prints a text of the program between blank lines.
 void printFramed(const std::string& text);

@@ -3,8 +3,10 @@
 
 #include <cstdint>
 #include <new>
+#include <string>
 
 #include "agent/session2.h"
+#include "agent/utility2.h"
 #include "api/vltapi.h"
 #include "common/nls/nls.h"
 #include "common/ut/agttrc.h"
@@ -38,7 +40,12 @@ unsigned short vexoProcessCommand(orcObj_t* orc, vexoOptionsInfo_t& options,
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
   unsigned short rc = vexoSession(orc);
   if (rc != 0) {
-    nlprintf(msg::kLine, utility::apiText(orc, static_cast<std::int16_t>(rc)));
+    // The library does not know a code of the agent's own.
+    const std::string reported = orc->lastErrorMsg;
+    nlprintf(msg::kLine,
+             orc->ownFailure != 0
+                 ? reported
+                 : agent::libraryText(orc->vltHandle, static_cast<std::int16_t>(rc), reported));
     nlprintf(msg::kBlankLine);
     TRACE(TR_ORCLEVEL0, " %s: Exit vexoSession() failed rc = %d\n", kFunction, rc);
     return rc;

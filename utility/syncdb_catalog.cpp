@@ -16,6 +16,7 @@
 #include "common/ut/psshell.h"
 #include "common/ut/secret.h"
 #include "common/ut/strutil.h"
+#include "utility/catalogdialogue.h"
 #include "utility/exchange.h"
 #include "utility/report.h"
 #include "utility/unx/querywatch.h"
@@ -66,7 +67,7 @@ bool buildScript(const objCatInfo_s& catalog, const char* spoolPath, const nfDat
 }
 
 unsigned short refuseLongScript(const objCatInfo_s& catalog) {
-  utility::reportText(nlsprintf(msg::kScriptTooLong, catalog.catalogNumber));
+  utility::reportText(nlsprintf(msg::kScriptTooLong, utility::catalogName(catalog)));
   TRACE(TR_ORCLEVEL0, " %s: Exit - script too long\n\n", kFunction);
   return msg::kQueryFailed.code();
 }
@@ -139,7 +140,7 @@ std::optional<nls::Message<>> runSqlplus(const char* scriptPath, bool emptyInput
 // Writes the script, runs it and removes it at once: it holds the password. Returns 0, 2575 or
 // 2533.
 unsigned short runScript(const Script& script, const char* scriptPath, const char* spoolPath,
-                         unsigned catalogNumber, bool emptyInput) {
+                         const std::string& catalogName, bool emptyInput) {
   if (const unsigned short rc = writeScript(scriptPath, script); rc != 0) return rc;
   utility::SpoolFile spool(spoolPath);
   if (!spool.reserve()) {
@@ -148,7 +149,7 @@ unsigned short runScript(const Script& script, const char* scriptPath, const cha
   }
   std::optional<nls::Message<>> failure;
   {
-    const auto watch = utility::QueryWatch::begin(catalogNumber, spoolPath);
+    const auto watch = utility::QueryWatch::begin(catalogName, spoolPath);
     failure = runSqlplus(scriptPath, emptyInput);
   }
   utility::removeUnlessTraced(scriptPath);
@@ -179,7 +180,7 @@ unsigned short utQueryCatalog(const objCatInfo_s* catalog, const char* scriptPat
               kFunction, script.text);
   const utility::ExchangeGuard guard(scriptPath, spoolPath);
   if (!TEST_SYNCDBNORMAN) {
-    return runScript(script, scriptPath, spoolPath, catalog->catalogNumber, emptyInput);
+    return runScript(script, scriptPath, spoolPath, utility::catalogName(*catalog), emptyInput);
   }
   const unsigned short rc = writeScript(scriptPath, script);
   return rc != 0 ? rc : makeEmptySpool(spoolPath);

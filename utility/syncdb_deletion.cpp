@@ -43,8 +43,8 @@ class Deletion {
     const utility::PickSummary picks = utility::summarizePicks(*list_);
     log_.emplace();
     const bool recorded = log_->canWrite();
-    describe(picks, recorded);
-    if (PromptYN() != 1) {
+    const bool readable = describe(picks, recorded);
+    if (PromptYN() != 1 || !readable) {
       TRACE(TR_ORCLEVEL1, " %s: Exit - didn't enter 'y' \n\n", kFunction);
       return 0;
     }
@@ -90,20 +90,28 @@ class Deletion {
   }
 
   // Says what is about to happen, right before the question. `recorded`: the log can be written.
-  void describe(const utility::PickSummary& picks, bool recorded) const {
+  // False if the message catalog does not let the user read it.
+  bool describe(const utility::PickSummary& picks, bool recorded) const {
     const std::string none = nls::plainText(msg::kNone);
-    nlprintf(msg::kAboutToDelete, ut::formatNumber(picks.total.count).text,
-             ut::formatSize(picks.total.bytes).text,
-             picks.total.count == 0 ? none : dateText(picks.oldest),
-             picks.total.count == 0 ? none : dateText(picks.newest), knownText());
+    bool readable = false;
+    const auto show = [&readable](const auto&... inserts) {
+      nlprintf(msg::kAboutToDelete, inserts...);
+      readable = nlIsWhole(msg::kAboutToDelete, inserts...);
+    };
+    show(ut::formatNumber(picks.total.count).text, ut::formatSize(picks.total.bytes).text,
+         picks.total.count == 0 ? none : dateText(picks.oldest),
+         picks.total.count == 0 ? none : dateText(picks.newest), knownText());
+    readable = readable && knownIsReadable() && nlIsWhole(msg::kAskContinue);
+    if (!readable) agent::showAndLog(nlsprintf(msg::kQuestionNotReadable));
     if (picks.total.count == 0) nlprintf(msg::kNothingPicked);
     for (const std::string& doubt : run_->doubts) nlprintf(msg::kLine, doubt);
     const std::string ofPicks = utility::doubtPicks(*list_, *run_);
     if (!ofPicks.empty()) agent::showAndLog(ofPicks);
     if (!recorded) agent::showAndLog(nlsprintf(msg::kRecordNotWritten, log_->path()));
-    const bool remarks =
-        picks.total.count == 0 || !run_->doubts.empty() || !ofPicks.empty() || !recorded;
+    const bool remarks = !readable || picks.total.count == 0 || !run_->doubts.empty() ||
+                         !ofPicks.empty() || !recorded;
     if (remarks) nlprintf(msg::kBlankLine);
+    return readable;
   }
 
   // What was compared with Oracle before this list was made.
@@ -111,6 +119,11 @@ class Deletion {
     if (run_->list == utility::ListKind::kAll) return nls::plainText(msg::kOracleNotAsked);
     return nlsprintf(msg::kOracleKnows, ut::formatNumber(run_->objectsKnown).text,
                      ut::formatNumber(run_->objects).text);
+  }
+
+  bool knownIsReadable() const {
+    return run_->list == utility::ListKind::kAll ? nlIsWhole(msg::kOracleNotAsked)
+                                                 : nlIsWhole(msg::kOracleKnows, "", "");
   }
 
   struct EndResult {
@@ -136,7 +149,7 @@ class Deletion {
       transaction_ = {};
       return 0;
     }
-    const std::string text = utility::reportCode(orc_, rc, where);
+    const std::string text = utility::reportCode(orc_, "vltBeginTxn", rc, where);
     TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
     TRACE(TR_ORCLEVEL0, " %s: Exit - VLTBEGINTXN(). failed rc = %d\n\n", kFunction, rc);
     return rc;
@@ -174,7 +187,8 @@ class Deletion {
   EndResult breakTransaction() {
     const EndResult ended = end(VLT_VOTE_COMMIT);
     if (ended.failed) {
-      ut::ignoreResult(utility::reportCode(orc_, ended.rc, Report::kLogOnly), "logged");
+      ut::ignoreResult(utility::reportCode(orc_, "vltEndTxn", ended.rc, Report::kLogOnly),
+                       "logged");
       TRACE(TR_ORCLEVEL0, " %s: Exit VLTENDTXN() failed rc = %d\n\n", kFunction, ended.rc);
       return ended;
     }
@@ -192,7 +206,8 @@ class Deletion {
 
   // A delete failed: the transaction is taken back.
   unsigned short abortAfter(std::int16_t deleteRc) {
-    const std::string text = utility::reportCode(orc_, deleteRc, Report::kLogAndTerminal);
+    const std::string text =
+        utility::reportCode(orc_, "vltDeleteObj", deleteRc, Report::kLogAndTerminal);
     TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
     TRACE(TR_ORCLEVEL0, " %s: VLTDELETEOBJ() failed rc = %d\n", kFunction, deleteRc);
     const EndResult ended = end(VLT_VOTE_ABORT);
@@ -202,7 +217,8 @@ class Deletion {
     }
     // With a reason but no code, code 0 is reported and returned. Kept on purpose, pinned by
     // Fault.OfEachCallInADeletion.
-    ut::ignoreResult(utility::reportCode(orc_, ended.rc, Report::kLogAndTerminal), "shown");
+    ut::ignoreResult(utility::reportCode(orc_, "vltEndTxn", ended.rc, Report::kLogAndTerminal),
+                     "shown");
     TRACE(TR_ORCLEVEL0, " %s: VLTENDTXN failed rc = %d\n\n", kFunction, ended.rc);
     return code(ended.rc);
   }
@@ -213,7 +229,8 @@ class Deletion {
       TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
       return 0;
     }
-    ut::ignoreResult(utility::reportCode(orc_, ended.rc, Report::kLogAndTerminal), "shown");
+    ut::ignoreResult(utility::reportCode(orc_, "vltEndTxn", ended.rc, Report::kLogAndTerminal),
+                     "shown");
     TRACE(TR_ORCLEVEL0, " %s: Exit VLTENDTXN() failed rc = %d\n", kFunction, ended.rc);
     return code(ended.rc);
   }

@@ -49,6 +49,7 @@ class Listing {
               " %s: VLTGETNEXTQOBJ returned VLT_RC_UNKNOWN_FORMAT. Skip this object and continue "
               "querying ZYL server.\n",
               kFunction);
+        skipped_ = true;
       } else {
         return finish(rc);
       }
@@ -83,7 +84,8 @@ class Listing {
       ut::terminate(session_.owner);
       return 0;
     }
-    const std::string text = utility::reportCode(orc_, rc, utility::Report::kLogOnly);
+    const std::string text =
+        utility::reportCode(orc_, "vltQuerySessInfo", rc, utility::Report::kLogOnly);
     TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
     TRACE(TR_ORCLEVEL0, " Exit %s: VLTQUERYSESSINFO() failed. vltHandle = %d, rc = %d\n\n",
           kFunction, orc_->vltHandle, rc);
@@ -106,7 +108,8 @@ class Listing {
     const std::int16_t rc =
         gVltApiObjP->dvltBeginQuery(VltApiStatusObjP, orc_->vltHandle, VLT_QUERY_BACKUP, &query);
     if (rc != 0) {
-      const std::string text = utility::reportCode(orc_, rc, utility::Report::kLogAndTerminal);
+      const std::string text =
+          utility::reportCode(orc_, "vltBeginQuery", rc, utility::Report::kLogAndTerminal);
       TRACE(TR_ORCLEVEL0, " %s: '%s'\n", kFunction, text.c_str());
       TRACE(TR_ORCLEVEL0, " %s: Exit - VLTBEGINQUERY() failed rc = %d\n\n", kFunction, rc);
       return rc;
@@ -203,13 +206,15 @@ class Listing {
     if (noMatch) {
       // The log gets the text of code 0, not of the answer. Kept on purpose, pinned by
       // Fault.OfEachCallInAQuery.
-      ut::ignoreResult(utility::reportCode(orc_, 0, utility::Report::kLogOnly), "logged");
+      ut::ignoreResult(utility::reportCode(orc_, "vltGetNextQObj", 0, utility::Report::kLogOnly),
+                       "logged");
       printNothingFound();
       TRACE(TR_ORCLEVEL2, " %s: Calling VLTENDQUERY(). vltHandle = %d\n", kFunction,
             orc_->vltHandle);
     }
     ut::ignoreResult(gVltApiObjP->dvltEndQuery(VltApiStatusObjP, orc_->vltHandle),
                      "the list is complete");
+    if (counts_ != nullptr) counts_->complete = answer == VLT_RC_FINISHED && !skipped_;
     const bool empty = answer == VLT_RC_FINISHED && list_->getFirst() == nullptr;
     if (empty) printNothingFound();
     if (noMatch) {
@@ -236,6 +241,7 @@ class Listing {
   ObjectList* list_;
   dsBPlusTree* tree_;
   utility::RangeCounts* counts_;
+  bool skipped_ = false;  // an object whose record the library could not make
   ut::FilePtr names_;
   VltSessInfo session_ = {};
   VltDataBlk block_ = {};

@@ -24,6 +24,8 @@ struct RangeCounts {
   // Not known, but longer than any handle, and beginning with one of the longest: as if the handles
   // had been cut off.
   std::uint64_t cutOff = 0;
+
+  bool complete = false;  // the server has listed all objects, and each could be read
 };
 
 }  // namespace utility

@@ -86,6 +86,10 @@ unsigned short utility::listOrphans(const nfDate& start, const nfDate& end, orcO
   run->objects = counts.objects;
   run->objectsKnown = counts.known;
   doubtMatches(counts, knowledge.lettersLost, run);
+  if (counts.complete && counts.objects > 0 && counts.known == counts.objects) {
+    nlprintf(msg::kAllKnown, ut::formatNumber(counts.objects).text);
+    nlprintf(msg::kBlankLine);
+  }
   return 0;
 }
 

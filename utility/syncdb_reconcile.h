@@ -25,7 +25,7 @@ struct Knowledge {
                                         dsBPlusTree* tree, Knowledge* knowledge, RunRecord* run);
 
 // Lists the objects of the range that the tree does not hold, and raises the doubts of the
-// comparison. Returns the code of utGetFileList.
+// comparison. Says so if the tree holds all of them. Returns the code of utGetFileList.
 [[nodiscard]] unsigned short listOrphans(const nfDate& start, const nfDate& end, orcObj_t* orc,
                                          dsBPlusTree* tree, const Knowledge& knowledge,
                                          ObjectList* orphans, RunRecord* run);

@@ -100,13 +100,13 @@ int findKeyword(const KeywordRow (&table)[N], const char* text) {
   return -1;
 }
 
-// A number of the digits 1 to 9. The digit 0 is refused anywhere, so 10 and 20 are not numbers
-// here. Kept on purpose, pinned by CommandLine.GivesAResultForEveryLine.
+// A number of the digits 1 to 9 that fits its field. The digit 0 is refused anywhere, so 10 and 20
+// are not numbers here. Kept on purpose, pinned by CommandLine.GivesAResultForEveryLine.
 bool parseNumber(const char* value, std::int32_t* number) {
   if (std::strspn(value, "123456789") != std::strlen(value)) return false;
-  const long long wide = std::strtoll(value, nullptr, 10);
-  constexpr long long kLargest = std::numeric_limits<std::int32_t>::max();
-  *number = static_cast<std::int32_t>(wide < kLargest ? wide : kLargest);
+  const long long wide = std::strtoll(value, nullptr, 10);  // the largest one, if that is too small
+  if (wide > std::numeric_limits<std::int32_t>::max()) return false;
+  *number = static_cast<std::int32_t>(wide);
   return true;
 }
 
@@ -143,22 +143,11 @@ unsigned short storeOption(OptionId id, const char* value, vexoOptionsInfo_t* op
 unsigned short openMessageCatalog() {
   char directory[kOptionSize];
   unsigned short rc = psvexoGetVexoDir(directory, sizeof directory);
-  if (rc == msg::kNoInstallPath.code()) {
-    std::printf("\n QRB2601E There is no Registry entry for VEX for Oracle install path.\n");
-    return rc;
+  if (rc == 0) {
+    rc = nlinit(nls::kDefaultCatalog, agent::kMessageCache, directory, agent::kClientType, 1, 1, 1,
+                nullptr, nls::kDefaultCatalog);
   }
-  if (rc != 0) {
-    std::printf("\n ERROR: Could not find VEX for Oracle install path, rc = %d\n", rc);
-    return rc;
-  }
-  rc = nlinit(nls::kDefaultCatalog, agent::kMessageCache, directory, agent::kClientType, 1, 1, 1,
-              nullptr, nls::kDefaultCatalog);
-  if (rc != 0) {
-    std::printf(
-        "\nError: Couldn't initialize NLS object. Check that the message file, %s, exists in the "
-        "VEX for Oracle directory.  rc = %d\n",
-        nls::kDefaultCatalog, rc);
-  }
+  if (rc != 0) std::printf("%s", utility::startProblem(rc).c_str());
   return rc;
 }
 
@@ -207,6 +196,17 @@ unsigned short validateOptions(char* text, vexoOptionsInfo_t* options, unsigned 
   return storeOption(static_cast<OptionId>(optionTable[found].id), value, options);
 }
 
+namespace {
+
+// Keeps an argument that the parser is about to take apart, for the message if it is refused. An
+// argument of PASSWORD may be a password.
+void keepArgument(unsigned short command, const char* argument, vexoOptionsInfo_t* options) {
+  ut::ignoreResult(ut::copyText(options->refused, command == kPassword ? "(not shown)" : argument),
+                   "a long one is cut: it is only shown");
+}
+
+}  // namespace
+
 unsigned short vexoParseCmdLine(int argc, char** argv, vexoCommandsInfo_t* commands,
                                 vexoOptionsInfo_t* options) {
   unsigned short rc = openMessageCatalog();
@@ -226,6 +226,7 @@ unsigned short vexoParseCmdLine(int argc, char** argv, vexoCommandsInfo_t* comma
   const unsigned short command = commandTable[commandRow].id;
   for (int i = firstOption(argc, argv, command == kPassword, options); i < argc; ++i) {
     unsigned short optionRow = 0;
+    keepArgument(command, argv[i], options);
     rc = validateOptions(argv[i], options, &optionRow);
     if (rc == kParseOk && validOptions[command][optionTable[optionRow].id] == 0) {
       rc = kParseBadOption;
@@ -235,26 +236,62 @@ unsigned short vexoParseCmdLine(int argc, char** argv, vexoCommandsInfo_t* comma
       return rc;
     }
   }
+  *options->refused = '\0';
   return kParseOk;
 }
 
-void vexoPrintError(unsigned short result, const char* text) {
-  struct ErrorRow {
-    unsigned short result;
-    nls::Message<> message;
-    bool withText;
-  };
-  static constexpr ErrorRow kErrors[] = {{kParseBadOption, msg::kBadOption, true},
-                                         {kParseNoCommand, msg::kNoCommand, false},
-                                         {kParseNoValue, msg::kNoOptionValue, false},
-                                         {kParseBadNumber, msg::kBadNumber, false}};
-  ErrorRow found = {result, msg::kUnknownCommand,
-                    true};  // an unknown command, and whatever else there may be
-  for (const ErrorRow& row : kErrors) {
-    if (row.result == result) found = row;
+std::string utility::startProblem(unsigned short result) {
+  char text[512];
+  if (result == msg::kNoInstallPath.code()) {
+    return "\n QRB2601E There is no Registry entry for VEX for Oracle install path.\n";
   }
+  if (result == nls::kCatalogNotOpened) {
+    std::snprintf(
+        text, sizeof text,
+        "\nError: Couldn't initialize NLS object. Check that the message file, %s, exists "
+        "in the VEX for Oracle directory.  rc = %d\n",
+        nls::kDefaultCatalog, result);
+    return text;
+  }
+  if (result <= kParseBadNumber) return {};
+  std::snprintf(text, sizeof text,
+                "\n ERROR: Could not find VEX for Oracle install path, rc = %d\n", result);
+  return text;
+}
+
+namespace {
+
+// Prints the message of a result. True if the command follows it.
+bool printReason(unsigned short result, const char* argument) {
+  switch (result) {
+    case kParseBadOption:
+      nlprintf(msg::kBadOption, argument);
+      return true;
+    case kParseNoCommand:
+      nlprintf(msg::kNoCommand);
+      return false;
+    case kParseNoValue:
+      nlprintf(msg::kNoOptionValue, argument);
+      return false;
+    case kParseBadNumber:
+      nlprintf(msg::kBadNumber, argument);
+      return false;
+    default:
+      break;
+  }
+  if (!utility::startProblem(result).empty()) {
+    nlprintf(msg::kCommandLineNotRead, result);
+    return false;
+  }
+  nlprintf(msg::kUnknownCommand);  // an unknown command, and whatever else there may be
+  return true;
+}
+
+}  // namespace
+
+void vexoPrintError(unsigned short result, const char* text, const char* argument) {
   nlprintf(msg::kBlankLine);
-  nlprintf(found.message);
-  if (found.withText && text != nullptr) nlprintf(msg::kLine, text);
+  const bool withCommand = printReason(result, argument);
+  if (withCommand && text != nullptr) nlprintf(msg::kLine, text);
   nlprintf(msg::kBlankLine);
 }

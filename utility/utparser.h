@@ -7,6 +7,7 @@
 #define UTILITY_UTPARSER_H
 
 #include <cstdint>
+#include <string>
 
 // Which command was given: exactly one flag is 1. The help flag is 1 as well if the command line is
 // invalid. The fields are in the order of the command identifiers.
@@ -24,6 +25,7 @@ struct vexoOptionsInfo_t {
   std::int32_t noCatalog;        // 1: -NOCATalog
   char oldPassword[65];          // of PASSWORD
   char newPassword[65];
+  char refused[256];  // the argument that the parse ended with, as it was given; for its message
 };
 
 // Results of the parse.
@@ -54,7 +56,16 @@ inline constexpr unsigned short kParseBadNumber = 14;
 // Fills the table of the options that each command accepts.
 void initializeParser();
 
-// Prints what a parse result means; `text` is the command as it was given, or null.
-void vexoPrintError(unsigned short result, const char* text);
+namespace utility {
+
+// Why the message catalog could not be opened, as plain text with a line end before and after it;
+// empty for the results of a command line.
+std::string startProblem(unsigned short result);
+
+}  // namespace utility
+
+// Prints what a parse result means; `text` is the command as it was given, or null, and `argument`
+// the option that was refused.
+void vexoPrintError(unsigned short result, const char* text, const char* argument = "");
 
 #endif  // UTILITY_UTPARSER_H

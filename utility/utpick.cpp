@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "api/vltapi.h"
@@ -356,6 +358,12 @@ int DisplayList(CLinkedList<utZylObj_s>* list, unsigned top, int rows, int cols,
   return lines.count;
 }
 
+std::chrono::seconds utility::pauseAtEndOfInput(unsigned ends) {
+  if (ends < 2) return std::chrono::seconds(0);
+  constexpr unsigned kLongest = 60;
+  return std::chrono::seconds(ends < 8 ? 1u << (ends - 2) : kLongest);
+}
+
 // ---- Commands -----------------------------------------------------------------------------------
 
 namespace {
@@ -375,6 +383,7 @@ class PickScreen {
                               count_, &notes_);
       char answer[kAnswerSize];
       const ut::ReadResult result = ReadAnswer(answer, sizeof answer);
+      noteEnd(result == ut::ReadResult::kEnd);
       PickTotal& picked = notes_.picked;
       picked.added = picked.removed = picked.missing = 0;
       notes_.tooLong = result == ut::ReadResult::kCut;
@@ -395,6 +404,17 @@ class PickScreen {
  private:
   static constexpr char kFunction[] = "pkPickHandler()";
   static constexpr int kGoOn = -1;
+
+  // Waits before the next page if the input has ended, and says so once. No handler is installed
+  // here, so that a signal ends the wait together with the program.
+  void noteEnd(bool ended) {
+    ends_ = ended ? std::min(ends_ + 1, 100u) : 0;
+    if (ends_ < 2) return;
+    if (!std::exchange(endSaid_, true)) {
+      std::fprintf(stderr, "%s\n", nlsprintf(msg::kInputEnded).c_str());
+    }
+    std::this_thread::sleep_for(utility::pauseAtEndOfInput(ends_));
+  }
 
   // Carries out one answer. Returns the result of the list, or kGoOn.
   int act(const char* answer) {
@@ -472,7 +492,9 @@ class PickScreen {
   int pageSize_ = 0;
   long long top_ = 1;
   int hoffset_ = 0;
-  PageNotes notes_;  // nothing is picked at first: pkInitEntries has cleared all marks
+  unsigned ends_ = 0;     // how many answers in a row were the end of the input
+  bool endSaid_ = false;  // and that it was said
+  PageNotes notes_;       // nothing is picked at first: pkInitEntries has cleared all marks
 };
 
 }  // namespace

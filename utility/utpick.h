@@ -7,6 +7,7 @@
 #ifndef UTILITY_UTPICK_H
 #define UTILITY_UTPICK_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 
@@ -28,6 +29,11 @@ struct PageNotes {
   const RunRecord* run = nullptr;  // null: nothing is known about the list
   bool tooLong = false;            // the last answer was ignored
 };
+
+// How long to wait before the next page when the input has ended `ends` times in a row: not at all
+// after the first time, then a second, growing to a minute. A terminal may go on after its end of
+// input, so the list goes on as well, but not at full speed.
+std::chrono::seconds pauseAtEndOfInput(unsigned ends);
 
 }  // namespace utility
 

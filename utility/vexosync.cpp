@@ -4,12 +4,13 @@
 // catalog, trace, client library, command. An error in the command line waits until options and
 // catalog are there, so that it can be reported in the user's language. Every exit goes through
 // closeSess and then deletes the trace object, so that closeSess is still traced. The result is the
-// first failure's code, of which the shell sees the low eight bits.
+// first failure's code, of which the shell sees the low eight bits, or 255 if they are 0.
 #include <sys/stat.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <string>
 
 #include "agent/errormsg.h"
 #include "agent/orcctx.h"
@@ -74,14 +75,25 @@ struct Run {
   orcObj_t orc = {};
   vexoCommandsInfo_t commands = {};
   vexoOptionsInfo_t options = {};
+  bool outputWasClosed = false;
   unsigned short parsed = 0;
   char* command = nullptr;  // as it was given
+  int commandRc = 0;        // of vexoProcessCommand
 
   ~Run() {
     ut::wipe(options.oldPassword, sizeof options.oldPassword);
     ut::wipe(options.newPassword, sizeof options.newPassword);
   }
 };
+
+// The parser prints why the message catalog could not be opened, and the screen was cleared since.
+void repeatStartProblem(unsigned short parsed) {
+  std::string problem = utility::startProblem(parsed);
+  if (problem.empty()) return;
+  problem.erase(problem.find_last_not_of('\n') + 1);
+  problem.erase(0, problem.find_first_not_of(" \n"));
+  psNonNlsErrorMsg(problem.c_str());
+}
 
 // Makes the trace object. False after a plain-text error.
 bool createTrace() {
@@ -109,20 +121,21 @@ int prepare(Run* run) {
   vexoInitTrace(&run->orc);
   if (run->parsed != 0) {
     utSyncHelp();
-    vexoPrintError(run->parsed, run->command);
+    vexoPrintError(run->parsed, run->command, run->options.refused);
   }
   return run->parsed;
 }
 
 // Loads the storage client library and sets it up.
 int setUpApi(orcObj_t* orc) {
-  gVltApiObjP = new (std::nothrow) DVltApiDL;  // for the rest of the process, never deleted
-  if (gVltApiObjP == nullptr) {
+  auto* const library = new (std::nothrow) DVltApiDL;
+  gVltApiObjP = library;  // for the rest of the process, never deleted
+  if (library == nullptr) {
     nlprintf(msg::kNoMemory);
     return msg::kNoMemory.code();
   }
-  if (const int rc = gVltApiObjP->Setup(); rc != 0) {
-    nlprintf(msg::kLibraryNotLoaded);
+  if (const int rc = library->Setup(); rc != 0) {
+    agent::showAndLog(nlsprintf(msg::kLibraryNotLoaded, library->whyNotLoaded()));
     return rc;
   }
   const unsigned short rc = psDoVltSetUp(orc);
@@ -135,16 +148,18 @@ int setUpApi(orcObj_t* orc) {
 }
 
 // Output that did not reach its file is a failure: a listing on a full disk is not complete.
-int checkOutput(int rc) {
-  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return rc;
+int checkOutput(const Run& run, int rc) {
+  const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+  if (written && !run.outputWasClosed) return rc;
   psNonNlsErrorMsg(nlsprintf(msg::kOutputNotWritten).c_str());
+  TRACE(TR_ORCLEVEL0, " %s: the output was not written\n", kMain);
   return rc != 0 ? rc : utility::kFailed;
 }
 
 int dispatch(Run* run) {
   const vexoCommandsInfo_t& commands = run->commands;
   if (commands.syncdb != 0 || commands.deleteObj != 0 || commands.query != 0) {
-    return vexoProcessCommand(&run->orc, run->options, commands);
+    return run->commandRc = vexoProcessCommand(&run->orc, run->options, commands);
   }
   // PASSWORD and the SHOW commands are accepted and end with the help and with success. Kept on
   // purpose, pinned by Run.AnswersCommandsThatItDoesNotRunWithTheHelpAndSuccess.
@@ -157,15 +172,31 @@ int dispatch(Run* run) {
   return 0;
 }
 
+void traceExit(const Run& run, int rc) {
+  if (rc == 0) {
+    TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kMain);
+  } else if (run.commandRc != 0) {
+    TRACE(TR_ORCLEVEL0, " %s: Exit - vexoProcessCommand() failed. rc = %d\n\n", kMain, rc);
+  } else {
+    TRACE(TR_ORCLEVEL0, " %s: Exit - rc = %d\n\n", kMain, rc);
+  }
+}
+
+// The shell sees the low eight bits of a status, and must not take a failure for a success.
+int exitStatus(int rc) { return rc != 0 && (rc & 0xff) == 0 ? utility::kFailed : rc; }
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  const ut::StandardFiles standard = ut::openStandardFiles();
+  if (!standard.ready) return utility::kFailed;  // there may be nothing to say it with
   ::umask(077);  // every file of this run is this user's alone, sqlplus's spool files included
   ut::forbidCoreFiles();
   ut::ownStandardInput();
   psMutexInit(&orcMutex);
   psMutexInit(&initMutex);
   Run run;
+  run.outputWasClosed = standard.outputWasClosed;
   char environment[sizeof run.options.optFile + sizeof "VEXO_OPTFILE="];  // putenv keeps it
 
   if (newNlsGlobalObject() != 0) {
@@ -178,6 +209,7 @@ int main(int argc, char** argv) {
   run.parsed = vexoParseCmdLine(argc, argv, &run.commands, &run.options);
   run.command = argc > 1 ? argv[1] : nullptr;
   psClearScrn();
+  repeatStartProblem(run.parsed);
   if (run.commands.help == 0 && run.parsed == 0) printBanner();
 
   if (*run.options.optFile != '\0') {
@@ -204,12 +236,9 @@ int main(int argc, char** argv) {
     nlprintf(msg::kNoMemory);
     rc = msg::kNoMemory.code();
   }
-  rc = checkOutput(rc);
+  rc = checkOutput(run, rc);
   closeSess(&run.orc);
-  if (ready && rc == 0) TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kMain);
-  if (ready && rc != 0) {
-    TRACE(TR_ORCLEVEL0, " %s: Exit - vexoProcessCommand() failed. rc = %d\n\n", kMain, rc);
-  }
+  if (ready) traceExit(run, rc);
   deleteTrace();
-  return rc;
+  return exitStatus(rc);
 }

@@ -176,6 +176,7 @@ bool builtIn(int number, std::span<const nls::Insert> inserts, std::string* out)
 struct Shown {
   std::string text;
   bool ownLine;  // it begins with an identifier, so it is a line of its own
+  bool whole;    // it is what the catalog has
 };
 
 Shown compose(int number, std::span<const nls::Insert> inserts) {
@@ -184,17 +185,17 @@ Shown compose(int number, std::span<const nls::Insert> inserts) {
   const Entry& entry = noCatalog ? missing : catalog->fetch(number);
   std::string plain;
   if (entry.state == Entry::State::kMissing && builtIn(number, inserts, &plain)) {
-    return {plain, false};
+    return {plain, false, true};
   }
   if (entry.state == Entry::State::kMissing) {
-    return {substitute(number, "not found in the message catalog", inserts), true};
+    return {substitute(number, "not found in the message catalog", inserts), true, false};
   }
   std::string result = entry.identifier;
   if (!result.empty()) result += ' ';
   if (entry.state == Entry::State::kGood && nls::render(entry.text, inserts, result)) {
-    return {result, !entry.identifier.empty()};
+    return {result, !entry.identifier.empty(), true};
   }
-  return {substitute(number, "corrupted in the message catalog", inserts), true};
+  return {substitute(number, "corrupted in the message catalog", inserts), true, false};
 }
 
 bool openIn(const char* directory, const char* name, int cacheSize, nlsReturnInfo* info) {
@@ -206,6 +207,13 @@ bool openIn(const char* directory, const char* name, int cacheSize, nlsReturnInf
     ut::ignoreResult(ut::copyText(info->catalogPath, path), "only shown");
   }
   return true;
+}
+
+// The letters as a list: "Y, N".
+std::string listOf(std::string_view letters) {
+  std::string list;
+  for (const char letter : letters) list.append(list.empty() ? "" : ", ") += letter;
+  return list;
 }
 
 // On a terminal, lines break between words. Files and pipes get the text unchanged.
@@ -283,6 +291,14 @@ std::string format(int number, std::span<const Insert> inserts) {
   }
 }
 
+bool isWhole(int number, std::span<const Insert> inserts) {
+  try {
+    return compose(number, inserts).whole;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
 void print(int number, std::span<const Insert> inserts) {
   ut::eraseProgress();
   try {
@@ -310,6 +326,7 @@ std::string plainText(Message<> message) {
 int ask(Message<> question, Message<'s'> mismatch) {
   try {
     const std::string letters = catalog == nullptr ? kYesNo : catalog->responses(question.number());
+    const bool whole = isWhole(question.number(), {});
     for (;;) {
       nlprintf(question);
       std::fflush(stdout);
@@ -319,8 +336,10 @@ int ask(Message<> question, Message<'s'> mismatch) {
       char letter[2] = {*first, '\0'};
       ut::upperCase(letter);
       const std::size_t place = letter[0] == '\0' ? letters.npos : letters.find(letter[0]);
+      // No yes to a question that cannot be read.
+      if (place == 0 && !whole) return -1;
       if (place != letters.npos) return static_cast<int>(place);
-      nlprintf(mismatch, letters);
+      nlprintf(mismatch, listOf(letters));
     }
   } catch (const std::bad_alloc&) {
     return -1;

@@ -69,6 +69,10 @@ inline constexpr unsigned short kCatalogNotOpened = 610;
 // The message as it is shown, without a line end of its own. Empty only without memory.
 std::string format(int number, std::span<const Insert> inserts);
 
+// Whether the message can be shown as the catalog has it: it is there, undamaged, and takes these
+// inserts.
+bool isWhole(int number, std::span<const Insert> inserts);
+
 // Prints the message to standard output, and a line end if the message has an identifier.
 void print(int number, std::span<const Insert> inserts);
 
@@ -77,8 +81,8 @@ std::string plainText(Message<> message);
 
 // Asks `question` until standard input answers with one of the question's letters, and returns that
 // letter's index in the catalog's list. Only the first character after blanks counts, and its case
-// does not. Any other answer is met with `mismatch`, whose insert is the letters. Returns -1 at the
-// end of input.
+// does not. Any other answer is met with `mismatch`, whose insert lists the letters. Returns -1 at
+// the end of input, and instead of 0 if the catalog cannot show the question whole: that is no yes.
 int ask(Message<> question, Message<'s'> mismatch);
 
 }  // namespace nls
@@ -97,6 +101,14 @@ std::string nlsprintf(nls::Message<Kinds...> message, const Values&... values) {
   message.template checkInserts<Values...>();
   const std::array<nls::Insert, sizeof...(Values)> inserts = {nls::Insert(values)...};
   return nls::format(message.number(), inserts);
+}
+
+// Whether the message can be shown with these inserts as the catalog has it.
+template <char... Kinds, typename... Values>
+bool nlIsWhole(nls::Message<Kinds...> message, const Values&... values) {
+  message.template checkInserts<Values...>();
+  const std::array<nls::Insert, sizeof...(Values)> inserts = {nls::Insert(values)...};
+  return nls::isWhole(message.number(), inserts);
 }
 
 #endif  // COMMON_NLS_NLS_H

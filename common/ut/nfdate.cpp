@@ -57,16 +57,21 @@ bool isCalendarDay(unsigned year, unsigned month, unsigned day) {
              .ok();
 }
 
-// "+N": today plus N days. Reading stops at a count that leaves the calendar from any day, before
-// the sum can overflow.
+const char* afterBlanks(const char* text) { return text + std::strspn(text, " \t"); }
+
+// "+N": today plus N days; N may have a sign. Reading stops at a count that leaves the calendar
+// from any day, before the sum can overflow.
 unsigned short parseDaysAhead(const char* text, nfDate* date) {
-  while (*text == ' ' || *text == '\t') ++text;
+  text = afterBlanks(text);
+  const bool back = *text == '-';
+  if (back || *text == '+') ++text;
   constexpr long kMostDays = 366L * static_cast<long>(kLastYear);
-  long ahead = 0;
-  for (; ut::isDigit(*text) && ahead <= kMostDays; ++text) ahead = ahead * 10 + (*text - '0');
-  if (ahead > kMostDays) return ut::kInvalidDate;
-  const nfDate result = ut::addDays(ut::localNow(), ahead);
-  if (ut::yearOf(result) > kLastYear) return ut::kInvalidDate;
+  long days = 0;
+  for (; ut::isDigit(*text) && days <= kMostDays; ++text) days = days * 10 + (*text - '0');
+  if (days > kMostDays) return ut::kInvalidDate;
+  const nfDate result = ut::addDays(ut::localNow(), back ? -days : days);
+  // A year before 1 is no valid one either: below 0 it wraps around, far past the last.
+  if (ut::yearOf(result) < 1 || ut::yearOf(result) > kLastYear) return ut::kInvalidDate;
   *date = result;
   return 0;
 }
@@ -106,7 +111,7 @@ unsigned short dateParse(const char* text, nfDate* date, [[maybe_unused]] int fl
     if (!readField(text, *format == 'Y' ? 4 : 2, field, &digits)) return ut::kInvalidDate;
     if (*format == 'Y' && digits != 4) return ut::kInvalidDate;
   }
-  if (*text != '\0' || !isCalendarDay(year, month, day)) return ut::kInvalidDate;
+  if (*afterBlanks(text) != '\0' || !isCalendarDay(year, month, day)) return ut::kInvalidDate;
   *date = ut::makeDate(year, month, day);
   return 0;
 }

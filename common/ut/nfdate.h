@@ -26,10 +26,10 @@ struct nfDate {
 [[nodiscard]] int dateCmp(const nfDate& a, const nfDate& b);
 
 // Reads a date answer into `date`, with the time 0:00:00. "+N" is today's local date plus N days;
-// no number means 0 days. Anything else must follow the run's date format to the letter: every
-// field a number no wider than in the format, a year of four digits, a day that exists in its month
-// and nothing left over. `flags` is reserved and 0. Returns 0, or ut::kInvalidDate with `date`
-// unchanged.
+// "+-N" is N days ago, and no number means 0 days. Anything else must follow the run's date format
+// to the letter: every field a number no wider than in the format, a year of four digits, a day
+// that exists in its month and nothing but blanks left over. `flags` is reserved and 0. Returns 0,
+// or ut::kInvalidDate with `date` unchanged.
 //
 // What follows N is ignored: "+3x" is "+3". Kept on purpose, pinned by
 // Dates.CountDaysAheadUpToTheEndOfTheCalendar.

@@ -112,6 +112,18 @@ ut::FilePtr ut::openOwnFile(const char* path, struct stat* entry) {
   return FilePtr(file);
 }
 
+ut::StandardFiles ut::openStandardFiles() {
+  StandardFiles result;
+  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+    if (::fcntl(descriptor, F_GETFD) >= 0) continue;
+    // The lowest free number is this one: those below it are open by now.
+    if (::open("/dev/null", O_RDWR) != descriptor) return result;
+    if (descriptor == STDOUT_FILENO) result.outputWasClosed = true;
+  }
+  result.ready = true;
+  return result;
+}
+
 bool ut::hasRoomBeside(const std::string& path) {
   static constexpr char kBlock[8192] = {};
   try {

@@ -48,6 +48,17 @@ FilePtr openPrivateFile(const char* path);
 // receives the file's status.
 FilePtr openOwnFile(const char* path, struct stat* entry);
 
+// The three standard descriptors, as the program found them.
+struct StandardFiles {
+  bool ready = false;            // all three are open now
+  bool outputWasClosed = false;  // what is printed is lost
+};
+
+// Opens /dev/null on each standard descriptor that is closed. Called before anything else is
+// opened: the next file would take the free number, and its contents would pass for answers, or
+// the program's output would be written into it.
+[[nodiscard]] StandardFiles openStandardFiles();
+
 // Whether one more block can be written beside `path` at this moment: neither disk nor quota is
 // full. Tries it with a private file, which is removed again.
 [[nodiscard]] bool hasRoomBeside(const std::string& path);

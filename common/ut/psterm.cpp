@@ -17,6 +17,15 @@ namespace {
 
 constexpr char kSubstitute = '\x1a';
 
+// Whether `c`, the last byte read, ends the line, or begins the end of one, "\r\n", that is then
+// read.
+bool endsLine(std::FILE* input, int c) {
+  if (c != '\r') return c == '\n';
+  if (ut::peekByte(input) != '\n') return false;
+  ut::ignoreResult(ut::nextByte(input), "it is the line feed");
+  return true;
+}
+
 }  // namespace
 
 void psGetScreenSize(int* rows, int* cols) {
@@ -39,6 +48,7 @@ void psGetScreenSize(int* rows, int* cols) {
 void psClearScrn() {
   ut::eraseProgress();
   ut::ignoreResult(std::fflush(stdout), "a failed write is seen when the program ends");
+  if (::isatty(STDOUT_FILENO) == 0) return;
   ut::ShellResult result;
   try {
     result = ut::runShell({"tput clear"});
@@ -59,7 +69,7 @@ ut::ReadResult ut::readLine(std::FILE* input, char* buffer, std::size_t size) {
     buffer[0] = '\0';
     return ReadResult::kEnd;
   }
-  for (; c != EOF && c != '\n'; c = nextByte(input)) {
+  for (; c != EOF && !endsLine(input, c); c = nextByte(input)) {
     if (length + 1 < size) {
       buffer[length++] = c == '\0' ? kSubstitute : static_cast<char>(c);
     } else {

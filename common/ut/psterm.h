@@ -11,7 +11,8 @@
 void psGetScreenSize(int* rows, int* cols);
 
 // Clears the terminal with the external command "tput clear". Standard output is flushed first:
-// what is in its buffer would otherwise appear on the cleared screen.
+// what is in its buffer would otherwise appear on the cleared screen. A file or a pipe is flushed
+// only: it is not to begin with control codes.
 void psClearScrn();
 
 namespace ut {
@@ -22,9 +23,9 @@ enum class ReadResult {
   kEnd    // end of input, or a read error, before any character
 };
 
-// Reads one line into `buffer` without its line end and terminates it. At most size - 1 bytes are
-// kept, and the rest of a longer line is dropped, so that it cannot pass for the next answer. A NUL
-// byte becomes ASCII's SUB, so that it cannot hide what follows it.
+// Reads one line into `buffer` without its line end, "\n" or "\r\n", and terminates it. At most
+// size - 1 bytes are kept, and the rest of a longer line is dropped, so that it cannot pass for the
+// next answer. A NUL byte becomes ASCII's SUB, so that it cannot hide what follows it.
 ReadResult readLine(std::FILE* input, char* buffer, std::size_t size);
 
 }  // namespace ut

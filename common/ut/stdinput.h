@@ -17,6 +17,9 @@ void ownStandardInput();
 // The next byte of a stream, or EOF, as getc. Every reader of standard input uses this.
 int nextByte(std::FILE* input);
 
+// The byte that nextByte returns next, or EOF. Waits for it.
+int peekByte(std::FILE* input);
+
 // Wipes what was read and not handed out. It is lost: for the end of the run.
 void wipeStandardInput();
 

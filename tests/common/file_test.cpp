@@ -75,7 +75,8 @@ TEST(TempName, IsNewAndInTheChosenDirectory) {
 
 TEST(InputLine, IsCutAndItsRestDoesNotBecomeTheNextAnswer) {
   TempDir dir;
-  const std::string text("one\n\ntoo long\nfour\nb\0c\nlast", 27);
+  const std::string text(
+      "one\n\ntoo long\nfour\nb\0c\ntwo\r\n\r\nfour\r\nlonger\r\na\rb\n\r\r\nlast\r", 60);
   const ut::FilePtr input(std::fopen(dir.write("input", text).c_str(), "r"));
   using enum ut::ReadResult;
   for (const auto& [wanted, result] : {std::pair("one", kLine),
@@ -85,7 +86,13 @@ TEST(InputLine, IsCutAndItsRestDoesNotBecomeTheNextAnswer) {
                                        {"b\x1a"
                                         "c",
                                         kLine},
-                                       {"last", kLine},
+                                       {"two", kLine},
+                                       {"", kLine},
+                                       {"four", kLine},  // the line end takes up no space
+                                       {"long", kCut},
+                                       {"a\rb", kLine},
+                                       {"\r", kLine},
+                                       {"last", kCut},  // at the end of input it is a character
                                        {"", kEnd},
                                        {"", kEnd}}) {
     char line[5] = "????";

@@ -32,17 +32,18 @@ TEST_F(Dates, FollowTheirFormatToTheLetter) {
   }
   nfDate date;
   ut::setRunFormats({3, 1, 1});
-  for (const char* good : {"2026-1-2", "2026-12-31", "9999-12-31", "0001-01-01", "2000-02-29"}) {
+  for (const char* good : {"2026-1-2", "2026-12-31", "9999-12-31", "0001-01-01", "2000-02-29",
+                           "2026-01-01 ", "2026-01-01 \t "}) {
     EXPECT_TRUE(parses(good, &date)) << good;
   }
-  for (const char* bad : {"1900-02-29",  "2026-02-29",    "2026-04-31",
-                          "2026-00-10",  "2026-13-10",    "2026-10-00",
-                          "2026-10-32",  "0000-01-01",    "26-01-01",
-                          "02026-01-01", "2026-001-01",   "2026-01-011",
-                          "2026-01-01 ", " 2026-01-01",   "2026-01-",
-                          "2026-01",     "2026-01--1",    "2026- 1- 1",
-                          "-2026-01-01", "2026/01/01",    "",
-                          "%Y-%m-%d",    "2026-01-01-01", "4294969322-1-1"}) {
+  for (const char* bad : {"1900-02-29",   "2026-02-29",    "2026-04-31",
+                          "2026-00-10",   "2026-13-10",    "2026-10-00",
+                          "2026-10-32",   "0000-01-01",    "26-01-01",
+                          "02026-01-01",  "2026-001-01",   "2026-01-011",
+                          "2026-01-01 x", " 2026-01-01",   "2026-01-",
+                          "2026-01",      "2026-01--1",    "2026- 1- 1",
+                          "-2026-01-01",  "2026/01/01",    "",
+                          "%Y-%m-%d",     "2026-01-01-01", "4294969322-1-1"}) {
     EXPECT_FALSE(parses(bad, &date)) << "'" << bad << "'";
   }
 }
@@ -54,15 +55,29 @@ TEST_F(Dates, CountDaysAheadUpToTheEndOfTheCalendar) {
     EXPECT_TRUE(parses(answer, &date)) << answer;
     return sys_days(year(static_cast<int>(ut::yearOf(date))) / date.month / date.day);
   };
-  for (const int days : {0, 1, 31, 366, 36525, 2000000}) {
+  for (const int days : {0, 1, 31, 366, 36525, 2000000, -1, -31, -366, -730000}) {
     EXPECT_EQ(days, (ahead("+" + std::to_string(days)) - ahead("+0")).count());
   }
-  EXPECT_TRUE(ahead("+") == ahead("+0"));
-  EXPECT_TRUE(ahead("+x") == ahead("+0"));
+  for (const auto& [answer, same] : {std::pair("+", "+0"),
+                                     {"+x", "+0"},
+                                     {"++3", "+3"},
+                                     {"+ \t-3 days", "+-3"},
+                                     {"+-", "+0"},
+                                     {"+- 3", "+0"},
+                                     {"+-+3", "+0"}}) {
+    EXPECT_TRUE(ahead(answer) == ahead(same)) << answer;
+  }
+  using std::chrono::sys_days, std::chrono::year;
   nfDate date;
-  const long left = (std::chrono::sys_days(std::chrono::year(9999) / 12 / 31) - ahead("+")).count();
-  EXPECT_TRUE(parses("+" + std::to_string(left), &date));
-  for (const std::string& out : {std::to_string(left + 1), std::string(40, '9')}) {
+  const long left = (sys_days(year(9999) / 12 / 31) - ahead("+")).count();
+  const long gone = (ahead("+") - sys_days(year(1) / 1 / 1)).count();
+  for (const std::string& in : {std::to_string(left), std::to_string(-gone)}) {
+    EXPECT_TRUE(parses("+" + in, &date)) << in;
+  }
+  for (const std::string& out :
+       {std::to_string(left + 1), std::to_string(-gone - 1), std::to_string(-gone - 366),
+        std::to_string(-gone - 367), "-" + std::to_string(left), std::string(40, '9'),
+        "-" + std::string(40, '9')}) {
     EXPECT_FALSE(parses("+" + out, &date)) << out;
   }
 }

@@ -159,7 +159,8 @@ TEST_F(Messages, AskUntilOneOfTheCatalogsLettersIsGiven) {
           "$set 1\n1 \"QRB0001Z? \"\n2 \"QRB0002Z? \"\n3 \"QRB0003EOf %s\"\n"
           "$set 2\n1 \"oN\"\n");
   ASSERT_EQ(0, open("vexo.cat"));
-  const std::string again = "QRB0003E Of ON\n? ", yesNo = "QRB0003E Of YN\n? ";
+  const std::string again = "QRB0003E Of O, N\n? ", yesNo = "QRB0003E Of Y, N\n? ";
+  const std::string lost = "QRB0004E Message not found in the message catalog\n";
   for (const auto& [question, input, place, shown] :
        {std::tuple(1, std::string("o\n"), 0, std::string("? ")),
         {1, "  Non\n", 1, "? "},
@@ -167,6 +168,8 @@ TEST_F(Messages, AskUntilOneOfTheCatalogsLettersIsGiven) {
         {1, "", -1, "? "},
         {1, "y\n", -1, "? " + again},
         {2, "o\ny\n", 0, "? " + yesNo},
+        {4, "y\n", -1, lost},  // no yes to a question that cannot be shown
+        {4, "n\n", 1, lost},
         {1, std::string(70, 'y') + "o\n", -1, "? " + again}}) {
     const support::FedInput fed(input);
     Captured out;

@@ -1,6 +1,9 @@
 // run_test.cpp: starting and ending the program: help, invalid command lines, missing parts, and
 // what the trace holds.
+#include <signal.h>
 #include <sys/stat.h>
+
+#include <algorithm>
 
 #include "tests/flows/site.h"
 
@@ -41,9 +44,12 @@ TEST_F(Run, SaysWhatIsWrongWithACommandLineAfterTheHelp) {
     const char* message;
   } rows[] = {{{}, 12, "QRB0100E"},
               {{"synx"}, 1, "QRB0102E"},
-              {{"delete", "-out=x"}, 4, "QRB0103E"},
-              {{"syncdb", "-numcat"}, 13, "QRB0105E"},
-              {{"syncdb", "-numcat=10"}, 14, "QRB2622E"}};
+              {{"delete", "-out=x\x1b"}, 4, "QRB0103E The option -out=x? is"},
+              {{"syncdb", "-numcat"}, 13, "QRB0105E The option -numcat has"},
+              {{"syncdb", "-nocat", "-numorcinst=10"},
+               14,
+               "QRB2622E The number in the option -numorcinst=10 "},
+              {{"password", "secret"}, 4, "QRB0103E The option (not shown) is"}};
   for (const auto& row : rows) {
     run(row.arguments);
     ends(row.code);
@@ -65,13 +71,20 @@ TEST_F(Run, ReportsTheOptionsFileInsteadOfABadOption) {
 
 TEST_F(Run, EndsIfTheClientLibraryIsMissingOrDoesNotFit) {
   settings_.environment["LD_LIBRARY_PATH"] = dir_.path();
-  run({"query"});
-  ends(104);
-  EXPECT_TRUE(showed("QRB0156E"));
-  settings_.environment["LD_LIBRARY_PATH"] = INCOMPLETE_LIBRARY;
-  run({"query"});
-  ends(104);
-  EXPECT_TRUE(showed("QRB0156E"));
+  const std::string incomplete = INCOMPLETE_LIBRARY;
+  for (const auto& [directory, reason] :
+       {std::pair(dir_.path(), std::string("incomplete: libApiDS64.so: cannot open")),
+        {incomplete,
+         "incomplete: " + incomplete + "/libApiDS64.so: undefined symbol: vltUpdateObj"}}) {
+    settings_.environment["LD_LIBRARY_PATH"] = directory;
+    run({"query"});
+    ends(104);
+    std::string seen = terminal_->transcript();
+    std::erase(seen, '\r');
+    std::replace(seen.begin(), seen.end(), '\n', ' ');
+    EXPECT_NE(std::string::npos, seen.find(reason)) << seen;
+    EXPECT_NE(std::string::npos, errorLog().find(reason)) << errorLog();
+  }
   settings_.environment["LD_LIBRARY_PATH"] = WHOLE_LIBRARY;  // reports version 0
   run({"query"});
   ends(2507);
@@ -80,12 +93,85 @@ TEST_F(Run, EndsIfTheClientLibraryIsMissingOrDoesNotFit) {
   EXPECT_NE(std::string::npos, errorLog().find("QRB2573E"));
 }
 
-TEST_F(Run, ReportsAListingThatCouldNotBeWritten) {
-  terminal_ = std::make_unique<sandbox::Terminal>(
-      std::vector<std::string>{"/bin/sh", "-c", "vexosync query </dev/null >/dev/full"}, settings_);
-  ends(65535);
-  EXPECT_TRUE(showed("QRB2654E"));
-  EXPECT_FALSE(showed("QRB2599I"));
+TEST_F(Run, ReportsItsOwnFailureInItsOwnWords) {
+  dir_.write("vlt.opt", dir_.read("vlt.opt") + "PASSWORDACCESS prompt\n");
+  option("VEXO_TEST_FLAGS LEGACYPWD");
+  option("VEXO_PSWDPATH " + dir_.path("none"));
+  run({"query"});
+  ends(168);
+  EXPECT_TRUE(showed("QRB0168E The password file"));
+  EXPECT_FALSE(showed("ZYL"));
+}
+
+// The answers are two empty dates. What standard output and error hold is in the files seen and
+// errors; the trace must not have taken the place of a descriptor.
+TEST_F(Run, StartsAndEndsInOrderWhateverItsDescriptorsAre) {
+  option("VEXO_TRACE_FILE " + dir_.path("run.trc"));
+  option("VEXO_TRACE_FLAGS SERVICE");
+  settings_.unset.push_back("TERM");
+  settings_.environment.erase("TERM");
+  object("/a");
+  dir_.write("answers", "\n+0\n");
+  dir_.write("dos", "+-3 \r\n+0\r\n2\r\nq\r\n");
+  const std::string lost = "QRB2654E", failed = "vexoProcessCommand() failed";
+  const struct {
+    const char* command;
+    int code;
+    std::string seen, errors, traced;  // "" of errors: there are none
+    std::string notTraced;
+  } rows[] = {
+      {"query <answers >seen 2>errors", 0, "oracle/a\n", "", "main(): Exit - OK", failed},
+      {"query <&- >seen 2>errors", 0, "oracle/a\n", "", "main(): Exit - OK", failed},
+      {"query <answers >&- 2>errors", 65535, "", lost, "not written", "Backup object\n"},
+      {"query <answers >seen 2>&-", 0, "oracle/a\n", "", "main(): Exit - OK", failed},
+      {"query <&- >&- 2>&-", 65535, "", "", "main(): Exit - rc = 65535", "Backup object\n"},
+      {"query <answers >/dev/full 2>errors", 65535, "", lost, "not written", failed},
+      {"help >/dev/full 2>errors", 65535, "", lost, "not written", failed},
+      {"help >seen 2>errors", 0, "Usage: vexosync", "", "main(): Exit - OK", failed},
+      {"delete <dos >seen 2>errors", 300, "no such entry", "", failed, "dateParse() failed"},
+      // A page at once, another after a second, the next one would come two seconds later.
+      {"delete <answers >seen 2>errors & p=$!; sleep 2; kill $p; wait $p; exit $?", 128 + SIGTERM,
+       "oracle/a\n", "QRB2691W", "ENTER", failed},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.command);
+    for (const char* name : {"seen", "errors", "run.trc"}) std::filesystem::remove(dir_.path(name));
+    terminal_ = std::make_unique<sandbox::Terminal>(
+        std::vector<std::string>{"/bin/sh", "-c", std::string("vexosync ") + row.command},
+        settings_);
+    ends(row.code);
+    const std::string seen = dir_.read("seen"), errors = dir_.read("errors");
+    EXPECT_NE(std::string::npos, seen.find(row.seen)) << seen;
+    EXPECT_EQ(std::string::npos, seen.find_first_of("\x1b\r")) << "no codes of a terminal";
+    EXPECT_EQ(row.errors, errors.substr(0, 8));
+    EXPECT_EQ(row.errors.empty() ? 0 : 1, std::ranges::count(errors, '\n')) << errors;
+    const std::string trace = dir_.read("run.trc");
+    EXPECT_NE(std::string::npos, trace.find(row.traced)) << trace;
+    EXPECT_EQ(std::string::npos, trace.find(row.notTraced)) << trace;
+  }
+  std::string pages = dir_.read("seen");
+  int drawn = 0;
+  for (std::size_t at = 0; (at = pages.find("Command ==>", at)) != pages.npos; ++at) ++drawn;
+  EXPECT_EQ(3, drawn) << pages;
+}
+
+TEST_F(Run, NeverEndsAFailureWithSuccess) {
+  zylstore("fault InitEx 256");
+  run({"query"});
+  ends(255);
+  zylstore("fault InitEx 512");
+  run({"query"});
+  ends(255);
+}
+
+TEST_F(Run, ShowsAHelpThatFitsTheSmallestScreen) {
+  for (const char* language : {"EN", "DE"}) {
+    option(std::string("VEXO_LANGUAGE ") + language);
+    run({"help"});
+    ends(0);
+    EXPECT_LE(std::ranges::count(terminal_->transcript(), '\n'), 23) << language;
+    EXPECT_TRUE(showed("-NUMORCINSTances=n"));
+  }
 }
 
 TEST_F(Run, WritesTheTraceLinesThatSupportLooksFor) {

@@ -51,7 +51,7 @@ TEST_F(Sync, TakesTheGermanLetterForYesInGerman) {
   answer("x      1| ", "o");
   ASSERT_TRUE(terminal_->expect("QRB2580W Die gewählten Sicherungsobjekte"));
   answer("fortfahren?", "y");
-  answer("QRB0372E Das ist keine der Antworten JN", "j");
+  answer("QRB0372E Das ist keine der Antworten J, N", "j");
   answer("       1| ", "q");
   ends(kLeft);
   EXPECT_EQ("/b", stored());
@@ -82,8 +82,8 @@ TEST_F(Sync, TakesEveryObjectForAnOrphanWhenTheCatalogIsEmpty) {
   dates();
   logon("prod");
   ASSERT_TRUE(terminal_->expect("QRB2645W Catalog 1 knows no backup piece"));
+  answer("Command ==>", "+");  // the message is logged by now
   EXPECT_NE(std::string::npos, errorLog().find("QRB2645W"));
-  answer("Command ==>", "+");
   answer("x      2| ", "o");
   ASSERT_TRUE(terminal_->expect("QRB2580W"));
   ASSERT_TRUE(terminal_->expect("QRB2645W")) << "the doubt comes again";
@@ -91,6 +91,13 @@ TEST_F(Sync, TakesEveryObjectForAnOrphanWhenTheCatalogIsEmpty) {
   answer("       2| ", "q");  // no pick is kept
   ends(kLeft);
   EXPECT_EQ("/a /b", stored());
+  catalog("db", {}, "target");
+  run({"syncdb", "-nocat"});
+  dates();
+  logon("db");
+  ASSERT_TRUE(terminal_->expect("QRB2645W Database 1 knows no backup piece"));
+  answer("Command ==>", "q");
+  ends(kLeft);
 }
 
 TEST_F(Sync, WarnsAboutTheDefaultEndDate) {
@@ -181,6 +188,7 @@ TEST_F(Sync, AsksAgainForAnAnswerWithAControlCharacter) {
   ends(65535);  // no orphan: the catalog was asked
   EXPECT_TRUE(showed("QRB2648E"));
   EXPECT_TRUE(showed("QRB2599I"));
+  EXPECT_TRUE(showed("QRB2695I Oracle knows all objects of these dates (1)"));
   dir_.write("answers", "\n+0\nrman\nrman\n\tprod\n\tprod\n\tprod\nprod\nq\n");
   terminal_ = std::make_unique<sandbox::Terminal>(
       std::vector<std::string>{"/bin/sh", "-c", "vexosync syncdb <answers"}, settings_);

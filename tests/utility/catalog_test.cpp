@@ -107,7 +107,7 @@ TEST_F(CatalogQuery, NeverRunsAScriptThatWouldBeCut) {
   connect += 'c';
   std::snprintf(record_.connString, sizeof record_.connString, "%s", connect.c_str());
   EXPECT_EQ(2533, query());
-  expectTold("QRB2640E The SQL script for catalog 3 ");
+  expectTold("QRB2640E The SQL script for Catalog 3 ");
   EXPECT_FALSE(dir_.has("seen"));
   EXPECT_FALSE(std::filesystem::exists(script_));
 }

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -167,6 +169,53 @@ TEST_F(Deletion, SaysWhatIsAboutToHappen) {
     EXPECT_EQ(std::string::npos, shown.find(row.notShown)) << shown;
     EXPECT_EQ(0u, record.deleted.count);
   }
+}
+
+// Each row takes one message out of the catalog, or puts another text in its place.
+TEST_F(Deletion, DeletesNothingIfItsQuestionCannotBeShownWhole) {
+  using utility::ListKind;
+  const struct {
+    int number;
+    const char* text;  // empty: the message is missing
+    ListKind list;
+    bool deletes;
+  } rows[] = {
+      {371, "", ListKind::kAll, false},
+      {371, "QRB0371", ListKind::kAll, false},
+      {371, "QRB0371ZSure about %s? ", ListKind::kAll, false},
+      {2580, "", ListKind::kAll, false},
+      {2580, "QRB2580WOf %s objects, %d", ListKind::kAll, false},
+      {2653, "", ListKind::kAll, false},
+      {2653, "", ListKind::kOrphans, true},
+      {2646, "QRB2646", ListKind::kOrphans, false},
+      {2646, "", ListKind::kAll, true},
+      {2580, "QRB2580W%s %s", ListKind::kAll, true},  // another wording
+  };
+  for (const auto& row : rows) {
+    const std::string start = std::to_string(row.number) + " \"";
+    std::ifstream source(CATALOG);
+    std::string catalog;
+    for (std::string line; std::getline(source, line);) {
+      if (!line.starts_with(start)) {
+        catalog += line + "\n";
+      } else if (*row.text != '\0') {
+        catalog += start + row.text + "\"\n";
+      }
+    }
+    std::filesystem::remove(dir_.path("vexo.cat"));
+    const std::string from = dir_.write("source.msg", catalog);
+    ASSERT_EQ(0, std::system((GENCAT " " + dir_.path("vexo.cat") + " " + from).c_str()));
+    ASSERT_EQ(0, nlinit("vexo.cat", 10, dir_.path().c_str(), 10, 1, 1, 1, nullptr, "vexo.cat"));
+    support::ScriptedApi api(script(row.deletes ? "B D1 C" : ""));
+    ObjectList list;
+    fill(list, 1, "1");
+    utility::RunRecord record(row.list);
+    std::string shown;
+    EXPECT_EQ(0, run(list, "y\n", &shown, &record));
+    EXPECT_EQ(row.deletes ? "" : "1", left(list)) << row.number << row.text;
+    EXPECT_EQ(!row.deletes, shown.find("QRB2696E") != shown.npos) << shown;
+  }
+  EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find("QRB2696E"));
 }
 
 // Digits are masked in what is compared: times, process numbers and numbers of transactions.

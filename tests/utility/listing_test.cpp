@@ -220,8 +220,10 @@ TEST_F(FileList, AsksForDatesUntilTheRangeIsValid) {
       {"\n\n", ut::makeDate(1990, 1, 1), {}, 1},
       {"", ut::makeDate(1990, 1, 1), {}, 1},
       {"03/07/2026\n3/7/2026\n", ut::makeDate(2026, 3, 7), ut::makeDate(2026, 3, 7), 0},
-      {"x\n02/30/2026\n03/07/2026\n03/31/2026 \n03/31/2026\n", ut::makeDate(2026, 3, 7),
+      {"x\n02/30/2026\n03/07/2026\n03/31/2026x\n03/31/2026\n", ut::makeDate(2026, 3, 7),
        ut::makeDate(2026, 3, 31), 0},
+      // A script with the line ends of another system, and blanks before them.
+      {"03/07/2026 \r\nx\r\n\r\n03/08/2026\n03/09/2026\n", ut::makeDate(2026, 3, 7), {}, 1},
       {"nonsense\n\n03/31/2026\n", ut::makeDate(1990, 1, 1), ut::makeDate(2026, 3, 31), 0},
       {"03/07/2026\n03/06/2026\n03/01/2026\n03/06/2026\n", ut::makeDate(2026, 3, 1),
        ut::makeDate(2026, 3, 6), 0},

@@ -5,9 +5,11 @@
 
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "common/ut/result.h"
+#include "tests/support/captured.h"
 #include "tests/utility/messages.h"
 
 namespace {
@@ -52,27 +54,30 @@ TEST_F(CommandLine, GivesAResultForEveryLine) {
   const struct {
     const char* line;
     unsigned short rc;
+    const char* refused = "";
   } rows[] = {
       {"", 12},
       {"q", 0},
       {"syn", 1},
       {"help", 0},
       {"pass", 1},
-      {"delete -out=x", 4},
+      {"delete -out=x", 4, "-out=x"},
       {"sync -numcat=3", 0},
-      {"sync -numcat=10", 14},
-      {"sync -numcat=", 13},
-      {"sync -numcat", 13},
-      {"sync -numcat=2 -nocat", 4},
+      {"sync -numcat=10", 14, "-numcat=10"},
+      {"sync -numcat=", 13, "-numcat="},
+      {"sync -numcat", 13, "-numcat"},
+      {"sync -numcat=2 -nocat -bad", 4, "-nocat"},
       {"sync -nocat=whatever -numorcinst=2", 0},
-      {"sync -numorcinst=2 -numcat=2", 4},
-      {"sync -numcat=2 -numorcinst=2", 4},
-      {"password -vexo_optfile=a.opt abc xyz", 13},
+      {"sync -numorcinst=2 -numcat=2", 4, "-numcat=2"},
+      {"sync -numcat=2 -numorcinst=2", 4, "-numorcinst=2"},
+      {"password -vexo_optfile=a.opt abc xyz", 13, "(not shown)"},
+      {"password abc", 4, "(not shown)"},
       {"password abc xyz -vexo_optfile=a.opt", 0},
   };
   for (const auto& row : rows) {
     const Parsed parsed = parse(row.line);
     EXPECT_EQ(row.rc, parsed.rc) << row.line;
+    EXPECT_STREQ(row.refused, parsed.options.refused) << row.line;
     if (row.rc != 0) {
       EXPECT_EQ(1u, parsed.commands.help) << row.line;
     }
@@ -84,7 +89,33 @@ TEST_F(CommandLine, KeepsValuesAsTheyWereWritten) {
   const Parsed two = parse("sync -nocat -numorcinst=25");
   EXPECT_EQ(25, two.options.numOrcInstances);
   EXPECT_EQ(1, two.options.noCatalog);
-  EXPECT_EQ(2147483647, parse("sync -numcat=99999999999999999999").options.numCatalogs);
+  EXPECT_EQ(1999999999, parse("sync -numcat=1999999999").options.numCatalogs);
+  for (const char* large : {"2147483648", "4294967297", "99999999999999999999"}) {
+    const Parsed parsed = parse(std::string("sync -numcat=") + large);
+    EXPECT_EQ(kParseBadNumber, parsed.rc) << large;
+    EXPECT_EQ(0, parsed.options.numCatalogs) << large;
+  }
+}
+
+// The result, and what is said of it; "D" is the command and "-o" the option that was refused.
+TEST_F(CommandLine, HasAMessageForEveryResult) {
+  for (const auto& [result, begin, end] :
+       {std::tuple(1, "\nQRB0102E ", "\nD\n\n"),
+        {4, "\nQRB0103E The option -o ", "\nD\n\n"},
+        {7, "\nQRB0102E ", "\nD\n\n"},
+        {12, "\nQRB0100E ", ".\n\n"},
+        {13, "\nQRB0105E The option -o ", ".\n\n"},
+        {14, "\nQRB2622E The number in the option -o ", ".\n\n"},
+        {610, "\nQRB2690E ", "(code 610). Install it again.\n\n"},
+        {1702, "\nQRB2690E ", "(code 1702). Install it again.\n\n"}}) {
+    support::Captured output;
+    vexoPrintError(static_cast<unsigned short>(result), "D", "-o");
+    const std::string shown = output.take();
+    EXPECT_TRUE(shown.starts_with(begin) && shown.ends_with(end)) << shown;
+    const std::string problem = utility::startProblem(static_cast<unsigned short>(result));
+    EXPECT_EQ(result > 14, problem.find("rc = " + std::to_string(result) + "\n") != problem.npos);
+    EXPECT_EQ(result <= 14, problem.empty());
+  }
 }
 
 // They are parsed as options first, which upper-cases them and cuts them at "=". Kept on purpose.

@@ -382,6 +382,14 @@ TEST_F(PickList, LeavesOutWholePartsOfTheStateFromTheRight) {
   }
 }
 
+TEST_F(PickList, SlowsDownAtTheEndOfItsInput) {
+  const unsigned seconds[] = {0, 0, 1, 2, 4, 8, 16, 32, 60, 60};
+  for (unsigned ends = 0; ends < 10; ++ends) {
+    EXPECT_EQ(seconds[ends], utility::pauseAtEndOfInput(ends).count()) << ends;
+  }
+  EXPECT_EQ(60, utility::pauseAtEndOfInput(~0u).count());
+}
+
 // Half of an answer could pick what the user did not mean.
 TEST_F(PickList, IgnoresAnAnswerThatIsTooLong) {
   ObjectList list;

@@ -92,8 +92,8 @@ std::int16_t logOn(orcObj_t* orc, const char* password) {
 }
 
 // Shows and logs what the library says of a failure. Returns its code.
-short reportFailure(orcObj_t* orc, std::int16_t rc) {
-  nlprintf(msg::kLine, utility::reportCode(orc, rc, utility::Report::kLogOnly));
+short reportFailure(orcObj_t* orc, const char* function, std::int16_t rc) {
+  nlprintf(msg::kLine, utility::reportCode(orc, function, rc, utility::Report::kLogOnly));
   return rc;
 }
 
@@ -127,12 +127,12 @@ short changePassword(orcObj_t* orc, vexoOptionsInfo_t& options) {
   const bool change = *passwords.fresh != '\0';
   // An expired password is what a change cures.
   const bool loggedOn = logonRc == 0 || (change && logonRc == VLT_RC_PASSWORD_EXPIRED);
-  if (!loggedOn) return reportFailure(orc, logonRc);
+  if (!loggedOn) return reportFailure(orc, "vltInitEx", logonRc);
   if (change) {
     const std::int16_t rc =
         gVltApiObjP->dvltChangePW(VltApiStatusObjP, orc->vltHandle, passwords.old, passwords.fresh);
     if (rc != 0) {
-      ut::ignoreResult(reportFailure(orc, rc), "returned below");
+      ut::ignoreResult(reportFailure(orc, "vltChangePW", rc), "returned below");
       terminate(orc);
       TRACE(TR_ORCLEVEL0, " %s: Exit - VLTCHANGEPW() failed rc = %d\n\n", kFunction, rc);
       return rc;

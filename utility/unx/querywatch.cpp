@@ -39,11 +39,11 @@ class NoSignals {
 
 }  // namespace
 
-utility::QueryWatch::QueryWatch(unsigned catalogNumber, const char* spoolPath)
+utility::QueryWatch::QueryWatch(const std::string& catalogName, const char* spoolPath)
     : spoolPath_(spoolPath),
       progress_(
-          [catalogNumber](const char* count, const char* rate) {
-            return nlsprintf(msg::kProgressQuery, catalogNumber, count, rate);
+          [catalogName](const char* count, const char* rate) {
+            return nlsprintf(msg::kProgressQuery, catalogName, count, rate);
           },
           ut::Progress::Place::kBelow) {
   const NoSignals none;
@@ -56,11 +56,11 @@ utility::QueryWatch::~QueryWatch() {
   thread_.join();
 }
 
-std::unique_ptr<utility::QueryWatch> utility::QueryWatch::begin(unsigned catalogNumber,
+std::unique_ptr<utility::QueryWatch> utility::QueryWatch::begin(const std::string& catalogName,
                                                                 const char* spoolPath) {
   if (!ut::Progress::wouldShow()) return nullptr;
   try {
-    return std::unique_ptr<QueryWatch>(new QueryWatch(catalogNumber, spoolPath));
+    return std::unique_ptr<QueryWatch>(new QueryWatch(catalogName, spoolPath));
   } catch (const std::exception&) {
     return nullptr;
   }

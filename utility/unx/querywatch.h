@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
 
 #include "common/ut/progress.h"
@@ -23,14 +24,14 @@ class QueryWatch {
   // Begins. Until the watch ends the caller must only wait for sqlplus; `spoolPath` is the
   // caller's. Null when nobody can see it, or without memory or a thread: the query then runs
   // unseen.
-  static std::unique_ptr<QueryWatch> begin(unsigned catalogNumber, const char* spoolPath);
+  static std::unique_ptr<QueryWatch> begin(const std::string& catalogName, const char* spoolPath);
   // Ends it and erases the line.
   ~QueryWatch();
   QueryWatch(const QueryWatch&) = delete;
   QueryWatch& operator=(const QueryWatch&) = delete;
 
  private:
-  QueryWatch(unsigned catalogNumber, const char* spoolPath);
+  QueryWatch(const std::string& catalogName, const char* spoolPath);
 
   void watch(std::stop_token stop);
   // Counts the lines since the last call. False while nothing was written.
