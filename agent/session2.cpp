@@ -18,6 +18,7 @@
 #include "common/nls/nls.h"
 #include "common/ut/agttrc.h"
 #include "common/ut/path.h"
+#include "common/ut/psfile.h"
 #include "common/ut/result.h"
 #include "common/ut/secret.h"
 #include "common/ut/strutil.h"

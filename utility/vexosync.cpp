@@ -20,6 +20,7 @@
 #include "api/vltapid.h"
 #include "common/nls/nls.h"
 #include "common/ut/agttrc.h"
+#include "common/ut/psfile.h"
 #include "common/ut/psmem.h"
 #include "common/ut/psterm.h"
 #include "common/ut/result.h"
