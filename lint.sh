@@ -10,7 +10,7 @@ cd "$(dirname "$(readlink -f "$0")")"
 plain=(format layers circles messages types expectations braces shell manuals links)
 built=(headers named static)
 
-floors=(common/ut common/nls api agent utility sandbox)
+layers=(common/ut common/nls api agent utility sandbox)
 
 tracked() { git ls-files -co --exclude-standard -- "$@"; }
 sources() { tracked '*.cpp' '*.h' ':!api/vltlib.h'; }
@@ -28,7 +28,7 @@ nothing() {
 
 check_format() { sources | xargs clang-format --dry-run -Werror; }
 
-# A floor may include itself and the floors below it.
+# A layer may include itself and the layers below it.
 upward_includes() {
   local rule folder allowed
   for rule in "common/ut:common/ut" "common/nls:common/(ut|nls)" "api:common|api" \
@@ -39,21 +39,21 @@ upward_includes() {
       grep -vE "#include \"($allowed)"
   done
 }
-check_layers() { nothing "a floor includes one above it" upward_includes; }
+check_layers() { nothing "a layer includes one above it" upward_includes; }
 
-# "A B" for each include of B by A within floor $1. A header and its source count as one, because
+# "A B" for each include of B by A within layer $1. A header and its source count as one, because
 # whoever needs the header needs what the source includes.
 includes_within() {
   tracked "$1/*.cpp" "$1/*.h" | xargs grep -HE "^#include \"$1/" |
     sed -E 's/^([^:]*)\.[a-z]+:#include "([^"]*)\.[a-z]+".*/\1 \2/' | sort -u
 }
 circles() {
-  local floor
-  for floor; do
-    { includes_within "$floor" | tsort >/dev/null; } 2>&1
+  local layer
+  for layer; do
+    { includes_within "$layer" | tsort >/dev/null; } 2>&1
   done
 }
-check_circles() { nothing "files of one floor include each other" circles "${floors[@]}"; }
+check_circles() { nothing "files of one layer include each other" circles "${layers[@]}"; }
 
 # A number does not tell a reader what is said; names are in msg:: (common/nls/message.h).
 check_messages() {

@@ -55,12 +55,12 @@ struct Entry {
   std::string text;
 };
 
-class Catalog {
+class MessageCatalog {
  public:
-  Catalog() = default;
-  ~Catalog() { close(); }
-  Catalog(const Catalog&) = delete;
-  Catalog& operator=(const Catalog&) = delete;
+  MessageCatalog() = default;
+  ~MessageCatalog() { close(); }
+  MessageCatalog(const MessageCatalog&) = delete;
+  MessageCatalog& operator=(const MessageCatalog&) = delete;
 
   void setPrefix(const char* prefix) {
     ut::ignoreResult(ut::copyText(prefix_, prefix), "a prefix has three letters");
@@ -140,7 +140,7 @@ class Catalog {
 };
 
 // The one message object. Written by newNlsGlobalObject and destroyNlsGlobalObject only.
-Catalog* catalog = nullptr;
+MessageCatalog* catalog = nullptr;
 
 // The text of a message whose entry cannot be used: what is wrong with the entry, then every
 // insert, so that nothing the caller had to say is lost.
@@ -227,7 +227,7 @@ std::string fittedToTerminal(const std::string& text) {
 }  // namespace
 
 unsigned short newNlsGlobalObject() {
-  if (catalog == nullptr) catalog = new (std::nothrow) Catalog;
+  if (catalog == nullptr) catalog = new (std::nothrow) MessageCatalog;
   return catalog == nullptr ? nls::kNoMemory : 0;
 }
 
