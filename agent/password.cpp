@@ -120,7 +120,9 @@ void followLink(char* path) {
   if (!trusted) return;
   char* real = ::realpath(path, nullptr);
   if (real == nullptr) return;
-  if (std::strlen(real) < agent::kPasswordPathSize) std::strcpy(path, real);
+  if (std::strlen(real) < agent::kPasswordPathSize) {
+    ut::ignoreResult(ut::copyText(path, agent::kPasswordPathSize, real), "it fits");
+  }
   std::free(real);
 }
 
