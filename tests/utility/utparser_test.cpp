@@ -26,7 +26,7 @@ class Arguments {
   }
   int count() const { return static_cast<int>(words_.size()); }
   char** values() { return pointers_.data(); }
-  const std::string& word(std::size_t position) const { return words_[position]; }
+  const std::string& at(std::size_t position) const { return words_[position]; }
 
  private:
   std::vector<std::string> words_;
@@ -139,7 +139,7 @@ TEST_F(CommandLine, LeavesNoPasswordInTheArguments) {
     ut::ignoreResult(
         vexoParseCmdLine(arguments.count(), arguments.values(), &result.commands, &result.options),
         "not looked at here");
-    const std::string left = arguments.word(2) + arguments.word(3);
+    const std::string left = arguments.at(2) + arguments.at(3);
     EXPECT_EQ(wiped, left.find_first_not_of('\0') == std::string::npos) << line << ": " << left;
   }
 }
