@@ -52,10 +52,8 @@ int __wrap_posix_spawn(pid_t* child, const char*, const posix_spawn_file_actions
   const char* script = std::strchr(arguments[2], '@');
   std::FILE* file = script == nullptr ? nullptr : std::fopen(script + 1, "r");
   if (file == nullptr) return 0;
-  char line[2048], spool[1024] = "";
-  while (std::fgets(line, sizeof line, file) != nullptr) {
-    if (std::sscanf(line, "spool /%1000s", spool + 1) == 1) spool[0] = '/';
-  }
+  char spool[1024] = "";  // the script's second line names it
+  EXPECT_EQ(1, std::fscanf(file, "%*[^\n] spool %1000s", spool));
   std::fclose(file);
   file = std::fopen(spool, "w");
   for (int i = 0; i < 40; ++i) std::fprintf(file, "KNOWN_%d\n", i * 7 % 40);
@@ -90,66 +88,67 @@ struct Server {
   bool inTransaction, loggedOn;
 } server;
 
+constexpr std::int16_t kDone = 0;
+
+template <typename... Arguments>
+std::int16_t succeeds(Arguments...) {
+  return kDone;
+}
+
 class PlainLibrary : public DVltApi {
  public:
   PlainLibrary() : DVltApi("", "", "", nullptr) {
     gVltApiObjP = this;
-    m_fnvltInitExP = [](std::uint32_t* handle, const VltInitExIn*, VltInitExOut*) -> std::int16_t {
+    m_fnvltInitExP = [](std::uint32_t* handle, const VltInitExIn*, VltInitExOut*) {
       server.loggedOn = true;
       *handle = 7;
-      return 0;
+      return kDone;
     };
-    m_fnvltTerminateP = [](std::uint32_t) -> std::int16_t {
+    m_fnvltTerminateP = [](std::uint32_t) {
       server.loggedOn = false;
-      return 0;
+      return kDone;
     };
-    m_fnvltQuerySessOptionsP = [](std::uint32_t, VltOptions*) -> std::int16_t { return 0; };
-    m_fnvltQuerySessInfoP = [](std::uint32_t, VltSessInfo* info) -> std::int16_t {
+    m_fnvltQuerySessOptionsP = succeeds;
+    m_fnvltQuerySessInfoP = [](std::uint32_t, VltSessInfo* info) {
       info->maxObjPerTxn = 4;
-      return 0;
+      return kDone;
     };
-    m_fnvltBeginQueryP = [](std::uint32_t, std::uint8_t, const VltQueryBackup*) -> std::int16_t {
-      return 0;
+    m_fnvltBeginQueryP = succeeds;
+    m_fnvltEndQueryP = succeeds;
+    m_fnvltGetNextQObjP = [](std::uint32_t, VltDataBlk* block) -> std::int16_t {
+      if (server.next == kObjects) return VLT_RC_FINISHED;
+      auto& object = *static_cast<VltQryRespBackup*>(block->buffer);
+      std::snprintf(object.objName.lowLevel, sizeof object.objName.lowLevel, "/PIECE_%d",
+                    server.next);
+      object.objId = {0, static_cast<std::uint32_t>(server.next++)};
+      object.insDate = {2026, 3, 7, 8, 5, 9};
+      return VLT_RC_MORE_DATA;
     };
-    m_fnvltEndQueryP = [](std::uint32_t) -> std::int16_t { return 0; };
-    m_fnvltGetNextQObjP = nextObject;
-    m_fnvltBeginTxnP = [](std::uint32_t) -> std::int16_t {
+    m_fnvltBeginTxnP = [](std::uint32_t) {
       EXPECT_FALSE(server.inTransaction);
       server.inTransaction = true;
-      return 0;
+      return kDone;
     };
     m_fnvltDeleteObjP = [](std::uint32_t, std::uint8_t, const VltDelInfo* info) -> std::int16_t {
       server.going[info->objId.lo] = true;
-      return info->objId.lo == 20 ? VLT_RC_NO_MATCH
-                                  : 0;  // so that a failed deletion is covered too
+      return info->objId.lo == 20 ? VLT_RC_NO_MATCH : kDone;  // a failed deletion is covered too
     };
-    m_fnvltEndTxnP = [](std::uint32_t, std::uint8_t vote, std::uint16_t*) -> std::int16_t {
+    m_fnvltEndTxnP = [](std::uint32_t, std::uint8_t vote, std::uint16_t*) {
       for (int i = 0; i < kObjects; ++i) {
         if (vote == VLT_VOTE_COMMIT && server.going[i]) server.there[i] = false;
         server.going[i] = false;
       }
       server.inTransaction = false;
-      return 0;
+      return kDone;
     };
-    m_fnvltRCMsgP = [](std::uint32_t, std::int16_t, char* text) -> std::int16_t {
+    m_fnvltRCMsgP = [](std::uint32_t, std::int16_t, char* text) {
       std::strcpy(text, "ZYL a text that does not fit into the string object itself");
-      return 0;
+      return kDone;
     };
   }
   ~PlainLibrary() { ClearPointers(); }
   int Setup() override { return 0; }
   int Cleanup() override { return 0; }
-
- private:
-  static std::int16_t nextObject(std::uint32_t, VltDataBlk* block) {
-    if (server.next == kObjects) return VLT_RC_FINISHED;
-    auto& object = *static_cast<VltQryRespBackup*>(block->buffer);
-    std::snprintf(object.objName.lowLevel, sizeof object.objName.lowLevel, "/PIECE_%d",
-                  server.next);
-    object.objId = {0, static_cast<std::uint32_t>(server.next++)};
-    object.insDate = {2026, 3, 7, 8, 5, 9};
-    return VLT_RC_MORE_DATA;
-  }
 };
 
 TEST(LinkedList, TracesThatMemoryRanOut) {
