@@ -57,40 +57,6 @@ TEST(BPlusTree, AgreesWithASetAndReleasesAllButAStagingBufferForEachInsertion) {
   }
 }
 
-// Breaks off a tree's growth at each copy in turn: in leaves, inner nodes and the root. The copy
-// function may return any code, those of the tree's own steps included.
-TEST(BPlusTree, PassesOnTheCopyFunctionsCodeAndReleasesAllBlocksNevertheless) {
-  static const void* given;  // the copy into the staging buffer is not checked, and does not count
-  static long copies, failing;
-  static short code;
-  const auto copy = [](void* from, void* to) {
-    const bool fails = from != given && ++copies == failing;
-    return fails ? static_cast<unsigned short>(code) : utInsertFilename(from, to);
-  };
-  for (const auto& [step, first] : {std::pair(1, 1000), {-1, 1240}, {97, 1000}}) {
-    for (code = 10; code <= 13; ++code) {
-      short rc = code;
-      for (failing = 1; rc == code; ++failing) {
-        copies = 0;
-        std::size_t insertions = 0;
-        const std::size_t before = ut::trackedMemory().blocks;
-        {
-          dsBPlusTree tree;
-          for (rc = kTreeStored; rc == kTreeStored && insertions < 240; ++insertions) {
-            const int number = first + static_cast<int>(insertions) * step % 24000;
-            const std::string name = std::to_string(number);
-            given = name.data();
-            rc = insert(tree, name, copy);
-          }
-        }
-        ASSERT_EQ(insertions, ut::trackedMemory().blocks - before) << "copy " << failing;
-      }
-      ASSERT_EQ(kTreeStored, rc) << "copy " << failing - 1;
-      ASSERT_GT(failing, 500) << "the tree has several levels by then";
-    }
-  }
-}
-
 // A change to the layout of the tree must not change how often its callbacks are called, nor how
 // often it asks for a block.
 TEST(BPlusTree, ComparesCopiesAndAllocatesExactlyAsOftenAsEver) {

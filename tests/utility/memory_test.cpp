@@ -14,6 +14,7 @@
 #include <new>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "api/vltapi.h"
 #include "common/ut/linklist.h"
@@ -169,34 +170,46 @@ TEST(LinkedList, TracesThatMemoryRanOut) {
   }
 }
 
-TEST(BPlusTree, ReleasesAllBlocksAfterMemoryRanOut) {
-  static const void* given;
+// Breaks off a tree's growth at each copy, or each allocation, in turn: in leaves, inner nodes and
+// the root. The copy function may return any code, those of the tree's own steps included.
+TEST(BPlusTree, PassesOnEachFailureAndReleasesAllBlocksNevertheless) {
+  static const void* given;  // the copy into the staging buffer is not checked, and does not count
+  static long copies, failing;
+  static unsigned short code;  // of the copy that fails; 0: an allocation fails
   static std::size_t staged;
   const auto copy = [](void* from, void* to) {
     staged += from == given ? 1 : 0;
-    return utInsertFilename(from, to);
+    const bool fails = code != 0 && from != given && ++copies == failing;
+    return fails ? code : utInsertFilename(from, to);
   };
-  short rc = kTreeNoMemory;
-  long n = 1;
-  for (; rc == kTreeNoMemory; ++n) {
-    const std::size_t before = ut::trackedMemory().blocks;
-    staged = 0;
-    {
-      dsBPlusTree tree;
-      rc = kTreeStored;
-      for (int i = 0; rc == kTreeStored && i < 60; ++i) {
-        char name[1100] = {};  // its block is an allocation of its own
-        std::memset(name, 'A' + i, sizeof name - 1);
-        given = name;
-        if (i == 0) countdown = n;
-        rc = tree.IsertItem(name, sizeof name, copy, utFindFilename);
+  onlyOne = true;
+  for (const auto& [step, first] : {std::pair(1, 1000), {-1, 1240}, {97, 1000}}) {
+    for (const int failure : {0, 10, 11, 12, 13}) {
+      code = static_cast<unsigned short>(failure);
+      const short expected = static_cast<short>(code == 0 ? kTreeNoMemory : failure);
+      short rc = expected;
+      for (failing = 1; rc == expected; ++failing) {
+        const std::size_t before = ut::trackedMemory().blocks;
+        staged = 0;
+        copies = 0;
+        {
+          dsBPlusTree tree;
+          countdown = code == 0 ? failing : -1;
+          rc = kTreeStored;
+          for (int i = 0; rc == kTreeStored && i < (code == 0 ? 60 : 240); ++i) {
+            char name[1100] = {};  // as a whole, its block is an allocation of its own
+            const int length = std::snprintf(name, sizeof name, "%d", first + i * step);
+            given = name;
+            rc = tree.IsertItem(name, code == 0 ? 1100 : length + 1, copy, utFindFilename);
+          }
+          countdown = -1;
+        }
+        ASSERT_EQ(staged, ut::trackedMemory().blocks - before) << failure << ": " << failing;
       }
-      countdown = -1;
+      ASSERT_EQ(kTreeStored, rc) << failure << ": " << failing - 1;
+      ASSERT_GT(failing, code == 0 ? 150 : 500) << "the tree has several levels by then";
     }
-    ASSERT_EQ(staged, ut::trackedMemory().blocks - before) << n;
   }
-  EXPECT_EQ(kTreeStored, rc);
-  EXPECT_GT(n, 150);
 }
 
 using OutOfMemory = WithErrorLog;

@@ -84,7 +84,6 @@ TEST_F(CommandLine, KeepsValuesAsTheyWereWritten) {
 TEST_F(CommandLine, HasAMessageForEveryResult) {
   for (const auto& [result, begin, end] :
        {std::tuple(1, "\nQRB0102E ", "\nD\n\n"),
-        {4, "\nQRB0103E The option -o ", "\nD\n\n"},
         {7, "\nQRB0102E ", "\nD\n\n"},
         {12, "\nQRB0100E ", ".\n\n"},
         {13, "\nQRB0105E The option -o ", ".\n\n"},
