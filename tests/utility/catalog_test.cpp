@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <sstream>
@@ -30,15 +31,11 @@ std::string times(int count, const std::string& text) {
 
 class CatalogQuery : public WithErrorLog {
  protected:
-  void SetUp() override {
-    WithErrorLog::SetUp();
-    path_.set((dir_.path("bin") + ":" + std::getenv("PATH")).c_str());
+  CatalogQuery() {
     std::snprintf(record_.userName, sizeof record_.userName, "r\"m'&; an");
     std::snprintf(record_.password, sizeof record_.password, "pa'ss \"&@;");
     std::snprintf(record_.connString, sizeof record_.connString, "pr;&'\"@d");
     record_.catalogNumber = 3;
-    script_ = dir_.path("SQLIx.sql");
-    spool_ = dir_.path("SQLOx_3.out");
   }
 
   // Puts an sqlplus first in the path that runs these shell lines; the script's path is $script.
@@ -82,9 +79,9 @@ class CatalogQuery : public WithErrorLog {
     return tree_->SearchItem(const_cast<char*>(handle.c_str()), utFindFilename) != nullptr;
   }
 
-  support::ScopedEnv path_{"PATH", std::getenv("PATH")};
+  support::ScopedEnv path_{"PATH", (dir_.path("bin") + ":" + std::getenv("PATH")).c_str()};
   objCatInfo_s record_ = {};
-  std::string script_, spool_, shown_;
+  std::string script_ = dir_.path("SQLIx.sql"), spool_ = dir_.path("SQLOx_3.out"), shown_;
   utility::CatalogAnswer answer_;
   std::optional<dsBPlusTree> tree_;
 };

@@ -38,10 +38,7 @@ std::vector<Step> script(const std::string& text) {
 
 class Deletion : public WithErrorLog {
  protected:
-  void SetUp() override {
-    WithErrorLog::SetUp();
-    orc_.vltHandle = 7;
-  }
+  Deletion() { orc_.vltHandle = 7; }
 
   // Deletes from a list of the objects 1 to `count`; those named in `picked` are picked.
   unsigned short run(unsigned count, const std::string& picked, const std::string& answer,

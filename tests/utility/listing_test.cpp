@@ -74,8 +74,7 @@ std::vector<Step> started() {
 
 class FileList : public WithErrorLog {
  protected:
-  void SetUp() override {
-    WithErrorLog::SetUp();
+  FileList() {
     orc_.vltHandle = 7;
     put(orc_.VEXO_FS, "/fs");
     put(orc_.VEXO_OWNER, "DBA");

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <regex>
 #include <sstream>
@@ -13,7 +12,6 @@
 #include <vector>
 
 #include "common/nls/nls.h"
-#include "common/ut/agttrc.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/printable.h"
 #include "tests/support/captured.h"
@@ -45,11 +43,6 @@ std::string picks(const ObjectList& list) {
 
 class PickList : public WithMessages {
  protected:
-  void SetUp() override {
-    ::setenv("TERM", "ansi", 1);
-    WithMessages::SetUp();
-  }
-
   // What a command writes to standard output, without the codes that clear the screen.
   template <typename Command>
   static std::string shown(Command command) {
@@ -69,6 +62,7 @@ class PickList : public WithMessages {
     return lines;
   }
   static inline int pageSize = 0;  // of the last page
+  support::ScopedEnv terminal_{"TERM", "ansi"};
 
   // Runs the list with a text on standard input. The output is not a terminal: 23 rows, 1024
   // columns, pages of 13 lines.
