@@ -82,7 +82,8 @@ short dsBPlusTree::IsertItem(void* item, int size, CopyFn copyFn, CompareFn comp
   if (staged.data == nullptr) return kTreeNoMemory;
   ut::ignoreResult(copyFn_(item, staged.data), "the copies that are stored are checked");
   // The staging buffer is leaked on purpose, one per insertion, pinned by
-  // BPlusTree.ReleasesAllButTheStagingBufferOfEachInsertion. The tracked allocation still knows it.
+  // BPlusTree.AgreesWithASetAndReleasesAllButAStagingBufferForEachInsertion. The tracked allocation
+  // still knows it.
   const short rc = InsertNode(staged);
   return rc == kTreeNotCopied ? copyRc_ : rc;
 }

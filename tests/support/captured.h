@@ -22,6 +22,13 @@ inline std::string masked(const std::string& text) {
   return result;
 }
 
+// How often a part is found in a text.
+inline unsigned occurrences(const std::string& text, std::string_view part) {
+  unsigned count = 0;
+  for (std::size_t at = 0; (at = text.find(part, at)) != text.npos; at += part.size()) ++count;
+  return count;
+}
+
 // Redirects a descriptor to an unnamed file until `end` or the destructor.
 class Redirected {
  public:

@@ -14,6 +14,7 @@
 #include <new>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "api/vltapi.h"
 #include "common/ut/linklist.h"
@@ -52,10 +53,8 @@ int __wrap_posix_spawn(pid_t* child, const char*, const posix_spawn_file_actions
   const char* script = std::strchr(arguments[2], '@');
   std::FILE* file = script == nullptr ? nullptr : std::fopen(script + 1, "r");
   if (file == nullptr) return 0;
-  char line[2048], spool[1024] = "";
-  while (std::fgets(line, sizeof line, file) != nullptr) {
-    if (std::sscanf(line, "spool /%1000s", spool + 1) == 1) spool[0] = '/';
-  }
+  char spool[1024] = "";  // the script's second line names it
+  EXPECT_EQ(1, std::fscanf(file, "%*[^\n] spool %1000s", spool));
   std::fclose(file);
   file = std::fopen(spool, "w");
   for (int i = 0; i < 40; ++i) std::fprintf(file, "KNOWN_%d\n", i * 7 % 40);
@@ -90,66 +89,67 @@ struct Server {
   bool inTransaction, loggedOn;
 } server;
 
+constexpr std::int16_t kDone = 0;
+
+template <typename... Arguments>
+std::int16_t succeeds(Arguments...) {
+  return kDone;
+}
+
 class PlainLibrary : public DVltApi {
  public:
   PlainLibrary() : DVltApi("", "", "", nullptr) {
     gVltApiObjP = this;
-    m_fnvltInitExP = [](std::uint32_t* handle, const VltInitExIn*, VltInitExOut*) -> std::int16_t {
+    m_fnvltInitExP = [](std::uint32_t* handle, const VltInitExIn*, VltInitExOut*) {
       server.loggedOn = true;
       *handle = 7;
-      return 0;
+      return kDone;
     };
-    m_fnvltTerminateP = [](std::uint32_t) -> std::int16_t {
+    m_fnvltTerminateP = [](std::uint32_t) {
       server.loggedOn = false;
-      return 0;
+      return kDone;
     };
-    m_fnvltQuerySessOptionsP = [](std::uint32_t, VltOptions*) -> std::int16_t { return 0; };
-    m_fnvltQuerySessInfoP = [](std::uint32_t, VltSessInfo* info) -> std::int16_t {
+    m_fnvltQuerySessOptionsP = succeeds;
+    m_fnvltQuerySessInfoP = [](std::uint32_t, VltSessInfo* info) {
       info->maxObjPerTxn = 4;
-      return 0;
+      return kDone;
     };
-    m_fnvltBeginQueryP = [](std::uint32_t, std::uint8_t, const VltQueryBackup*) -> std::int16_t {
-      return 0;
+    m_fnvltBeginQueryP = succeeds;
+    m_fnvltEndQueryP = succeeds;
+    m_fnvltGetNextQObjP = [](std::uint32_t, VltDataBlk* block) -> std::int16_t {
+      if (server.next == kObjects) return VLT_RC_FINISHED;
+      auto& object = *static_cast<VltQryRespBackup*>(block->buffer);
+      std::snprintf(object.objName.lowLevel, sizeof object.objName.lowLevel, "/PIECE_%d",
+                    server.next);
+      object.objId = {0, static_cast<std::uint32_t>(server.next++)};
+      object.insDate = {2026, 3, 7, 8, 5, 9};
+      return VLT_RC_MORE_DATA;
     };
-    m_fnvltEndQueryP = [](std::uint32_t) -> std::int16_t { return 0; };
-    m_fnvltGetNextQObjP = nextObject;
-    m_fnvltBeginTxnP = [](std::uint32_t) -> std::int16_t {
+    m_fnvltBeginTxnP = [](std::uint32_t) {
       EXPECT_FALSE(server.inTransaction);
       server.inTransaction = true;
-      return 0;
+      return kDone;
     };
     m_fnvltDeleteObjP = [](std::uint32_t, std::uint8_t, const VltDelInfo* info) -> std::int16_t {
       server.going[info->objId.lo] = true;
-      return info->objId.lo == 20 ? VLT_RC_NO_MATCH
-                                  : 0;  // so that a failed deletion is covered too
+      return info->objId.lo == 20 ? VLT_RC_NO_MATCH : kDone;  // a failed deletion is covered too
     };
-    m_fnvltEndTxnP = [](std::uint32_t, std::uint8_t vote, std::uint16_t*) -> std::int16_t {
+    m_fnvltEndTxnP = [](std::uint32_t, std::uint8_t vote, std::uint16_t*) {
       for (int i = 0; i < kObjects; ++i) {
         if (vote == VLT_VOTE_COMMIT && server.going[i]) server.there[i] = false;
         server.going[i] = false;
       }
       server.inTransaction = false;
-      return 0;
+      return kDone;
     };
-    m_fnvltRCMsgP = [](std::uint32_t, std::int16_t, char* text) -> std::int16_t {
+    m_fnvltRCMsgP = [](std::uint32_t, std::int16_t, char* text) {
       std::strcpy(text, "ZYL a text that does not fit into the string object itself");
-      return 0;
+      return kDone;
     };
   }
   ~PlainLibrary() { ClearPointers(); }
   int Setup() override { return 0; }
   int Cleanup() override { return 0; }
-
- private:
-  static std::int16_t nextObject(std::uint32_t, VltDataBlk* block) {
-    if (server.next == kObjects) return VLT_RC_FINISHED;
-    auto& object = *static_cast<VltQryRespBackup*>(block->buffer);
-    std::snprintf(object.objName.lowLevel, sizeof object.objName.lowLevel, "/PIECE_%d",
-                  server.next);
-    object.objId = {0, static_cast<std::uint32_t>(server.next++)};
-    object.insDate = {2026, 3, 7, 8, 5, 9};
-    return VLT_RC_MORE_DATA;
-  }
 };
 
 TEST(LinkedList, TracesThatMemoryRanOut) {
@@ -170,34 +170,46 @@ TEST(LinkedList, TracesThatMemoryRanOut) {
   }
 }
 
-TEST(BPlusTree, ReleasesAllBlocksAfterMemoryRanOut) {
-  static const void* given;
+// Breaks off a tree's growth at each copy, or each allocation, in turn: in leaves, inner nodes and
+// the root. The copy function may return any code, those of the tree's own steps included.
+TEST(BPlusTree, PassesOnEachFailureAndReleasesAllBlocksNevertheless) {
+  static const void* given;  // the copy into the staging buffer is not checked, and does not count
+  static long copies, failing;
+  static unsigned short code;  // of the copy that fails; 0: an allocation fails
   static std::size_t staged;
   const auto copy = [](void* from, void* to) {
     staged += from == given ? 1 : 0;
-    return utInsertFilename(from, to);
+    const bool fails = code != 0 && from != given && ++copies == failing;
+    return fails ? code : utInsertFilename(from, to);
   };
-  short rc = kTreeNoMemory;
-  long n = 1;
-  for (; rc == kTreeNoMemory; ++n) {
-    const std::size_t before = ut::trackedMemory().blocks;
-    staged = 0;
-    {
-      dsBPlusTree tree;
-      rc = kTreeStored;
-      for (int i = 0; rc == kTreeStored && i < 60; ++i) {
-        char name[1100] = {};  // its block is an allocation of its own
-        std::memset(name, 'A' + i, sizeof name - 1);
-        given = name;
-        if (i == 0) countdown = n;
-        rc = tree.IsertItem(name, sizeof name, copy, utFindFilename);
+  onlyOne = true;
+  for (const auto& [step, first] : {std::pair(1, 1000), {-1, 1240}, {97, 1000}}) {
+    for (const int failure : {0, 10, 11, 12, 13}) {
+      code = static_cast<unsigned short>(failure);
+      const short expected = static_cast<short>(code == 0 ? kTreeNoMemory : failure);
+      short rc = expected;
+      for (failing = 1; rc == expected; ++failing) {
+        const std::size_t before = ut::trackedMemory().blocks;
+        staged = 0;
+        copies = 0;
+        {
+          dsBPlusTree tree;
+          countdown = code == 0 ? failing : -1;
+          rc = kTreeStored;
+          for (int i = 0; rc == kTreeStored && i < (code == 0 ? 60 : 240); ++i) {
+            char name[1100] = {};  // as a whole, its block is an allocation of its own
+            const int length = std::snprintf(name, sizeof name, "%d", first + i * step);
+            given = name;
+            rc = tree.IsertItem(name, code == 0 ? 1100 : length + 1, copy, utFindFilename);
+          }
+          countdown = -1;
+        }
+        ASSERT_EQ(staged, ut::trackedMemory().blocks - before) << failure << ": " << failing;
       }
-      countdown = -1;
+      ASSERT_EQ(kTreeStored, rc) << failure << ": " << failing - 1;
+      ASSERT_GT(failing, code == 0 ? 150 : 500) << "the tree has several levels by then";
     }
-    ASSERT_EQ(staged, ut::trackedMemory().blocks - before) << n;
   }
-  EXPECT_EQ(kTreeStored, rc);
-  EXPECT_GT(n, 150);
 }
 
 using OutOfMemory = WithErrorLog;

@@ -3,49 +3,36 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
 
-#include "common/ut/result.h"
 #include "tests/support/captured.h"
 #include "tests/utility/messages.h"
 
 namespace {
 
-// The words of a command line, in memory that the parser may change.
-class Arguments {
- public:
-  explicit Arguments(const std::string& line) {
-    std::istringstream in(line);
-    words_.push_back("vexosync");
-    for (std::string word; in >> word;) words_.push_back(word);
-    for (std::string& word : words_) pointers_.push_back(word.data());
-    pointers_.push_back(nullptr);
-  }
-  int count() const { return static_cast<int>(words_.size()); }
-  char** values() { return pointers_.data(); }
-  const std::string& at(std::size_t position) const { return words_[position]; }
-
- private:
-  std::vector<std::string> words_;
-  std::vector<char*> pointers_;
-};
-
 struct Parsed {
   unsigned short rc;
   vexoCommandsInfo_t commands = {};
   vexoOptionsInfo_t options = {};
+  std::string arguments;  // what the parser left of the words after the command
 };
 
 class CommandLine : public WithMessages {
  protected:
   static Parsed parse(const std::string& line) {
-    Arguments arguments(line);
+    std::istringstream in("vexosync " + line);
+    std::vector<std::string> words{std::istream_iterator<std::string>(in), {}};
+    std::vector<char*> pointers;
+    for (std::string& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
     Parsed result = {};
-    result.rc =
-        vexoParseCmdLine(arguments.count(), arguments.values(), &result.commands, &result.options);
+    result.rc = vexoParseCmdLine(static_cast<int>(words.size()), pointers.data(), &result.commands,
+                                 &result.options);
+    for (std::size_t i = 2; i < words.size() && i < 4; ++i) result.arguments += words[i];
     return result;
   }
 };
@@ -56,56 +43,42 @@ TEST_F(CommandLine, GivesAResultForEveryLine) {
     unsigned short rc;
     const char* refused = "";
   } rows[] = {
-      {"", 12},
       {"q", 0},
       {"syn", 1},
-      {"help", 0},
       {"pass", 1},
-      {"delete -out=x", 4, "-out=x"},
       {"sync -numcat=3", 0},
       {"sync -numcat=10", 14, "-numcat=10"},
+      {"sync -numcat=2147483648", 14, "-numcat=2147483648"},
+      {"sync -numcat=4294967297", 14, "-numcat=4294967297"},
+      {"sync -numcat=99999999999999999999", 14, "-numcat=99999999999999999999"},
       {"sync -numcat=", 13, "-numcat="},
-      {"sync -numcat", 13, "-numcat"},
       {"sync -numcat=2 -nocat -bad", 4, "-nocat"},
       {"sync -nocat=whatever -numorcinst=2", 0},
       {"sync -numorcinst=2 -numcat=2", 4, "-numcat=2"},
       {"sync -numcat=2 -numorcinst=2", 4, "-numorcinst=2"},
       {"password -vexo_optfile=a.opt abc xyz", 13, "(not shown)"},
-      {"password abc", 4, "(not shown)"},
       {"password abc xyz -vexo_optfile=a.opt", 0},
   };
   for (const auto& row : rows) {
     const Parsed parsed = parse(row.line);
     EXPECT_EQ(row.rc, parsed.rc) << row.line;
     EXPECT_STREQ(row.refused, parsed.options.refused) << row.line;
-    if (row.rc != 0) {
-      EXPECT_EQ(1u, parsed.commands.help) << row.line;
-    }
+    EXPECT_TRUE(row.rc == 0 || parsed.commands.help == 1) << row.line;
   }
 }
 
 TEST_F(CommandLine, KeepsValuesAsTheyWereWritten) {
   EXPECT_STREQ("/a/B=c.opt", parse("query -vexo_opt=/a/B=c.opt").options.optFile);
-  const Parsed two = parse("sync -nocat -numorcinst=25");
-  EXPECT_EQ(25, two.options.numOrcInstances);
-  EXPECT_EQ(1, two.options.noCatalog);
+  const vexoOptionsInfo_t two = parse("sync -nocat -numorcinst=25").options;
+  EXPECT_TRUE(two.numOrcInstances == 25 && two.noCatalog == 1);
   EXPECT_EQ(1999999999, parse("sync -numcat=1999999999").options.numCatalogs);
-  for (const char* large : {"2147483648", "4294967297", "99999999999999999999"}) {
-    const Parsed parsed = parse(std::string("sync -numcat=") + large);
-    EXPECT_EQ(kParseBadNumber, parsed.rc) << large;
-    EXPECT_EQ(0, parsed.options.numCatalogs) << large;
-  }
 }
 
 // The result, and what is said of it; "D" is the command and "-o" the option that was refused.
 TEST_F(CommandLine, HasAMessageForEveryResult) {
   for (const auto& [result, begin, end] :
-       {std::tuple(1, "\nQRB0102E ", "\nD\n\n"),
-        {4, "\nQRB0103E The option -o ", "\nD\n\n"},
-        {7, "\nQRB0102E ", "\nD\n\n"},
-        {12, "\nQRB0100E ", ".\n\n"},
+       {std::tuple(7, "\nQRB0102E ", "\nD\n\n"),
         {13, "\nQRB0105E The option -o ", ".\n\n"},
-        {14, "\nQRB2622E The number in the option -o ", ".\n\n"},
         {610, "\nQRB2690E ", "(code 610). Install it again.\n\n"},
         {1702, "\nQRB2690E ", "(code 1702). Install it again.\n\n"}}) {
     support::Captured output;
@@ -123,9 +96,8 @@ TEST_F(CommandLine, TakesPasswordsAsTheTrialAsOptionsLeavesThem) {
   const Parsed parsed = parse("password abc=d xyz");
   EXPECT_STREQ("ABC", parsed.options.oldPassword);
   EXPECT_STREQ("XYZ", parsed.options.newPassword);
-  EXPECT_EQ(
-      64u,
-      std::string(parse("password " + std::string(99, 'x') + " b").options.oldPassword).size());
+  const Parsed cut = parse("password " + std::string(99, 'x') + " b");
+  EXPECT_EQ(std::string(64, 'X'), cut.options.oldPassword);
 }
 
 // Every user can read the arguments of a process.
@@ -134,12 +106,7 @@ TEST_F(CommandLine, LeavesNoPasswordInTheArguments) {
                                     {"password abc xyz -vexo_opt=f", true},
                                     {"password abc -vexo_opt=f", false},
                                     {"sync abc xyz", false}}) {
-    Arguments arguments(line);
-    Parsed result = {};
-    ut::ignoreResult(
-        vexoParseCmdLine(arguments.count(), arguments.values(), &result.commands, &result.options),
-        "not looked at here");
-    const std::string left = arguments.at(2) + arguments.at(3);
+    const std::string left = parse(line).arguments;
     EXPECT_EQ(wiped, left.find_first_not_of('\0') == std::string::npos) << line << ": " << left;
   }
 }
