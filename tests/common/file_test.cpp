@@ -103,7 +103,7 @@ TEST(InputLine, IsTheSameThroughTheProgramsOwnBuffer) {
       }
       return lines;
     };
-    TempDir dir;
+    const TempDir dir;
     const ut::FilePtr input(std::fopen(dir.write("input", text).c_str(), "r"));
     support::inChild([&] {
       ASSERT_NE(nullptr, std::freopen(dir.path("input").c_str(), "r", stdin));

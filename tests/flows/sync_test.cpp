@@ -7,7 +7,16 @@ using std::string_literals::operator""s;
 
 constexpr int kLeft = 300;  // the code of a pick list that was left
 
-class Sync : public Site {};
+class Sync : public Site {
+ protected:
+  // SYNCDB with all answers from a file.
+  void script(const std::string& answers, int code) {
+    option("VEXO_ENABLESCRIPTINPUT y");
+    dir_.write("answers", answers);
+    shell("vexosync syncdb <answers");
+    ends(code);
+  }
+};
 
 TEST_F(Sync, OffersWhatNeitherOfTwoCatalogsKnowsAndDeletesWhatIsPicked) {
   objects({"/known_1", "/shared", "/orphan_a", "/known_2", "/orphan_b"});
@@ -18,8 +27,10 @@ TEST_F(Sync, OffersWhatNeitherOfTwoCatalogsKnowsAndDeletesWhatIsPicked) {
   dates();
   logon("prod");
   logon("test");
-  answers({{"Command ==>", "2"}, {"x      2| ", "O"}, {"Do you want to continue?", "y"}});
-  answers({{"       1| ", "q"}});
+  answers({{"Command ==>", "2"},
+           {"x      2| ", "O"},
+           {"Do you want to continue?", "y"},
+           {"       1| ", "q"}});
   ends(kLeft);
   EXPECT_EQ("/known_1 /shared /orphan_a /known_2", stored());
   EXPECT_FALSE(showed("known_1") || showed("shared"));
@@ -99,15 +110,10 @@ TEST_F(Sync, WarnsAboutTheDefaultEndDate) {
 TEST_F(Sync, TakesPasswordsFromAScriptAndInsistsOnAnEndDate) {
   object("/a");
   catalog("prod", {});
-  option("VEXO_ENABLESCRIPTINPUT y");
-  dir_.write("answers", "\n+0\nrman\nrman\nprod\n+\no\ny\n");
-  shell("vexosync syncdb <answers");
-  ends(kLeft);
+  script("\n+0\nrman\nrman\nprod\n+\no\ny\n", kLeft);
   EXPECT_EQ("", stored());
   object("/b");
-  dir_.write("answers", "\n\nrman\nrman\nprod\n+\no\ny\n");
-  shell("vexosync syncdb <answers");
-  ends(65535);
+  script("\n\nrman\nrman\nprod\n+\no\ny\n", 65535);
   EXPECT_TRUE(showed("QRB2613E"));
   EXPECT_FALSE(showed("user name"));
   EXPECT_EQ("/b", stored());
@@ -149,15 +155,10 @@ TEST_F(Sync, KnowsHandlesThatSqlplusBreaksAtItsLineSize) {
 TEST_F(Sync, AsksAgainForAnAnswerWithAControlCharacter) {
   object("/a");
   catalog("prod", {"a"});
-  option("VEXO_ENABLESCRIPTINPUT y");
-  dir_.write("answers", "\n+0\nr\x01man\nrman\nrm\0an\nrman\n\tprod\nprod\nq\n"s);
-  shell("vexosync syncdb <answers");
-  ends(65535);  // no orphan: the catalog was asked
-  EXPECT_TRUE(showed("QRB2648E") && showed("QRB2599I"));
+  script("\n+0\nr\x01man\nrman\nrm\0an\nrman\n\tprod\nprod\nq\n"s, 65535);
+  EXPECT_TRUE(showed("QRB2648E") && showed("QRB2599I"));  // no orphan: the catalog was asked
   EXPECT_TRUE(showed("QRB2695I Oracle knows all objects of these dates (1)"));
-  dir_.write("answers", "\n+0\nrman\nrman\n\tprod\n\tprod\n\tprod\nprod\nq\n");
-  shell("vexosync syncdb <answers");
-  ends(65535);
+  script("\n+0\nrman\nrman\n\tprod\n\tprod\n\tprod\nprod\nq\n", 65535);
   EXPECT_FALSE(showed("QRB2581I")) << "no catalog was asked";
 }
 
