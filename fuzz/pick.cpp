@@ -14,18 +14,6 @@ constexpr std::size_t kObjects = 20, kCount = 17;
 
 char markOf(bool picked) { return picked ? '+' : '-'; }
 
-// Fills the list, every third object picked. Returns its marks.
-std::string fill(ObjectList& list) {
-  std::string marks;
-  for (std::size_t i = 0; i < kObjects; ++i) {
-    utZylObj_s object = {};
-    object.selected = i % 3 == 0 ? 1 : 0;
-    marks += markOf(i % 3 == 0);
-    hold(list.addTail(object, 0) == 0, "there is memory");
-  }
-  return marks;
-}
-
 std::string marksOf(const ObjectList& list) {
   std::string marks;
   for (const utZylObj_s* object = list.getFirst(); object != nullptr;
@@ -35,17 +23,12 @@ std::string marksOf(const ObjectList& list) {
   return marks;
 }
 
-// An answer without a number can change the first entry only.
-void checkReach(const std::string& answer, const std::string& before, const std::string& after) {
-  const bool hasNumber = answer.find_first_of("0123456789") != answer.npos;
-  const std::size_t reach = hasNumber ? kCount : 1;
-  hold(after.substr(reach) == before.substr(reach), "no answer reaches further than it can mean");
-}
+constexpr char kDigits[] = "0123456789";
 
 // An answer of up to four digits toggles its entry; an empty one, or one without such an entry,
 // changes nothing.
 void checkSingleNumber(const std::string& answer, std::string marks, const std::string& after) {
-  if (answer.size() > 4 || answer.find_first_not_of("0123456789") != answer.npos) return;
+  if (answer.size() > 4 || answer.find_first_not_of(kDigits) != answer.npos) return;
   const std::size_t number = std::strtoul(answer.c_str(), nullptr, 10);
   if (number >= 1 && number <= kCount) marks[number - 1] = markOf(marks[number - 1] == '-');
   hold(after == marks, "a number toggles its entry");
@@ -54,8 +37,7 @@ void checkSingleNumber(const std::string& answer, std::string marks, const std::
 // An answer that is one range with a sign gives that sign to its entries; entry 0 is the first one.
 void checkSignedRange(const std::string& answer, std::string marks, const std::string& after) {
   char from[5], to[5], sign[2], rest;
-  const int parts = std::sscanf(answer.c_str(), "%4[0-9]:%4[0-9]%1[+-]%c", from, to, sign, &rest);
-  if (parts != 3) return;
+  if (std::sscanf(answer.c_str(), "%4[0-9]:%4[0-9]%1[+-]%c", from, to, sign, &rest) != 3) return;
   const std::size_t last = std::min(std::strtoul(to, nullptr, 10), kCount);
   for (std::size_t number = std::strtoul(from, nullptr, 10); number <= last; ++number) {
     marks[std::max<std::size_t>(number, 1) - 1] = sign[0];
@@ -78,10 +60,17 @@ void checkWindow(const char* text) {
 
 void fuzz::check(const std::string&, char* text) {
   ObjectList list;
-  const std::string before = fill(list), answer = text;
+  for (std::size_t i = 0; i < kObjects; ++i) {
+    utZylObj_s object = {};
+    object.selected = i % 3 == 0 ? 1 : 0;
+    hold(list.addTail(object, 0) == 0, "there is memory");
+  }
+  const std::string before = marksOf(list), answer = text;
   ProcessAnswer(&list, text, kCount);
   const std::string after = marksOf(list);
-  checkReach(answer, before, after);
+  // An answer without a number can change the first entry only.
+  const std::size_t reach = answer.find_first_of(kDigits) != answer.npos ? kCount : 1;
+  hold(after.substr(reach) == before.substr(reach), "no answer reaches further than it can mean");
   checkSingleNumber(answer, before, after);
   checkSignedRange(answer, before, after);
   checkWindow(text);

@@ -28,17 +28,6 @@ std::string takeFlags() {
   return signs;
 }
 
-void switchOne(VEXCTrace& trace, char* word) {
-  const bool on = *word != '-';
-  trace.trTestEnable(word);
-  if (!on) ++word;
-  // Of two minus signs only the first reverses the word; what is left must not be reversed again.
-  if (on || *word != '-') trace.trEnable(word, on);
-  for (const Flag& flag : kFlags) {
-    hold(::strcasecmp(flag.name, word) != 0 || *flag.value == on, "a word switches its flag");
-  }
-}
-
 }  // namespace
 
 void fuzz::check(const std::string&, char* text) {
@@ -48,7 +37,14 @@ void fuzz::check(const std::string&, char* text) {
   const std::string atOnce = takeFlags();
   for (char* word = std::strtok(text, " ,\t"); word != nullptr;
        word = std::strtok(nullptr, " ,\t")) {
-    switchOne(trace, word);
+    const bool on = *word != '-';
+    trace.trTestEnable(word);
+    if (!on) ++word;
+    // Of two minus signs only the first reverses the word; what is left must not be reversed again.
+    if (on || *word != '-') trace.trEnable(word, on);
+    for (const Flag& flag : kFlags) {
+      hold(::strcasecmp(flag.name, word) != 0 || *flag.value == on, "a word switches its flag");
+    }
   }
   hold(atOnce == takeFlags(), "a list does what its words do");
 }

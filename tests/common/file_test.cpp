@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #if defined(__linux__)
 #include <sys/prctl.h>
@@ -16,6 +15,7 @@
 #include "common/ut/psterm.h"
 #include "common/ut/sanitized.h"
 #include "common/ut/stdinput.h"
+#include "tests/support/child.h"
 #include "tests/support/tempdir.h"
 
 namespace {
@@ -79,70 +79,50 @@ TEST(InputLine, IsCutAndItsRestDoesNotBecomeTheNextAnswer) {
       "one\n\ntoo long\nfour\nb\0c\ntwo\r\n\r\nfour\r\nlonger\r\na\rb\n\r\r\nlast\r", 60);
   const ut::FilePtr input(std::fopen(dir.write("input", text).c_str(), "r"));
   using enum ut::ReadResult;
-  for (const auto& [wanted, result] : {std::pair("one", kLine),
-                                       {"", kLine},
-                                       {"too ", kCut},
-                                       {"four", kLine},
-                                       {"b\x1a"
-                                        "c",
-                                        kLine},
-                                       {"two", kLine},
-                                       {"", kLine},
-                                       {"four", kLine},  // the line end takes up no space
-                                       {"long", kCut},
-                                       {"a\rb", kLine},
-                                       {"\r", kLine},
-                                       {"last", kCut},  // at the end of input it is a character
-                                       {"", kEnd},
-                                       {"", kEnd}}) {
+  // A line end takes up no space; a CR at the end of input is a character.
+  const std::pair<const char*, ut::ReadResult> rows[] = {
+      {"one", kLine}, {"", kLine},    {"too ", kCut},  {"four", kLine}, {"b\032c", kLine},
+      {"two", kLine}, {"", kLine},    {"four", kLine}, {"long", kCut},  {"a\rb", kLine},
+      {"\r", kLine},  {"last", kCut}, {"", kEnd},      {"", kEnd}};
+  for (const auto& [wanted, result] : rows) {
     char line[5] = "????";
     EXPECT_EQ(result, ut::readLine(input.get(), line, sizeof line)) << wanted;
     EXPECT_STREQ(wanted, line);
   }
 }
 
-// In a process of its own, because it is for good.
 TEST(InputLine, IsTheSameThroughTheProgramsOwnBuffer) {
   const std::string longest(5000, 'x');  // longer than that buffer
   for (const std::string& text :
        {std::string("one\n\n\xff\nlast"), longest + "\nnext\n", longest}) {
-    std::string expected, seen;
-    const auto readAll = [](std::FILE* input, std::string* lines) {
+    const auto readAll = [](std::FILE* input) {
+      std::string lines;
       char line[6000];
-      for (int ends = 0; ends < 2;) {
-        const ut::ReadResult result = ut::readLine(input, line, sizeof line);
-        *lines += line + std::string("|");
-        ends += result == ut::ReadResult::kEnd ? 1 : 0;
+      for (int ends = 0; ends < 2; lines += line + std::string("|")) {
+        ends += ut::readLine(input, line, sizeof line) == ut::ReadResult::kEnd ? 1 : 0;
       }
+      return lines;
     };
-    TempDir dir;
+    const TempDir dir;
     const ut::FilePtr input(std::fopen(dir.write("input", text).c_str(), "r"));
-    readAll(input.get(), &expected);
-    if (const pid_t child = ::fork(); child == 0) {
-      if (std::freopen(dir.path("input").c_str(), "r", stdin) == nullptr) ::_exit(1);
+    support::inChild([&] {
+      ASSERT_NE(nullptr, std::freopen(dir.path("input").c_str(), "r", stdin));
       ut::ownStandardInput();
-      readAll(stdin, &seen);
-      ::_exit(seen == expected ? 0 : 2);
-    }
-    int status = 1;
-    EXPECT_LT(0, ::wait(&status));
-    EXPECT_EQ(0, status) << text.substr(0, 9);
+      EXPECT_EQ(readAll(input.get()), readAll(stdin));
+    });
   }
 }
 
 TEST(CoreFiles, AreForbiddenWhereverTheyWouldGo) {
-  if (const pid_t child = ::fork(); child == 0) {
+  support::inChild([] {
     ut::forbidCoreFiles();
     struct rlimit limit = {1, 1};
-    int surprises = ::getrlimit(RLIMIT_CORE, &limit) == 0 && limit.rlim_max == 0 ? 0 : 1;
+    EXPECT_EQ(0, ::getrlimit(RLIMIT_CORE, &limit));
+    EXPECT_EQ(0u, limit.rlim_max);
 #if defined(__linux__) && !defined(VEXO_ADDRESS_SANITIZER)
-    if (::prctl(PR_GET_DUMPABLE) != 0) surprises |= 2;
+    EXPECT_EQ(0, ::prctl(PR_GET_DUMPABLE));
 #endif
-    ::_exit(surprises);
-  }
-  int status = 1;
-  EXPECT_LT(0, ::wait(&status));
-  EXPECT_EQ(0, WEXITSTATUS(status));
+  });
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -36,14 +37,11 @@ TEST_F(Dates, FollowTheirFormatToTheLetter) {
                            "2026-01-01 ", "2026-01-01 \t "}) {
     EXPECT_TRUE(parses(good, &date)) << good;
   }
-  for (const char* bad : {"1900-02-29",   "2026-02-29",    "2026-04-31",
-                          "2026-00-10",   "2026-13-10",    "2026-10-00",
-                          "2026-10-32",   "0000-01-01",    "26-01-01",
-                          "02026-01-01",  "2026-001-01",   "2026-01-011",
-                          "2026-01-01 x", " 2026-01-01",   "2026-01-",
-                          "2026-01",      "2026-01--1",    "2026- 1- 1",
-                          "-2026-01-01",  "2026/01/01",    "",
-                          "%Y-%m-%d",     "2026-01-01-01", "4294969322-1-1"}) {
+  std::istringstream refused(
+      "|1900-02-29|2026-02-29|2026-04-31|2026-00-10|2026-13-10|2026-10-00|2026-10-32|0000-01-01|"
+      "26-01-01|02026-01-01|2026-001-01|2026-01-011|2026-01-01 x| 2026-01-01|2026-01-|2026-01|"
+      "2026-01--1|2026- 1- 1|-2026-01-01|2026/01/01|%Y-%m-%d|2026-01-01-01|4294969322-1-1");
+  for (std::string bad; std::getline(refused, bad, '|');) {
     EXPECT_FALSE(parses(bad, &date)) << "'" << bad << "'";
   }
 }
@@ -58,13 +56,10 @@ TEST_F(Dates, CountDaysAheadUpToTheEndOfTheCalendar) {
   for (const int days : {0, 1, 31, 366, 36525, 2000000, -1, -31, -366, -730000}) {
     EXPECT_EQ(days, (ahead("+" + std::to_string(days)) - ahead("+0")).count());
   }
-  for (const auto& [answer, same] : {std::pair("+", "+0"),
-                                     {"+x", "+0"},
-                                     {"++3", "+3"},
-                                     {"+ \t-3 days", "+-3"},
-                                     {"+-", "+0"},
-                                     {"+- 3", "+0"},
-                                     {"+-+3", "+0"}}) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"+", "+0"},  {"+x", "+0"},   {"++3", "+3"}, {"+ \t-3 days", "+-3"},
+      {"+-", "+0"}, {"+- 3", "+0"}, {"+-+3", "+0"}};
+  for (const auto& [answer, same] : rows) {
     EXPECT_TRUE(ahead(answer) == ahead(same)) << answer;
   }
   using std::chrono::sys_days, std::chrono::year;

@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -47,8 +46,7 @@ class Trace : public testing::Test {
 };
 
 TEST_F(Trace, LinesCarryThePrefixesThatAreOn) {
-  for (const auto& [flags, line] : {std::pair("API -PID -TID", "hello #\n"),
-                                    {"API", "[#] [#] : hello #\n"},
+  for (const auto& [flags, line] : {std::pair("API", "[#] [#] : hello #\n"),
                                     {"API,timestamp\t-tid", "#/#/# #:#:#.# [#] : hello #\n"}}) {
     start(flags);
     TRACE(TR_API, "hello %d\n", 5);
@@ -69,13 +67,11 @@ TEST_F(Trace, WordsSwitchClassesAndAggregates) {
   };
   VEXCTrace switches;
   for (const auto& [flags, on, off] :
-       {std::tuple("SERVICE", "ORCLEVEL0 ORCLEVEL1 ORCLEVEL2 ERROR API",
-                   "LINKEDLIST NLS THREAD SORTLINKEDLIST PERFORMANCE BUFFRING MUTEX TRACE MEM"),
+       {std::tuple("SERVICE", "ORCLEVEL0 ORCLEVEL1 ORCLEVEL2 ERROR API FILEOPS",
+                   "ALL LINKEDLIST NLS THREAD SORTLINKEDLIST PERFORMANCE BUFFRING MUTEX TRACE MEM"),
         {"ALL", "ALL LINKEDLIST MEM ORCLEVEL2 FILEOPS VEXAPI",
          "PARSE CMD PELDRA PELDRA_DETAIL DETAILED PREFIX TIMESTAMP"},
-        {"SERVICE", "FILEOPS", "ALL"},
         {"detailed", "DETAILED ALL LINKEDLIST", "PARSE CMD PELDRA"},
-        {"ALL -ALL", "", "ALL MEM LINKEDLIST ERROR"},
         {"ALL -DETAILED", "", "ALL MEM LINKEDLIST ERROR DETAILED"},
         {"ALL -SERVICE", "ALL NLS THREAD LINKEDLIST MEM", "ERROR ORCLEVEL1"},
         {"PARSE -SERVICE -ALL", "PARSE", "ALL NLS MEM LINKEDLIST ERROR"},
@@ -110,16 +106,13 @@ TEST_F(Trace, InsertsAreMadePrintableAndEverythingElseIsWrittenAsPrintfWould) {
       "a?? abc|   a?b|a?b   |\nok    7\nscript:\none\ntwo?\n\n\n",
       lines());
   start("API -PID -TID");
-  const void* address = &dir;
-  TRACE(TR_API, "%%%d %5d|%-5d|%05d %u %x %#X %lu %ld %zu %hu %hhd %llx %#lx %p %.2f %+i%%\n", -1,
-        42, 42, 42, ~0u, 255u, 255u, ~0ul, -9l, sizeof(int), std::uint16_t{65535}, '\x7f',
-        1ull << 40, 0ul, address, 1.5, 3);
-  char expected[256];
-  std::snprintf(expected, sizeof expected,
-                "%%%d %5d|%-5d|%05d %u %x %#X %lu %ld %zu %hu %hhd %llx %#lx %p %.2f %+i%%\n", -1,
-                42, 42, 42, ~0u, 255u, 255u, ~0ul, -9l, sizeof(int), std::uint16_t{65535}, '\x7f',
-                1ull << 40, 0ul, address, 1.5, 3);
-  EXPECT_EQ(expected, lines());
+  TRACE(TR_API, "%%%d %5d|%-5d|%05d %u %#X %lu %ld %zu %hu %hhd %llx %p %.2f %+i%%\n", -1, 42, 42,
+        42, ~0u, 255u, ~0ul, -9l, sizeof(int), std::uint16_t{65535}, '\x7f', 1ull << 40,
+        reinterpret_cast<void*>(16), 1.5, 3);
+  EXPECT_EQ(
+      "%-1    42|42   |00042 4294967295 0XFF 18446744073709551615 -9 4 65535 127 10000000000 0x10 "
+      "1.50 +3%\n",
+      lines());
 }
 
 TEST_F(Trace, KeepsErrnoCutsLongLinesAndEvaluatesNothingWhileOff) {
@@ -131,14 +124,12 @@ TEST_F(Trace, KeepsErrnoCutsLongLinesAndEvaluatesNothingWhileOff) {
   TRACE(TR_API, "%s", std::string(6000, 'x').c_str());
   EXPECT_EQ(ENOTTY, errno);
   TRACE(TR_API, "next\n");
+  const std::string longest(ut::kMaxTraceLine - 1, 'x');
+  TRACE(TR_API, "%s\n", longest.c_str());
+  TRACE(TR_API, "%sx\n", longest.c_str());
   trClose();
   TRACE(TR_API, "after the end\n");
-  EXPECT_EQ(std::string(ut::kMaxTraceLine - 1, 'x') + "\nnext\n", lines());
-  for (const int over : {0, 1}) {
-    start("API -PID -TID");
-    TRACE(TR_API, "%s\n", std::string(ut::kMaxTraceLine - 1 + over, 'x').c_str());
-    EXPECT_EQ(std::string(ut::kMaxTraceLine - 1, 'x') + "\n", lines());
-  }
+  EXPECT_EQ(longest + "\nnext\n" + longest + "\n" + longest + "\n", lines());
 }
 
 // The numbers of the "line NUMBER" lines of a text.
@@ -157,18 +148,15 @@ TEST_F(Trace, WrappedFileSaysWhereItsNewestLineEnds) {
   };
   const auto seamOf = [](const std::string& text) { return std::stoul(text.substr(12, 12)); };
   start("API -PID -TID", 1);
-  const auto mode = std::filesystem::status(path).permissions();
-  EXPECT_EQ(0600u, static_cast<unsigned>(mode));
+  EXPECT_EQ(std::filesystem::perms{0600}, std::filesystem::status(path).permissions());
   EXPECT_EQ(0u, dir.read("trace").find("ZYL Trace   123456789012"));
   writeLines(14000);
   std::string text = dir.read("trace");
   EXPECT_LE(text.size(), 1048576u);
-  const std::string mark = "Continued from end of segment 1\n\n";
-  EXPECT_EQ(text.find('\n') + 1, text.find(mark));
+  EXPECT_EQ(text.find('\n') + 1, text.find("Continued from end of segment 1\n\n"));
   const std::size_t seam = seamOf(text);
   const auto newer = numbersIn(text.substr(0, seam)), older = numbersIn(text.substr(seam));
-  ASSERT_FALSE(newer.empty());
-  ASSERT_FALSE(older.empty());
+  ASSERT_FALSE(newer.empty() || older.empty());
   EXPECT_EQ(last, newer.back());
   EXPECT_EQ(newer.front(), older.back() + 1) << "nothing was lost at the wrap";
   EXPECT_EQ(14000u, newer.size() + older.size() + static_cast<std::size_t>(older.front()) - 1);

@@ -21,16 +21,12 @@ class Signal : public Site {
  protected:
   // Answers the prompts before number `number` and waits for that one.
   void stopAt(std::size_t number, const std::string& command) {
-    terminal_ = std::make_unique<sandbox::Terminal>(
-        std::vector<std::string>{"/bin/sh", "-c", command}, settings_);
+    shell(command);
     for (std::size_t i = 0; i < number; ++i) {
-      if (kPrompts[i].secret) {
-        secret(kPrompts[i].text, kPrompts[i].answer);
-      } else {
-        answer(kPrompts[i].text, kPrompts[i].answer);
-      }
+      const auto& [text, given, hidden] = kPrompts[i];
+      hidden ? secret(text, given) : answer(text, given);
     }
-    ASSERT_TRUE(terminal_->expect(kPrompts[number].text)) << terminal_->transcript();
+    see(kPrompts[number].text);
     ASSERT_TRUE(!kPrompts[number].secret || terminal_->expectEchoOff());
   }
   void expectNothingDone() {
@@ -41,7 +37,7 @@ class Signal : public Site {
 };
 
 TEST_F(Signal, AtAPromptEndsTheProgramAndLeavesNothing) {
-  for (const char* name : {"/a", "/b"}) object(name);
+  objects({"/a", "/b"});
   catalog("prod", {});
   for (std::size_t at = 0; at < std::size(kPrompts); ++at) {
     SCOPED_TRACE(kPrompts[at].text);
@@ -49,8 +45,7 @@ TEST_F(Signal, AtAPromptEndsTheProgramAndLeavesNothing) {
       // The shell outlives the program, so that the terminal can still be examined.
       stopAt(at, "trap : INT TERM; vexosync syncdb; echo =$?=; read x");
       ASSERT_TRUE(terminal_->sendSignal(number));
-      ASSERT_TRUE(terminal_->expect("=" + std::to_string(128 + number) + "="))
-          << terminal_->transcript();
+      see("=" + std::to_string(128 + number) + "=");
       EXPECT_TRUE(terminal_->echoIsOn());
       expectNothingDone();
     }
@@ -63,15 +58,11 @@ TEST_F(Signal, AtAPromptEndsTheProgramAndLeavesNothing) {
 
 // The script of the query holds a password.
 TEST_F(Signal, WhileSqlplusRunsLeavesNothing) {
-  for (const char* name : {"/a", "/b"}) object(name);
-  const std::string sqlplus = dir_.write("bin/sqlplus", "#!/bin/sh\necho asked\nsleep 60\n");
-  std::filesystem::permissions(sqlplus, std::filesystem::perms::owner_all);
-  settings_.environment["PATH"] = dir_.path("bin") + ":" + settings_.environment["PATH"];
+  objects({"/a", "/b"});
+  replaceSqlplus("#!/bin/sh\necho asked\nsleep 60\n");
   for (const int number : {SIGTERM, SIGHUP}) {
-    run({"syncdb"});
-    dates();
-    logon("prod");
-    ASSERT_TRUE(terminal_->expect("asked"));
+    syncdb("prod");
+    see("asked");
     if (number == SIGHUP) {
       terminal_->hangUp();
     } else {
@@ -85,30 +76,21 @@ TEST_F(Signal, WhileSqlplusRunsLeavesNothing) {
 // Ctrl-C reaches sqlplus as well, which then ends well with half an answer. In a list that is drawn
 // again and again it must not end the clearing of the screen only.
 TEST_F(Signal, FromTheKeyboardEndsTheQueryAndTheList) {
-  for (const char* name : {"/a", "/b"}) object(name);
+  objects({"/a", "/b"});
   catalog("prod", {});
-  const std::string sqlplus = dir_.write(
-      "bin/sqlplus",
+  replaceSqlplus(
       "#!/bin/bash\ntrap 'exit 0' INT\nsed -n '2s/^spool //p' \"${2#@}\" >spool\n"
       "echo piece >\"$(cat spool)\"\necho asked\nfor i in {1..600}; do sleep 0.1; done\n");
-  std::filesystem::permissions(sqlplus, std::filesystem::perms::owner_all);
-  const std::string path = settings_.environment["PATH"];
-  settings_.environment["PATH"] = dir_.path("bin") + ":" + path;
-  run({"syncdb"});
-  dates();
-  logon("prod");
-  ASSERT_TRUE(terminal_->expect("asked"));
+  syncdb("prod");
+  see("asked");
   terminal_->send("\x03");
   ends(65535);
   EXPECT_TRUE(showed("QRB2660E")) << terminal_->transcript();
-  EXPECT_NE(std::string::npos, errorLog().find("QRB2660E"));
+  EXPECT_TRUE(logged("QRB2660E"));
   expectNothingDone();
-  settings_.environment["PATH"] = path;
   dir_.write("answers", "\n+0\n");
-  terminal_ = std::make_unique<sandbox::Terminal>(
-      std::vector<std::string>{"/bin/sh", "-c", "exec vexosync delete <answers"}, settings_);
-  ASSERT_TRUE(terminal_->expect("Command ==>"));
-  ASSERT_TRUE(terminal_->expect("Command ==>"));
+  shell("exec vexosync delete <answers");
+  for (int page = 0; page < 2; ++page) see("Command ==>");
   terminal_->send("\x03");
   EXPECT_EQ(128 + SIGINT, terminal_->wait());
 }

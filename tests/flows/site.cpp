@@ -73,20 +73,33 @@ void Site::option(const std::string& line) {
   dir_.write("vexo.opt", dir_.read("vexo.opt") + line + "\n");
 }
 
-sandbox::Terminal& Site::run(const std::vector<std::string>& arguments) {
-  std::vector<std::string> command = {std::string(kBuild) + "/bin/vexosync"};
-  command.insert(command.end(), arguments.begin(), arguments.end());
-  terminal_ = std::make_unique<sandbox::Terminal>(command, settings_);
-  return *terminal_;
+void Site::run(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), std::string(kBuild) + "/bin/vexosync");
+  terminal_ = std::make_unique<sandbox::Terminal>(arguments, settings_);
+}
+
+void Site::shell(const std::string& command) {
+  terminal_ = std::make_unique<sandbox::Terminal>(
+      std::vector<std::string>{"/bin/sh", "-c", command}, settings_);
+}
+
+void Site::replaceSqlplus(const std::string& script) {
+  std::filesystem::permissions(dir_.write("bin/sqlplus", script),
+                               std::filesystem::perms::owner_all);
+  settings_.environment["PATH"] = dir_.path("bin") + ":" + settings_.environment["PATH"];
+}
+
+void Site::see(const std::string& text) {
+  ASSERT_TRUE(terminal_->expect(text)) << "no '" << text << "' in\n" << terminal_->transcript();
 }
 
 void Site::answer(const std::string& prompt, const std::string& text) {
-  ASSERT_TRUE(terminal_->expect(prompt)) << "no '" << prompt << "' in\n" << terminal_->transcript();
+  ASSERT_NO_FATAL_FAILURE(see(prompt));
   terminal_->send(text + "\n");
 }
 
 void Site::secret(const std::string& prompt, const std::string& text) {
-  ASSERT_TRUE(terminal_->expect(prompt)) << "no '" << prompt << "' in\n" << terminal_->transcript();
+  ASSERT_NO_FATAL_FAILURE(see(prompt));
   ASSERT_TRUE(terminal_->expectEchoOff());
   terminal_->send(text + "\n");
 }
@@ -102,12 +115,20 @@ void Site::logon(const std::string& connect, const std::string& password) {
   answer("connect string", connect);
 }
 
+void Site::syncdb(const std::string& connect, const std::string& password) {
+  run({"syncdb"});
+  dates();
+  logon(connect, password);
+}
+
 void Site::ends(int code) {
   const std::optional<int> status = terminal_->wait();
   ASSERT_TRUE(status.has_value()) << "still running:\n" << terminal_->transcript();
   EXPECT_EQ(code & 0xff, *status) << terminal_->transcript();
 }
 
-bool Site::showed(const std::string& text) const {
-  return terminal_->transcript().find(text) != std::string::npos;
+int Site::countIn(const std::string& all, const std::string& text) {
+  int found = 0;
+  for (std::size_t at = all.find(text); at != all.npos; at = all.find(text, at + 1)) ++found;
+  return found;
 }

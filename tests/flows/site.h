@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "sandbox/tools/terminal.h"
@@ -20,8 +21,11 @@ class Site : public testing::Test {
   // Runs a command line of zylstore and returns what it printed; a failure fails the test.
   std::string zylstore(const std::string& arguments) const;
 
-  // Puts one object of ORANODE into the store.
+  // Puts objects of ORANODE into the store.
   void object(const std::string& lowLevel, const std::string& more = "") const;
+  void objects(const std::vector<std::string>& lowLevels) const {
+    for (const std::string& name : lowLevels) object(name);
+  }
 
   // Makes a catalog (user rman, password rman) that knows the handles; kind: recovery, target.
   void catalog(const std::string& name, const std::vector<std::string>& handles,
@@ -33,20 +37,33 @@ class Site : public testing::Test {
   // Adds a line to the agent's options file.
   void option(const std::string& line);
 
-  // Starts vexosync.
-  sandbox::Terminal& run(const std::vector<std::string>& arguments);
+  // Starts vexosync, or a command line of the shell.
+  void run(std::vector<std::string> arguments);
+  void shell(const std::string& command);
+  // Makes a script the sqlplus that vexosync finds.
+  void replaceSqlplus(const std::string& script);
 
-  // Waits for a text, then types an answer and Enter.
+  // Waits for a text; with an answer, types it and Enter.
+  void see(const std::string& text);
   void answer(const std::string& prompt, const std::string& text);
+  void answers(const std::vector<std::pair<std::string, std::string>>& pairs) {
+    for (const auto& [prompt, text] : pairs) answer(prompt, text);
+  }
   // The same for a password: waits until the echo is off.
   void secret(const std::string& prompt, const std::string& text);
   void dates(const std::string& start = "", const std::string& end = "+0");
   // User rman, with password rman unless another is given.
   void logon(const std::string& connect, const std::string& password = "rman");
+  // A run of SYNCDB up to its list, or to what keeps it from one.
+  void syncdb(const std::string& connect, const std::string& password = "rman");
 
   // Waits for the end; the low eight bits of the program's code are `code`.
   void ends(int code);
-  bool showed(const std::string& text) const;
+  // How often the terminal showed a text.
+  int count(const std::string& text) const { return countIn(terminal_->transcript(), text); }
+  static int countIn(const std::string& all, const std::string& text);
+  bool showed(const std::string& text) const { return count(text) > 0; }
+  bool logged(const std::string& text) const { return errorLog().find(text) != std::string::npos; }
   std::string errorLog() const { return dir_.read("vexoerror.log"); }
 
   support::TempDir dir_;

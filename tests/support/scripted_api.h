@@ -123,7 +123,7 @@ class ScriptedApi : public DVltApi {
     static Result call(Args... args) {
       std::string text;
       (describe(text, args), ...);
-      const Step* step = running_->match({kNames[row], text});
+      const Step* step = running_->match(kNames[row], text);
       if (step != nullptr) (applyAll(*step, args), ...);
       if constexpr (!std::is_void_v<Result>) return step == nullptr ? kOffScript : step->rc;
     }
@@ -167,15 +167,17 @@ class ScriptedApi : public DVltApi {
     }
   }
 
-  const Step* match(const std::pair<std::string, std::string>& call) {
+  const Step* match(const char* function, const std::string& args) {
     if (offScript_) return nullptr;
-    const bool fits = next_ < steps_.size() && steps_[next_].function == call.first &&
-                      (steps_[next_].args == "*" || steps_[next_].args == call.second);
-    if (fits) return &steps_[next_++];
+    const Step* next = next_ < steps_.size() ? &steps_[next_] : nullptr;
+    if (next != nullptr && next->function == function &&
+        (next->args == "*" || next->args == args)) {
+      ++next_;
+      return next;
+    }
     offScript_ = true;
-    ADD_FAILURE() << where() << ": expected "
-                  << (next_ < steps_.size() ? show(steps_[next_]) : "no further call") << ", got "
-                  << call.first << "(" << call.second << ")";
+    ADD_FAILURE() << where() << ": expected " << (next == nullptr ? "no further call" : show(*next))
+                  << ", got " << show(Step(function, args));
     return nullptr;
   }
 
