@@ -140,6 +140,7 @@ TEST_F(CatalogQuery, TakesNoAnswerFromAQueryThatFailsOrIsInterrupted) {
     EXPECT_EQ(2533, query()) << end;
     expectTold(message);
     EXPECT_EQ(1u, support::occurrences(shown_, "QRB")) << shown_;
+    EXPECT_EQ(0u, shown_.find(std::string("\n") + message)) << "a line of its own: " << shown_;
     EXPECT_TRUE(filesAreGone()) << end;
   }
   // The parent may have this program ignore the end of its children.
