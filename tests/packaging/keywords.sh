@@ -7,9 +7,11 @@ cd "$(dirname "$(readlink -f "$0")")/../.."
 build=$(readlink -f "$1") man=docs/man sample=packaging/vexo.opt.sample bad=0
 site=$(mktemp -d)
 trap 'rm -rf "$site"' EXIT
-export PATH=$build/bin:$PATH TERM=dumb SANDBOX_HOME=$site
-export LD_LIBRARY_PATH=$build/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
-unset VLTI_DIR VLTI_LOG VLTI_CONFIG NLS_LANG ORACLE_HOME ORACLE_PATH SQLPATH
+# shellcheck disable=SC2034 # read by site.sh
+site_programs=$build/bin site_libraries=$build/lib
+# shellcheck source=sandbox/site.sh
+source sandbox/site.sh
+make_site "$site" 1 1 --owner oracle >/dev/null
 
 # same WHAT FILE...: every file has the lines of the first one, in any order.
 same() {
@@ -80,17 +82,11 @@ while read -r command; do
 done <"$site/lists/zylstore"
 
 # The sample, with its directories moved into the site and the build tree.
-mkdir "$site"/{log,passwords}
-{
-  zylstore init
-  zylstore node ORANODE --password secret --save-password "$site/passwords"
-  zylstore put --node ORANODE --fs /marlorc --ll /one --owner oracle
-} >/dev/null
-echo "STORE $site/store.db" >"$site/vlt.opt"
+mkdir "$site/log"
 sed "s|^\*\([^ *]\)|\1|; s|/opt/norvik/zyl/client|$build/client|; s|/etc/|$site/|
      s|/var/log/vexo|$site/log|; s|/var/lib/vexo|$site|" "$sample" >"$site/vexo.opt"
 if ! vexosync query -VEXO_OPTFILE="$site/vexo.opt" </dev/null >"$site/screen" 2>&1 ||
-  [[ ! -s $site/log/vexo.trc ]] || ! grep -q /marlorc/oracle/one "$site/screen"; then
+  [[ ! -s $site/log/vexo.trc ]] || ! grep -q /marlorc/ "$site/screen"; then
   echo "keywords: vexosync QUERY does not work with the sample" >&2
   cat "$site/screen" >&2
   bad=1

@@ -16,19 +16,14 @@ leave_site() {
 }
 trap leave_site EXIT
 
-export SANDBOX_HOME=$site VEXO_OPTFILE=$site/vexo.opt TMPDIR=$site TERM=ansi
-export PATH=$build/bin:$build/bin/sandbox:$PATH
-export LD_LIBRARY_PATH=$build/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
-unset VLTI_DIR VLTI_LOG VLTI_CONFIG NLS_LANG ORACLE_HOME ORACLE_PATH SQLPATH
-printf '%s\n' "STORE $site/store.db" >"$site/vlt.opt"
-printf '%s\n' "VLTI_ORC_CONFIG $site/vlt.opt" "VLTI_LOG $site" "VEXO_NODE ORANODE" \
-  "VEXO_PSWDPATH $site/passwords" >"$site/vexo.opt"
-{
-  zylstore init
-  zylstore node ORANODE --password secret --save-password "$site/passwords"
-  zylstore generate --objects "$all" --orphans 0 --seed "$seed"
-  zylstore limits --max-objects-per-txn $((whole + 1))
-} >"$site/made"
+# shellcheck disable=SC2034 # read by site.sh
+site_programs=$build/bin:$build/bin/sandbox site_libraries=$build/lib
+# shellcheck source=sandbox/site.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../../sandbox/site.sh"
+export TMPDIR=$site TERM=ansi
+make_site "$site" "$all" 0 >"$site/made"
+rm -r "$site/catalogs" # a script that needs one makes its own
+zylstore limits --max-objects-per-txn $((whole + 1)) >"$site/made"
 cp "$site/store.db" "$site/fresh.db"
 zylstore list | cut -f1 >"$site/before"
 record=$site/vexodeleted.log
