@@ -53,8 +53,8 @@ Step logon(const std::string& arguments, std::int16_t rc) {
 TEST_F(PasswordFile, IsWrittenInChunksThatReadBack) {
   unsigned key[2] = {};
   const std::string digits = "0123456789abcdef0";
-  for (const std::string& password : {digits.substr(0, 0), digits.substr(0, 5),
-                                      digits.substr(0, 16), digits, std::string(64, 'x')}) {
+  for (const std::string& password :
+       {std::string(), digits.substr(0, 5), digits.substr(0, 16), digits, std::string(64, 'x')}) {
     const std::size_t length = password.size(), chunks = (length + 7) / 8;
     ScriptedApi api(std::vector<Step>(chunks, cipher("vltEncryptEx")));
     ASSERT_EQ(0, psvexoWritePswdToFile("pw///", "pw///VEXO.N", password.c_str(), key));

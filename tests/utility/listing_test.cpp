@@ -167,12 +167,12 @@ TEST_F(FileList, ReadsRecordsOfAnyBytesWithinTheirBounds) {
           scribble(&info, sizeof info);
         }),
         Step("vltBeginQuery")});
-  utZylObj_s* object = list_.getFirst();
-  ASSERT_NE(nullptr, object);
-  EXPECT_EQ(std::string(1280, '\xff'), object->name);
-  EXPECT_EQ(std::string(64, '\xff'), object->owner);
+  utZylObj_s* found = list_.getFirst();
+  ASSERT_NE(nullptr, found);
+  EXPECT_EQ(std::string(1280, '\xff'), found->name);
+  EXPECT_EQ(std::string(64, '\xff'), found->owner);
   support::Captured output;
-  utPrintBackupItem(object);
+  utPrintBackupItem(found);
   EXPECT_EQ(1280 + 64, std::ranges::count(output.take(), '?'));
   char entry[kEntryTextSize];
   EXPECT_EQ(0, pkFormatEntry(&list_, entry, 1, 1));
