@@ -35,8 +35,9 @@ void fuzz::check(const std::string&, char* text) {
   trace.trEnable(text, true);
   trace.trTestEnable(text);
   const std::string atOnce = takeFlags();
-  for (char* word = std::strtok(text, " ,\t"); word != nullptr;
-       word = std::strtok(nullptr, " ,\t")) {
+  constexpr char kSeparators[] = " ,\t\r\n'\"";
+  for (char* word = std::strtok(text, kSeparators); word != nullptr;
+       word = std::strtok(nullptr, kSeparators)) {
     const bool on = *word != '-';
     trace.trTestEnable(word);
     if (!on) ++word;
