@@ -167,12 +167,12 @@ TEST_F(FileList, ReadsRecordsOfAnyBytesWithinTheirBounds) {
           scribble(&info, sizeof info);
         }),
         Step("vltBeginQuery")});
-  utZylObj_s* found = list_.getFirst();
-  ASSERT_NE(nullptr, found);
-  EXPECT_EQ(std::string(1280, '\xff'), found->name);
-  EXPECT_EQ(std::string(64, '\xff'), found->owner);
+  utZylObj_s* scribbled = list_.getFirst();
+  ASSERT_NE(nullptr, scribbled);
+  EXPECT_EQ(std::string(1280, '\xff'), scribbled->name);
+  EXPECT_EQ(std::string(64, '\xff'), scribbled->owner);
   support::Captured output;
-  utPrintBackupItem(found);
+  utPrintBackupItem(scribbled);
   EXPECT_EQ(1280 + 64, std::ranges::count(output.take(), '?'));
   char entry[kEntryTextSize];
   EXPECT_EQ(0, pkFormatEntry(&list_, entry, 1, 1));
