@@ -268,9 +268,10 @@ class AnswerReader {
       for (std::size_t next = first + 1; next < fewLines_.size(); ++next) {
         const std::string& line = fewLines_[next];
         for (std::string& join : joins) join += line;
-        joins.push_back(plain + ' ' + line);
+        joins.push_back(plain);
+        joins.back().append(1, ' ').append(line);
         plain += line;
-        spaced += ' ' + line;
+        spaced.append(1, ' ').append(line);
         if (plain.size() > kLongestHandle) break;
         short rc = insert(plain);
         if (rc == kTreeStored) rc = insert(spaced);
