@@ -2,10 +2,6 @@
 #include "api/vltrecords.h"
 
 #include <cstring>
-#include <string_view>
-
-#include "common/ut/result.h"
-#include "common/ut/strutil.h"
 
 namespace {
 
@@ -13,8 +9,7 @@ namespace {
 // one in the copy.
 template <std::size_t N>
 void copySame(char (&to)[N], const char (&from)[N]) {
-  ut::ignoreResult(ut::copyText(to, std::string_view(from, ::strnlen(from, N - 1))),
-                   "both sides have the same length");
+  if (::memccpy(to, from, '\0', N - 1) == nullptr) to[N - 1] = '\0';
 }
 
 template <typename To, typename From>

@@ -152,7 +152,7 @@ utility::SpoolLine utility::classifyLine(std::string_view line) {
     result.kind = LineKind::kError;
   } else if (result.text.size() != result.word.size()) {
     result.kind = kindOfWords(result, fills, padded, &result.count);
-  } else if (isErrorHeading(result.text)) {
+  } else if (result.word.starts_with("ERROR") && isErrorHeading(result.text)) {
     result.kind = LineKind::kErrorHeading;
   } else if (result.word == "Session") {
     result.kind = LineKind::kConfirmation;

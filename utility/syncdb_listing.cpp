@@ -123,7 +123,8 @@ class Listing {
   std::int16_t nextObject() {
     block_ = {3, kBufferLength, 0, buffer_.bytes};
     VltQryRespBackup& response = buffer_.response;
-    response = {};
+    // Not "= {}", for which the compiler clears a second record and copies it.
+    std::memset(&response, 0, sizeof response);
     response.structVersion = kResponseVersion;
     response.objState = VLT_STATE_ACTIVE;
     const std::int16_t rc =

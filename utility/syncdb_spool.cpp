@@ -33,6 +33,7 @@
 
 #include "common/nls/nls.h"
 #include "common/ut/agttrc.h"
+#include "common/ut/ascii.h"
 #include "common/ut/progress.h"
 #include "common/ut/psfile.h"
 #include "common/ut/utf8.h"
@@ -55,10 +56,9 @@ constexpr std::size_t kFewLines = 40;  // lines whose every join is tried, witho
 
 // "?", U+FFFD and U+00BF: what a conversion between character sets puts where it has no letter.
 bool holdsReplacement(std::string_view text) {
-  for (const std::string_view sign : {"?", "\xEF\xBF\xBD", "\xC2\xBF"}) {
-    if (text.find(sign) != text.npos) return true;
-  }
-  return false;
+  if (text.find('?') != text.npos) return true;
+  if (ut::isAscii(text)) return false;
+  return text.find("\xEF\xBF\xBD") != text.npos || text.find("\xC2\xBF") != text.npos;
 }
 
 class AnswerReader {

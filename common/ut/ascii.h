@@ -6,6 +6,8 @@
 #ifndef COMMON_UT_ASCII_H
 #define COMMON_UT_ASCII_H
 
+#include <string_view>
+
 namespace ut {
 
 constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
@@ -13,11 +15,10 @@ constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
 constexpr bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 // Whether a text holds ASCII only.
-constexpr bool isAscii(const char* text) {
-  for (; *text != '\0'; ++text) {
-    if (static_cast<unsigned char>(*text) > 0x7F) return false;
-  }
-  return true;
+constexpr bool isAscii(std::string_view text) {
+  unsigned char all = 0;  // no early end: so several characters are looked at at once
+  for (const char c : text) all = static_cast<unsigned char>(all | static_cast<unsigned char>(c));
+  return all <= 0x7F;
 }
 
 // Change the case of the letters of a text in place.
