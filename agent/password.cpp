@@ -155,7 +155,8 @@ short psvexoReadPswdFromFile(const char* path, char* password, unsigned int* key
   *password = '\0';
   const ut::FilePtr file = openToRead(path);
   if (file == nullptr) return kNotReadable;
-  std::setvbuf(file.get(), nullptr, _IONBF, 0);  // no copy of it stays behind
+  // Unbuffered: stdio would keep the password in its buffer, and free that unwiped.
+  std::setvbuf(file.get(), nullptr, _IONBF, 0);
   char header[kHeaderLength];
   ut::ignoreResult(std::fread(header, 1, sizeof header, file.get()), "not checked");
   std::size_t length = 0;
