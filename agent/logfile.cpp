@@ -14,6 +14,7 @@
 #include "api/clientdirs.h"
 #include "common/ut/path.h"
 #include "common/ut/psfile.h"
+#include "common/ut/pssignal.h"
 #include "common/ut/result.h"
 #include "common/ut/strutil.h"
 
@@ -56,6 +57,29 @@ bool lock(int descriptor, int waitMs) {
   return false;
 }
 
+// What becomes of a text of which only the beginning could be written.
+enum class Rest { kKept, kRemoved };
+
+// Appends to an open file, or does nothing if `descriptor` is negative, and closes it. True if
+// everything is in the file.
+bool appendTo(int descriptor, std::string_view text, int waitMs, Rest rest) {
+  if (descriptor < 0) return false;
+  bool written = lock(descriptor, waitMs);
+  if (written) {
+    const ut::SignalsHeld held;  // a signal that ends the program must not cut a line off
+    const off_t before = ::lseek(descriptor, 0, SEEK_END);
+    if (!text.empty() && endsInsideALine(descriptor)) written = writeAll(descriptor, "\n");
+    written = written && writeAll(descriptor, text);
+    if (!written && rest == Rest::kRemoved && before >= 0) {
+      ut::ignoreResult(::ftruncate(descriptor, before), "nothing else is left to be tried");
+    }
+    // The lock covers the file from its beginning; the position has moved since.
+    ut::ignoreResult(::lseek(descriptor, 0, SEEK_SET), "closing unlocks as well");
+    ut::ignoreResult(::lockf(descriptor, F_ULOCK, 0), "closing unlocks as well");
+  }
+  return ::close(descriptor) == 0 && written;
+}
+
 }  // namespace
 
 void agent::logIn(const char* directory, const char* name, char* path) {
@@ -79,15 +103,10 @@ void agent::findLog(const char* name, char* path) {
 bool agent::appendLocked(const char* path, std::string_view text, int waitMs) {
   // O_APPEND, because after a seek we could still overwrite the line of a writer that takes no
   // lock.
-  const int descriptor = ::open(path, O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600);
-  if (descriptor < 0) return false;
-  bool written = lock(descriptor, waitMs);
-  if (written) {
-    if (!text.empty() && endsInsideALine(descriptor)) written = writeAll(descriptor, "\n");
-    written = written && writeAll(descriptor, text);
-    // The lock covers the file from its beginning; the position has moved since.
-    ut::ignoreResult(::lseek(descriptor, 0, SEEK_SET), "closing unlocks as well");
-    ut::ignoreResult(::lockf(descriptor, F_ULOCK, 0), "closing unlocks as well");
-  }
-  return ::close(descriptor) == 0 && written;
+  return appendTo(::open(path, O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600), text,
+                  waitMs, Rest::kKept);
+}
+
+bool agent::appendWhole(const char* path, std::string_view lines) {
+  return appendTo(ut::openOwnForAppend(path), lines, kLockWaitMs, Rest::kRemoved);
 }

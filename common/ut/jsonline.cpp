@@ -63,6 +63,12 @@ ut::JsonLine& ut::JsonLine::signedNumber(std::string_view name, std::int64_t val
   return *this;
 }
 
+ut::JsonLine& ut::JsonLine::flag(std::string_view name, bool value) {
+  begin(name);
+  line_ += value ? "true" : "false";
+  return *this;
+}
+
 std::string ut::JsonLine::finish() {
   std::string result = line_.empty() ? "{" : std::move(line_);
   line_.clear();

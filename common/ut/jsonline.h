@@ -21,6 +21,7 @@ class JsonLine {
   JsonLine& text(std::string_view name, std::string_view value);
   JsonLine& number(std::string_view name, std::uint64_t value);
   JsonLine& signedNumber(std::string_view name, std::int64_t value);
+  JsonLine& flag(std::string_view name, bool value);
 
   // The whole line with its line end. The object is then empty again.
   std::string finish();

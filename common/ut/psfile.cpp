@@ -112,6 +112,11 @@ ut::FilePtr ut::openOwnFile(const char* path, struct stat* entry) {
   return FilePtr(file);
 }
 
+int ut::openOwnForAppend(const char* path) {
+  struct stat entry;
+  return openOurs(path, O_RDWR | O_APPEND | O_CREAT | O_NOCTTY, &entry);
+}
+
 ut::StandardFiles ut::openStandardFiles() {
   StandardFiles result;
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {

@@ -48,6 +48,11 @@ FilePtr openPrivateFile(const char* path);
 // receives the file's status.
 FilePtr openOwnFile(const char* path, struct stat* entry);
 
+// Opens `path` for reading and appending, as a plain file of this user under this one name; a new
+// one is created with mode 0600. A descriptor, or -1 with errno (EEXIST when the entry is not
+// acceptable, a link included).
+[[nodiscard]] int openOwnForAppend(const char* path);
+
 // The three standard descriptors, as the program found them.
 struct StandardFiles {
   bool ready = false;            // all three are open now

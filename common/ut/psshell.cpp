@@ -58,11 +58,13 @@ class SpawnSettings {
   SpawnSettings& operator=(const SpawnSettings&) = delete;
 
   // The signals that this program catches become default ones by themselves, ignored ones stay
-  // ignored. Only SIGCHLD is set: a shell that inherits "ignore" could not wait either.
+  // ignored. Two are set: a shell that inherits "ignore" for SIGCHLD could not wait either, and
+  // SIGXFSZ is ignored for this program's own files only.
   bool fill(bool emptyInput) {
     sigset_t standard;
     ::sigemptyset(&standard);
     ::sigaddset(&standard, SIGCHLD);
+    ::sigaddset(&standard, SIGXFSZ);
     return good_ && ::posix_spawnattr_setsigdefault(&attributes_, &standard) == 0 &&
            ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF) == 0 &&
            (!emptyInput || ::posix_spawn_file_actions_addopen(&files_, STDIN_FILENO, "/dev/null",

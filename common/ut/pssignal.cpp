@@ -21,3 +21,11 @@ ut::SignalWatch::~SignalWatch() {
   if (!installed_) return;
   ignoreResult(::sigaction(signal_, &saved_, nullptr), "the action was valid before");
 }
+
+ut::SignalsHeld::SignalsHeld() {
+  sigset_t all;
+  sigfillset(&all);
+  sigprocmask(SIG_SETMASK, &all, &saved_);
+}
+
+ut::SignalsHeld::~SignalsHeld() { sigprocmask(SIG_SETMASK, &saved_, nullptr); }

@@ -27,6 +27,18 @@ class SignalWatch {
   struct sigaction saved_ = {};
 };
 
+// Holds back every signal that can be held until the end of the scope. Not for several threads.
+class SignalsHeld {
+ public:
+  SignalsHeld();
+  ~SignalsHeld();
+  SignalsHeld(const SignalsHeld&) = delete;
+  SignalsHeld& operator=(const SignalsHeld&) = delete;
+
+ private:
+  sigset_t saved_;
+};
+
 }  // namespace ut
 
 #endif  // COMMON_UT_PSSIGNAL_H
