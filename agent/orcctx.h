@@ -11,6 +11,7 @@
 inline constexpr std::size_t kOptionSize = 512;
 inline constexpr std::size_t kMessageSize = 1025;
 inline constexpr std::size_t kPasswordSize = 65;
+inline constexpr std::size_t kNodeSize = 65;
 
 struct orcObj_t {
   std::uint32_t vltHandle;      // storage session, 0 while none is open
@@ -18,6 +19,10 @@ struct orcObj_t {
   std::int16_t apiSetUp;        // 1: the library was set up and must be cleaned up
   std::int32_t bUsePwGenerate;  // 1: the library keeps the node's password
   std::int32_t clientType;      // handed to the message system
+
+  // As the storage server knows the session; empty before the logon.
+  char sessionNode[kNodeSize];
+  char sessionOwner[kNodeSize];
 
   // Options, in the order of the options file's keyword table.
   char VLTI_DIR[kOptionSize];

@@ -159,6 +159,10 @@ std::int16_t querySessionInfo(orcObj_t* orc) {
     return rc;
   }
   orc->maxObjPerTxn = info.maxObjPerTxn;
+  ut::terminate(info.nodeName);
+  ut::terminate(info.owner);
+  ut::ignoreResult(ut::copyText(orc->sessionNode, info.nodeName), "of the same size");
+  ut::ignoreResult(ut::copyText(orc->sessionOwner, info.owner), "of the same size");
   ut::terminate(info.serverHost);
   ut::terminate(info.serverType);
   ut::terminate(info.domainName);

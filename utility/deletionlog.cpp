@@ -1,26 +1,13 @@
 // deletionlog.cpp: the record of what was deleted, see deletionlog.h.
 #include "utility/deletionlog.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
-#include <ctime>
-
 #include "agent/logfile.h"
-#include "agent/psutil2.h"
-#include "api/vltapi.h"
-#include "common/ut/jsonline.h"
-#include "common/ut/nfdate.h"
+#include "api/clientdirs.h"
+#include "utility/recordline.h"
 
 namespace {
 
-constexpr std::uint64_t kFormatVersion = 1;
 constexpr std::size_t kLargestBatch = std::size_t{64} << 10;  // bytes kept in memory
-
-std::string userName() {
-  const struct passwd* user = ::getpwuid(::getuid());
-  return user != nullptr ? user->pw_name : std::to_string(::getuid());
-}
 
 std::string logPath() {
   char path[api::kPathSize];
@@ -33,40 +20,33 @@ const char* textOf(utility::Outcome outcome) {
   return outcome == utility::Outcome::kTakenBack ? "taken back" : "unknown";
 }
 
-// Distinguishes the runs that have the same process number.
-std::time_t runTime() {
-  static const std::time_t start = std::time(nullptr);
-  return start;
-}
-
-ut::JsonLine lineFor(const char* event, const std::string& user, const std::string& transaction) {
-  ut::JsonLine line;
-  line.number("v", kFormatVersion).text("event", event).text("time", ut::isoNow().text);
-  line.signedNumber("pid", psvexoGetID()).text("user", user).text("transaction", transaction);
+ut::JsonLine lineFor(const char* event, const std::string& transaction) {
+  ut::JsonLine line = utility::recordLine(event);
+  utility::addOrigin(&line);
+  line.text("transaction", transaction);
   return line;
 }
 
 }  // namespace
 
-utility::DeletionLog::DeletionLog() : path_(logPath()), user_(userName()) {}
+utility::DeletionLog::DeletionLog(RunReport* report)
+    : report_(report != nullptr && report->isOpen() ? report : nullptr), path_(logPath()) {}
 
 bool utility::DeletionLog::canWrite() const { return agent::appendLocked(path(), ""); }
 
 void utility::DeletionLog::begin(unsigned number) {
-  transaction_ = std::to_string(runTime()) + "-" + std::to_string(psvexoGetID()) + "-" +
-                 std::to_string(number);
+  transaction_ = runName() + "-" + std::to_string(number);
   objects_ = 0;
+  reported_.clear();
 }
 
 void utility::DeletionLog::add(const utZylObj_s& object) {
-  lines_ += lineFor("delete", user_, transaction_)
-                .text("node", object.node)
-                .text("owner", object.owner)
-                .text("id", std::to_string(api::toNumber(object.objId)))
-                .number("size", api::toNumber(object.sizeEstimate))
-                .text("date", ut::isoDate(api::toNfDate(object.insDate)).text)
-                .text("name", object.name)
-                .finish();
+  ut::JsonLine line = lineFor("delete", transaction_);
+  line.text("node", object.node).text("owner", object.owner);
+  addObject(object, &line);
+  const std::string text = line.text("name", object.name).finish();
+  lines_ += text;
+  if (report_ != nullptr) reported_ += text;
   ++objects_;
   if (lines_.size() > kLargestBatch) flush();
 }
@@ -77,11 +57,15 @@ void utility::DeletionLog::flush() {
 }
 
 void utility::DeletionLog::end(Outcome outcome, std::int16_t code, std::uint16_t reason) {
-  lines_ += lineFor("end", user_, transaction_)
-                .text("outcome", textOf(outcome))
-                .signedNumber("code", code)
-                .number("reason", reason)
-                .number("objects", objects_)
-                .finish();
+  const std::string text = lineFor("end", transaction_)
+                               .text("outcome", textOf(outcome))
+                               .signedNumber("code", code)
+                               .number("reason", reason)
+                               .number("objects", objects_)
+                               .finish();
+  lines_ += text;
   flush();
+  if (report_ == nullptr) return;
+  if (outcome != Outcome::kCommitted) reported_.clear();
+  report_->add(reported_ + text);
 }

@@ -1,6 +1,6 @@
 // deletionlog.h: vexodeleted.log, the record of what was deleted, beside the error log.
 //
-// JSON Lines (see jsonline.h). Each object of a transaction has its line before the transaction is
+// Lines as in recordline.h. Each object of a transaction has its line before the transaction is
 // committed, and the transaction has a last line that says how it ended:
 //
 //   {"v":1,"event":"delete","time":T,"pid":N,"user":S,"transaction":S,"node":S,"owner":S,
@@ -15,12 +15,16 @@
 // So an object is gone for certain if the "end" line of its transaction says "committed". If that
 // line is missing or says "unknown", only the server can tell. Lines are written before the server
 // is asked to commit, but not forced to the disk: they survive the program, not the machine.
+//
+// The report of the run (runreport.h) gets the same lines, those of objects only if the transaction
+// was committed.
 #ifndef UTILITY_DELETIONLOG_H
 #define UTILITY_DELETIONLOG_H
 
 #include <cstdint>
 #include <string>
 
+#include "utility/runreport.h"
 #include "utility/zylobj.h"
 
 namespace utility {
@@ -29,10 +33,11 @@ inline constexpr char kDeletionLogName[] = "vexodeleted.log";
 
 enum class Outcome { kCommitted, kTakenBack, kUnknown };
 
-// The record of one deletion, which may need several transactions. Throws std::bad_alloc.
+// The record of one deletion, which may need several transactions. Throws std::bad_alloc. `report`
+// may be null.
 class DeletionLog {
  public:
-  DeletionLog();
+  explicit DeletionLog(RunReport* report = nullptr);
 
   const char* path() const { return path_.c_str(); }
   // Whether a line could be written now. Creates the file.
@@ -49,7 +54,10 @@ class DeletionLog {
   bool failed() const { return failed_; }
 
  private:
-  std::string path_, user_, transaction_, lines_;
+  RunReport* report_;
+  std::string path_, transaction_;
+  std::string lines_;          // not yet in the record
+  std::string reported_;       // the transaction's lines for the report
   std::uint64_t objects_ = 0;  // in this transaction
   bool failed_ = false;
 };

@@ -23,7 +23,7 @@ void utility::doubtDates(const nfDate& start, const nfDate& end, bool noCatalog,
   const nfDate today = dayOf(ut::localNow());
   if (dateCmp(dayOf(end), today) >= 0) {
     if (endDateShown) {
-      run->doubts.push_back(nlsprintf(msg::kDefaultEndDate));
+      keepDoubt(run, nlsprintf(msg::kDefaultEndDate));
     } else {
       raiseDoubt(run, nlsprintf(msg::kEndDateRecent));
     }

@@ -3,7 +3,12 @@
 
 #include "agent/errormsg.h"
 
+void utility::keepDoubt(RunRecord* run, const std::string& message) {
+  run->doubts.push_back(message);
+  if (run->report != nullptr) run->report->doubt(message);
+}
+
 void utility::raiseDoubt(RunRecord* run, const std::string& message) {
   agent::showAndLog(message);
-  run->doubts.push_back(message);
+  keepDoubt(run, message);
 }

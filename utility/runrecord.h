@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "common/ut/nfdate.h"
+#include "utility/runreport.h"
 #include "utility/zylobj.h"
 
 namespace utility {
@@ -17,7 +18,8 @@ enum class ListKind {
 };
 
 struct RunRecord {
-  explicit RunRecord(ListKind listKind) : list(listKind) {}
+  explicit RunRecord(ListKind listKind, RunReport* runReport = nullptr)
+      : list(listKind), report(runReport) {}
 
   const ListKind list;
   nfDate end = {};  // the last day of the range
@@ -27,6 +29,8 @@ struct RunRecord {
   std::uint64_t objects = 0;       // on the server, of these dates
   std::uint64_t objectsKnown = 0;  // of these, how many a catalog knows
 
+  RunReport* const report;  // null: nobody wants one
+
   // Messages that say why good backups may look like orphans. They are repeated at the question.
   std::vector<std::string> doubts;
 
@@ -34,7 +38,10 @@ struct RunRecord {
   unsigned transactions = 0;
 };
 
-// Keeps a doubt, shows it and writes it to the error log.
+// Keeps a doubt, and puts it into the report.
+void keepDoubt(RunRecord* run, const std::string& message);
+
+// The same, and shows it and writes it to the error log.
 void raiseDoubt(RunRecord* run, const std::string& message);
 
 }  // namespace utility

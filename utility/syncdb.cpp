@@ -21,13 +21,16 @@
 namespace {
 
 unsigned short runStage(orcObj_t* orc, vexoOptionsInfo_t& options,
-                        const vexoCommandsInfo_t& commands) {
+                        const vexoCommandsInfo_t& commands, utility::RunReport* report) {
   nfDate start = {}, end = {};
   int usedDefaultEnd = 0;
   utGetDates(&start, &end, usedDefaultEnd);
-  if (commands.syncdb != 0) return utSyncZylToRman(orc, options, end, start, usedDefaultEnd);
-  if (commands.deleteObj != 0) return utDeleteFromZyl(orc, options, end, start);
-  if (commands.query != 0) return utQueryZyl(orc, options, end, start);
+  if (report != nullptr) report->start(start, end);
+  if (commands.syncdb != 0) {
+    return utSyncZylToRman(orc, options, end, start, usedDefaultEnd, report);
+  }
+  if (commands.deleteObj != 0) return utDeleteFromZyl(orc, options, end, start, report);
+  if (commands.query != 0) return utQueryZyl(orc, options, end, start, report);
   TRACE(TR_ORCLEVEL0, " %s: Unexpected command\n", "vexoProcessCommand()");
   return utility::kFailed;
 }
@@ -35,7 +38,7 @@ unsigned short runStage(orcObj_t* orc, vexoOptionsInfo_t& options,
 }  // namespace
 
 unsigned short vexoProcessCommand(orcObj_t* orc, vexoOptionsInfo_t& options,
-                                  vexoCommandsInfo_t commands) {
+                                  vexoCommandsInfo_t commands, utility::RunReport* report) {
   static constexpr char kFunction[] = "vexoProcessCommand()";
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
   unsigned short rc = vexoSession(orc);
@@ -50,8 +53,9 @@ unsigned short vexoProcessCommand(orcObj_t* orc, vexoOptionsInfo_t& options,
     TRACE(TR_ORCLEVEL0, " %s: Exit vexoSession() failed rc = %d\n", kFunction, rc);
     return rc;
   }
+  if (report != nullptr) report->logon(orc->sessionNode, orc->sessionOwner);
   try {
-    rc = runStage(orc, options, commands);
+    rc = runStage(orc, options, commands, report);
   } catch (const std::bad_alloc&) {
     nlprintf(msg::kNoMemory);
     rc = msg::kNoMemory.code();

@@ -13,11 +13,13 @@
 #define UTILITY_SYNCDB_H
 
 #include "agent/orcctx.h"
+#include "utility/runreport.h"
 #include "utility/utparser.h"
 
 // Logs on, asks for the dates, runs the command's stage and logs off. Returns the stage's result,
-// or the code of a logon that failed; nothing was asked then.
+// or the code of a logon that failed; nothing was asked then. `report` may be null.
 [[nodiscard]] unsigned short vexoProcessCommand(orcObj_t* orc, vexoOptionsInfo_t& options,
-                                                vexoCommandsInfo_t commands);
+                                                vexoCommandsInfo_t commands,
+                                                utility::RunReport* report = nullptr);
 
 #endif  // UTILITY_SYNCDB_H

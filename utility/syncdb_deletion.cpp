@@ -41,7 +41,7 @@ class Deletion {
   unsigned short run() {
     nlprintf(msg::kBlankLine);
     const utility::PickSummary picks = utility::summarizePicks(*list_);
-    log_.emplace();
+    log_.emplace(run_->report);
     const bool recorded = log_->canWrite();
     const bool readable = describe(picks, recorded);
     if (PromptYN() != 1 || !readable) {
@@ -106,7 +106,10 @@ class Deletion {
     if (picks.total.count == 0) nlprintf(msg::kNothingPicked);
     for (const std::string& doubt : run_->doubts) nlprintf(msg::kLine, doubt);
     const std::string ofPicks = utility::doubtPicks(*list_, *run_);
-    if (!ofPicks.empty()) agent::showAndLog(ofPicks);
+    if (!ofPicks.empty()) {
+      agent::showAndLog(ofPicks);
+      if (run_->report != nullptr) run_->report->doubt(ofPicks);
+    }
     if (!recorded) agent::showAndLog(nlsprintf(msg::kRecordNotWritten, log_->path()));
     const bool remarks = !readable || picks.total.count == 0 || !run_->doubts.empty() ||
                          !ofPicks.empty() || !recorded;
@@ -181,6 +184,7 @@ class Deletion {
     if (outcome != Outcome::kCommitted) return;
     run_->deleted.count += transaction_.count;
     run_->deleted.bytes += transaction_.bytes;
+    if (run_->report != nullptr) run_->report->deleted(run_->deleted);
   }
 
   // Commits what is there and begins the next transaction.

@@ -215,7 +215,10 @@ class Listing {
     }
     ut::ignoreResult(gVltApiObjP->dvltEndQuery(VltApiStatusObjP, orc_->vltHandle),
                      "the list is complete");
-    if (counts_ != nullptr) counts_->complete = answer == VLT_RC_FINISHED && !skipped_;
+    if (counts_ != nullptr) {
+      const bool ended = answer == VLT_RC_FINISHED || (noMatch && counts_->objects == 0);
+      counts_->complete = ended && !skipped_;
+    }
     const bool empty = answer == VLT_RC_FINISHED && list_->getFirst() == nullptr;
     if (empty) printNothingFound();
     if (noMatch) {

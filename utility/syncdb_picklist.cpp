@@ -34,12 +34,14 @@ unsigned short utProcessPickList(orcObj_t* orc, CLinkedList<utZylObj_s>* list,
 }
 
 unsigned short utDeleteFromZyl(orcObj_t* orc, vexoOptionsInfo_t&, const nfDate& end,
-                               const nfDate& start) {
+                               const nfDate& start, utility::RunReport* report) {
   ObjectList list;
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", "utDeleteFromZyl()");
-  unsigned short rc = utGetFileList(start, end, orc, &list, nullptr);
+  utility::RangeCounts counts;
+  unsigned short rc = utGetFileList(start, end, orc, &list, nullptr, &counts);
   if (rc == 0) {
-    utility::RunRecord run(utility::ListKind::kAll);
+    if (report != nullptr) report->listing(counts, list);
+    utility::RunRecord run(utility::ListKind::kAll, report);
     rc = utProcessPickList(orc, &list, &run);
   } else {
     TRACE(TR_ORCLEVEL0, " %s: utGetFileList() failed. rc = %d\n\n", "utDeleteFromZyl()", rc);

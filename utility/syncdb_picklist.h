@@ -17,6 +17,7 @@
 // DELETE: all objects of the range go to the pick list. The end date comes first. Returns the code
 // of the listing or of the pick list.
 [[nodiscard]] unsigned short utDeleteFromZyl(orcObj_t* orc, vexoOptionsInfo_t& options,
-                                             const nfDate& end, const nfDate& start);
+                                             const nfDate& end, const nfDate& start,
+                                             utility::RunReport* report = nullptr);
 
 #endif  // UTILITY_SYNCDB_PICKLIST_H

@@ -16,38 +16,34 @@ std::string textOr(nls::Message<> message, const char* fallback) {
   return text.empty() ? fallback : text;
 }
 
-std::string encryptionText(const utZylObj_s& object) {
-  if ((object.encryptionType & VLT_ENCRYPT_AES_128) != 0) return "AES_128BIT";
-  if ((object.encryptionType & VLT_ENCRYPT_AES_256) != 0) return "AES_256BIT";
-  if ((object.encryptionType & VLT_ENCRYPT_DES_56) != 0) return "DES_56BIT";
-  return textOr(msg::kNone, "None");
-}
-
 }  // namespace
 
 void utPrintBackupItem(utZylObj_s* object) {
   const std::string yes = textOr(msg::kYes, "Yes");
   const std::string no = textOr(msg::kNo, "No");
+  const std::string none = textOr(msg::kNone, "None");
   const nfDate date = api::toNfDate(object->insDate);
   nlprintf(msg::kItemHeading);
   nlprintf(msg::kItem, object->name, object->owner, ut::formatDate(date).text,
            ut::formatTime(date).text, ut::formatNumber(api::toNumber(object->sizeEstimate)).text,
-           object->compressed == 1 ? yes : no, encryptionText(*object),
+           object->compressed == 1 ? yes : no, utility::encryptionName(*object, none.c_str()),
            object->clientDeduplicated == 1 ? yes : no);
   nlprintf(msg::kBlankLine);
 }
 
-unsigned short utQueryZyl(orcObj_t* orc, vexoOptionsInfo_t&, const nfDate& end,
-                          const nfDate& start) {
+unsigned short utQueryZyl(orcObj_t* orc, vexoOptionsInfo_t&, const nfDate& end, const nfDate& start,
+                          utility::RunReport* report) {
   ObjectList list;
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", "utQueryZyl()");
-  const unsigned short rc = utGetFileList(start, end, orc, &list, nullptr);
+  utility::RangeCounts counts;
+  const unsigned short rc = utGetFileList(start, end, orc, &list, nullptr, &counts);
   if (rc != 0) {
     TRACE(TR_ORCLEVEL0, " %s: utGetFileList() failed, rc = %d\n\n", "utQueryZyl()", rc);
   } else {
     for (utZylObj_s* object = list.getFirst(); object != nullptr; object = list.getNext(object)) {
       utPrintBackupItem(object);
     }
+    if (report != nullptr) report->listing(counts, list);
   }
   TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", "utQueryZyl()", rc);
   return rc;

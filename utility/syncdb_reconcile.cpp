@@ -85,6 +85,7 @@ unsigned short utility::listOrphans(const nfDate& start, const nfDate& end, orcO
   run->end = end;
   run->objects = counts.objects;
   run->objectsKnown = counts.known;
+  if (run->report != nullptr) run->report->listing(counts, *orphans);
   doubtMatches(counts, knowledge.lettersLost, run);
   if (counts.complete && counts.objects > 0 && counts.known == counts.objects) {
     nlprintf(msg::kAllKnown, ut::formatNumber(counts.objects).text);
@@ -128,7 +129,7 @@ unsigned short loadCatalogs(const CatalogList& catalogs, bool emptyInput, const 
 }
 
 unsigned short synchronize(orcObj_t* orc, const vexoOptionsInfo_t& options, const nfDate& end,
-                           const nfDate& start, int usedDefaultEnd) {
+                           const nfDate& start, int usedDefaultEnd, utility::RunReport* report) {
   const bool fromScript = scriptInput(*orc);
   const bool noCatalog = options.noCatalog != 0;
   if (usedDefaultEnd != 0) {
@@ -142,7 +143,7 @@ unsigned short synchronize(orcObj_t* orc, const vexoOptionsInfo_t& options, cons
   } else {
     TRACE(TR_ORCLEVEL2, " %s: Synchronizing with RMAN Catalog\n", kFunction);
   }
-  utility::RunRecord run(utility::ListKind::kOrphans);
+  utility::RunRecord run(utility::ListKind::kOrphans, report);
   utility::doubtDates(start, end, noCatalog, usedDefaultEnd != 0, &run);
   Catalogs catalogs;
   unsigned short rc = utility::askForCatalogs({numberOfCatalogs(options), noCatalog, fromScript},
@@ -169,9 +170,10 @@ unsigned short synchronize(orcObj_t* orc, const vexoOptionsInfo_t& options, cons
 }  // namespace
 
 unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options, const nfDate& end,
-                               const nfDate& start, int usedDefaultEnd) {
+                               const nfDate& start, int usedDefaultEnd,
+                               utility::RunReport* report) {
   TRACE(TR_ORCLEVEL1, " %s: ENTER\n", kFunction);
-  const unsigned short rc = synchronize(orc, options, end, start, usedDefaultEnd);
+  const unsigned short rc = synchronize(orc, options, end, start, usedDefaultEnd, report);
   TRACE(TR_ORCLEVEL1, " %s: EXIT, rc = %d\n", kFunction, rc);
   return rc;
 }

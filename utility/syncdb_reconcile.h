@@ -37,6 +37,7 @@ struct Knowledge {
 // pick list's code, or that of the step that failed; 65535 when there is no orphan.
 [[nodiscard]] unsigned short utSyncZylToRman(orcObj_t* orc, vexoOptionsInfo_t& options,
                                              const nfDate& end, const nfDate& start,
-                                             int usedDefaultEnd);
+                                             int usedDefaultEnd,
+                                             utility::RunReport* report = nullptr);
 
 #endif  // UTILITY_SYNCDB_RECONCILE_H

@@ -5,11 +5,14 @@
 // catalog are there, so that it can be reported in the user's language. Every exit goes through
 // closeSess and then deletes the trace object, so that closeSess is still traced. The result is the
 // first failure's code, of which the shell sees the low eight bits, or 255 if they are 0.
+#include <signal.h>
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <optional>
 #include <string>
 
 #include "agent/errormsg.h"
@@ -27,6 +30,7 @@
 #include "common/ut/secret.h"
 #include "common/ut/stdinput.h"
 #include "utility/report.h"
+#include "utility/runreport.h"
 #include "utility/syncdb.h"
 #include "utility/utparser.h"
 
@@ -78,8 +82,9 @@ struct Run {
   vexoOptionsInfo_t options = {};
   bool outputWasClosed = false;
   unsigned short parsed = 0;
-  char* command = nullptr;  // as it was given
-  int commandRc = 0;        // of vexoProcessCommand
+  char* command = nullptr;                   // as it was given
+  int commandRc = 0;                         // of vexoProcessCommand
+  std::optional<utility::RunReport> report;  // of a command that makes one
 
   ~Run() {
     ut::wipe(options.oldPassword, sizeof options.oldPassword);
@@ -160,7 +165,8 @@ int checkOutput(const Run& run, int rc) {
 int dispatch(Run* run) {
   const vexoCommandsInfo_t& commands = run->commands;
   if (commands.syncdb != 0 || commands.deleteObj != 0 || commands.query != 0) {
-    return run->commandRc = vexoProcessCommand(&run->orc, run->options, commands);
+    utility::RunReport* const report = run->report ? &*run->report : nullptr;
+    return run->commandRc = vexoProcessCommand(&run->orc, run->options, commands, report);
   }
   // PASSWORD and the SHOW commands are accepted and end with the help and with success. Kept on
   // purpose, pinned by Run.AnswersCommandsThatItDoesNotRunWithTheHelpAndSuccess.
@@ -183,8 +189,18 @@ void traceExit(const Run& run, int rc) {
   }
 }
 
+const char* reportedCommand(const Run& run) {
+  if (run.parsed != 0) return nullptr;
+  if (run.commands.syncdb != 0) return "SYNCDB";
+  if (run.commands.deleteObj != 0) return "DELETE";
+  return run.commands.query != 0 ? "QUERY" : nullptr;
+}
+
 // The shell sees the low eight bits of a status, and must not take a failure for a success.
-int exitStatus(int rc) { return rc != 0 && (rc & 0xff) == 0 ? utility::kFailed : rc; }
+int exitStatus(int rc) {
+  const int status = rc & 0xff;
+  return rc != 0 && status == 0 ? 0xff : status;
+}
 
 }  // namespace
 
@@ -193,6 +209,8 @@ int main(int argc, char** argv) {
   if (!standard.ready) return utility::kFailed;  // there may be nothing to say it with
   ::umask(077);  // every file of this run is this user's alone, sqlplus's spool files included
   ut::forbidCoreFiles();
+  // A file that reaches the size limit is an error like a full disk, and no reason to die.
+  ::signal(SIGXFSZ, SIG_IGN);
   ut::ownStandardInput();
   psMutexInit(&orcMutex);
   psMutexInit(&initMutex);
@@ -226,6 +244,9 @@ int main(int argc, char** argv) {
     return -1;
   }
 
+  if (const char* command = reportedCommand(run); command != nullptr) {
+    run.report.emplace(std::getenv("VEXO_REPORT"), command);
+  }
   bool ready = false;
   int rc = 0;
   try {
@@ -238,6 +259,7 @@ int main(int argc, char** argv) {
     rc = msg::kNoMemory.code();
   }
   rc = checkOutput(run, rc);
+  if (run.report) run.report->finish(static_cast<std::int16_t>(rc), exitStatus(rc));
   closeSess(&run.orc);
   if (ready) traceExit(run, rc);
   deleteTrace();

@@ -3,6 +3,13 @@
 
 #include "api/vltapi.h"
 
+const char* utility::encryptionName(const utZylObj_s& object, const char* none) {
+  if ((object.encryptionType & VLT_ENCRYPT_AES_128) != 0) return "AES_128BIT";
+  if ((object.encryptionType & VLT_ENCRYPT_AES_256) != 0) return "AES_256BIT";
+  if ((object.encryptionType & VLT_ENCRYPT_DES_56) != 0) return "DES_56BIT";
+  return none;
+}
+
 void utility::ObjectTotal::add(const utZylObj_s& object) {
   const std::uint64_t size = api::toNumber(object.sizeEstimate);
   bytes = size > UINT64_MAX - bytes ? UINT64_MAX : bytes + size;

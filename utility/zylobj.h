@@ -39,6 +39,9 @@ using CatalogList = CLinkedList<objCatInfo_s>;
 
 namespace utility {
 
+// "AES_128BIT", "AES_256BIT" or "DES_56BIT"; `none` for an object that is not encrypted.
+const char* encryptionName(const utZylObj_s& object, const char* none);
+
 // How many objects, and their size together. The size stops at 2^64 - 1.
 struct ObjectTotal {
   std::uint64_t count = 0;
