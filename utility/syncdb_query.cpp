@@ -40,8 +40,14 @@ unsigned short utQueryZyl(orcObj_t* orc, vexoOptionsInfo_t&, const nfDate& end, 
   if (rc != 0) {
     TRACE(TR_ORCLEVEL0, " %s: utGetFileList() failed, rc = %d\n\n", "utQueryZyl()", rc);
   } else {
+    utility::ObjectTotal total;
     for (utZylObj_s* object = list.getFirst(); object != nullptr; object = list.getNext(object)) {
       utPrintBackupItem(object);
+      total.add(*object);
+    }
+    if (total.count > 0) {
+      nlprintf(msg::kQueryTotal, ut::formatNumber(total.count).text,
+               ut::formatSize(total.bytes).text);
     }
     if (report != nullptr) report->listing(counts, list);
   }

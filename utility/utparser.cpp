@@ -140,7 +140,9 @@ unsigned short storeOption(OptionId id, const char* value, vexoOptionsInfo_t* op
   return storeNumber(id, value, options);
 }
 
-unsigned short openMessageCatalog() {
+}  // namespace
+
+unsigned short utility::openMessageCatalog() {
   char directory[kOptionSize];
   unsigned short rc = psvexoGetVexoDir(directory, sizeof directory);
   if (rc == 0) {
@@ -150,6 +152,8 @@ unsigned short openMessageCatalog() {
   if (rc != 0) std::printf("%s", utility::startProblem(rc).c_str());
   return rc;
 }
+
+namespace {
 
 // Where options begin. PASSWORD may be followed by the old and the new password. They are first
 // tried as options, which upper-cases them and cuts them at a "=". Kept on purpose, pinned by
@@ -209,7 +213,7 @@ void keepArgument(unsigned short command, const char* argument, vexoOptionsInfo_
 
 unsigned short vexoParseCmdLine(int argc, char** argv, vexoCommandsInfo_t* commands,
                                 vexoOptionsInfo_t* options) {
-  unsigned short rc = openMessageCatalog();
+  unsigned short rc = utility::openMessageCatalog();
   if (rc != 0) return rc;
   initializeParser();
   if (argc <= 1) {

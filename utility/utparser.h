@@ -58,6 +58,10 @@ void initializeParser();
 
 namespace utility {
 
+// Opens the message catalog of the installation directory. Returns 0 or why it could not be opened,
+// which it prints.
+[[nodiscard]] unsigned short openMessageCatalog();
+
 // Why the message catalog could not be opened, as plain text with a line end before and after it;
 // empty for the results of a command line.
 std::string startProblem(unsigned short result);

@@ -7,28 +7,35 @@
 // first failure's code, of which the shell sees the low eight bits, or 255 if they are 0.
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "agent/errormsg.h"
+#include "agent/optfile.h"
 #include "agent/orcctx.h"
 #include "agent/parser2.h"
+#include "agent/psutil2.h"
 #include "agent/session2.h"
 #include "agent/utility2.h"
 #include "api/vltapid.h"
 #include "common/nls/nls.h"
 #include "common/ut/agttrc.h"
+#include "common/ut/psenv.h"
 #include "common/ut/psfile.h"
 #include "common/ut/psmem.h"
 #include "common/ut/psterm.h"
 #include "common/ut/result.h"
 #include "common/ut/secret.h"
 #include "common/ut/stdinput.h"
+#include "common/ut/version.h"
 #include "utility/report.h"
 #include "utility/runreport.h"
 #include "utility/syncdb.h"
@@ -75,6 +82,19 @@ void closeSess(orcObj_t* orc) {
 
 namespace {
 
+// For the user who has just installed the program: where its options file belongs.
+void explainMissingOptionsFile() {
+  char path[agent::kFileNameSize], directory[kOptionSize];
+  const bool named = psGetEnvVariable("VEXO_OPTFILE", path, sizeof path) == 1;
+  if (named || psvexoGetDefaultOptfile(path, sizeof path) != 0 ||
+      psvexoGetVexoDir(directory, sizeof directory) != 0) {
+    return;
+  }
+  if (::access(path, F_OK) == 0 || errno != ENOENT) return;
+  nlprintf(msg::kBlankLine);
+  nlprintf(msg::kMakeOptionsFile, path, directory, path);
+}
+
 // What main owns during the run.
 struct Run {
   orcObj_t orc = {};
@@ -117,6 +137,7 @@ int prepare(Run* run) {
   const unsigned short optionsRc = vexoSetOptions(&run->orc);
   if (optionsRc != 0) {
     if (run->commands.help != 0) utSyncHelp();
+    explainMissingOptionsFile();
     nlprintf(msg::kBlankLine);
     nlprintf(msg::kCannotStart);
     nlprintf(msg::kBlankLine);
@@ -202,6 +223,21 @@ int exitStatus(int rc) {
   return rc != 0 && status == 0 ? 0xff : status;
 }
 
+// Answers "--version", "--help" and "-h" as the only argument, for which neither the options file
+// nor the library is needed. The exit status, or none for another command line.
+std::optional<int> answerAtOnce(int argc, char** argv) {
+  const std::string_view argument = argc == 2 ? argv[1] : "";
+  if (argument == "--version") {
+    std::printf("vexosync %s\n", ut::kVersion);
+  } else if (argument == "--help" || argument == "-h") {
+    if (const unsigned short rc = utility::openMessageCatalog(); rc != 0) return exitStatus(rc);
+    utSyncHelp();
+  } else {
+    return std::nullopt;
+  }
+  return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? 0 : utility::kFailed;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -225,6 +261,7 @@ int main(int argc, char** argv) {
     return msg::kCannotStart.code();
   }
   nlsSetPrefix("QRB");
+  if (const std::optional<int> status = answerAtOnce(argc, argv)) return *status;
   run.parsed = vexoParseCmdLine(argc, argv, &run.commands, &run.options);
   run.command = argc > 1 ? argv[1] : nullptr;
   psClearScrn();
