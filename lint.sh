@@ -123,8 +123,15 @@ check_named() {
   [[ $bad == 0 ]]
 }
 
-# From their folder, where mandoc finds the pages that they refer to.
-check_manuals() { (cd docs/man && mandoc -Tlint -- *.[15]); }
+# From their folder, where mandoc finds the pages that they refer to. A page names the system that it
+# belongs to, with its version; without that it would name the reader's own, and mandoc prefers that.
+manual_findings() (
+  version=$(sed -n 's/^project(vexosync VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+  cd docs/man
+  mandoc -Tlint -- *.[15] | grep -v 'operating system explicitly specified'
+  grep -L -x -F ".Os vexosync $version" -- *.[15]
+)
+check_manuals() { nothing "a manual page is wrong, or has another version" manual_findings; }
 
 # The anchors of a document's headings: in small letters, without punctuation, blanks as hyphens.
 anchors() { sed -n 's/^##* //p' "$1" | tr '[:upper:] ' '[:lower:]-' | tr -cd '[:lower:][:digit:]\n-'; }

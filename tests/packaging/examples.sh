@@ -2,7 +2,7 @@
 # examples.sh BUILD [PAGE...]: runs the examples of the manual pages and the README, as a reader
 # would type them, with the programs of the build directory BUILD; each page has its own site.
 #
-# In the README the examples are the ```console blocks, with answers in a comment before them.
+# In README.md and unattended.md the examples are the ```console blocks, with answers in a comment before them.
 #
 # In a literal display, "$ " begins a command, which continues on the next line after a "\" or "|".
 # The lines below are its output; "..." stands for any lines, and empty lines do not count. A status
@@ -17,16 +17,16 @@ shift
 site_programs=$build/bin:$build/bin/sandbox site_libraries=$build/lib
 # shellcheck source=sandbox/site.sh
 source sandbox/site.sh
-[[ $# -gt 0 ]] || set -- docs/man/*.[15] README.md
+[[ $# -gt 0 ]] || set -- docs/man/*.[15] README.md docs/unattended.md
 site=$(mktemp -d)
 trap 'rm -rf "$site"' EXIT
 # vexosync-sandbox with its stand-ins next to it, as installed.
-mkdir "$site/sandbox"
+mkdir "$site/sandbox" "$site/home"
 cp sandbox/site.sh "$site/sandbox"
 cp sandbox/vexosync-sandbox.sh "$site/sandbox/vexosync-sandbox"
 ln -s "$build/bin/sandbox" "$site/sandbox/bin"
 ln -s "$build/lib" "$site/sandbox/lib"
-export PATH=$build/bin:$build/bin/sandbox:$site/sandbox:$PATH TERM=dumb
+export PATH=$build/bin:$build/bin/sandbox:$site/sandbox:$root/examples:$PATH TERM=dumb HOME=$site/home
 export LD_LIBRARY_PATH=$build/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
 unset VLTI_DIR VLTI_LOG VLTI_CONFIG VEXO_OPTFILE TMPDIR NLS_LANG ORACLE_HOME ORACLE_PATH SQLPATH
 readonly today=2025-03-08 # the day of the run, on the pages
