@@ -14,6 +14,15 @@ void appendHex(unsigned value, int digits, std::string& out) {
   out += text;
 }
 
+// Whether a text is the same in JSON.
+bool isPlain(std::string_view text) {
+  unsigned special = 0;  // no early end, as in isAscii
+  for (const char c : text) {
+    special |= static_cast<unsigned>(c < ' ' || c > '~' || c == '"' || c == '\\');
+  }
+  return special == 0;
+}
+
 // The text between quotes, by the rules of JSON; "?" for bytes that are not UTF-8.
 void appendQuoted(std::string_view text, std::string& out) {
   out += '"';
@@ -42,6 +51,10 @@ void ut::JsonLine::begin(std::string_view name) {
 
 ut::JsonLine& ut::JsonLine::text(std::string_view name, std::string_view value) {
   begin(name);
+  if (isPlain(value)) {  // nearly all: names of objects are written by the thousand
+    line_.append("\"").append(value).append("\"");
+    return *this;
+  }
   appendQuoted(value, line_);
   if (isUtf8(value)) return *this;
   begin(std::string(name) + "Bytes");

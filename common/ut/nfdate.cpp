@@ -150,10 +150,13 @@ nfDate addDays(const nfDate& date, long days) {
 }
 
 ShortText isoNow() {
+  static std::time_t second = 0;  // of the text that was made last: a run makes many lines a second
+  static ShortText result = {};
   const std::time_t now = std::time(nullptr);
+  if (now == second) return result;
+  second = now;
   struct tm local = {};
   ::localtime_r(&now, &local);
-  ShortText result = {};
   char offset[8] = "";
   std::strftime(result.text, sizeof result.text, "%Y-%m-%dT%H:%M:%S", &local);
   std::strftime(offset, sizeof offset, "%z", &local);
