@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # try.sh: installs the packages of build/packages, uses them, removes them, and proves that only the
-# user's own files are left; then does the same with the archives. It changes the whole system: run it
-# as root on a machine that is thrown away afterwards.
+# user's own files are left; then does the same with the archives, and with the .rpm in a directory of
+# their own. It changes the whole system: run it as root on a machine that is thrown away afterwards.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/../build/packages"
 if [[ ${1:-} != --throw-away-machine || $(id -u) != 0 ]]; then
@@ -14,6 +14,9 @@ unset VEXO_OPTFILE VLTI_DIR VLTI_LOG VLTI_CONFIG
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
+root='' # the directory that the programs take for the root of the file system, if it is another one
+inside() { if [[ -n $root ]]; then chroot "$root" "$@"; else "$@"; fi; }
+
 fail() {
   echo "try: $*" >&2
   exit 1
@@ -22,6 +25,10 @@ fail() {
 # Every file of the system, except those that change by themselves and those of the package manager.
 # /opt is left out: the package manager removes it with the last package that has files in it.
 files() {
+  if [[ -n $root ]]; then
+    find "$root" ! -path "$root/var*" -printf '/%P\n' | sort
+    return
+  fi
   find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /run -o -path /tmp -o -path "$PWD" \
     -o -path /var/lib/dpkg -o -path /var/lib/apt -o -path /var/cache -o -path /var/log \) \
     -prune -o ! -path /opt -print | sort
@@ -59,26 +66,27 @@ ends_with() {
 # A user's first steps on a machine without a client library: the program logs that there is no
 # options file; with one, it reports that there is no library. The stand-ins are not taken for real.
 use_program() {
-  ends_with 230 vexosync QUERY
-  grep -q "$agent/vexo.opt" "$agent/vexoerror.log" || fail "the missing options file is not logged"
-  echo "VEXO_NODE MINE" >"$agent/vexo.opt"
-  ends_with 104 vexosync QUERY
-  if command -v sqlplus; then fail "the stand-in for sqlplus is on the path"; fi
-  if ldconfig -p | grep libApiDS64; then fail "the linker finds the stand-in for the client library"; fi
+  ends_with 230 inside vexosync QUERY
+  grep -q "$agent/vexo.opt" "$root$agent/vexoerror.log" || fail "the missing options file is not logged"
+  echo "VEXO_NODE MINE" >"$root$agent/vexo.opt"
+  ends_with 104 inside vexosync QUERY
+  if inside sh -c 'command -v sqlplus'; then fail "the stand-in for sqlplus is on the path"; fi
+  if inside ldconfig -p 2>/dev/null | grep libApiDS64; then fail "the linker finds the stand-in for the client library"; fi
 }
 
 # A whole SYNCDB without a terminal in a new site: the first of the orphans is picked and deleted.
 use_sandbox() {
-  local site=$work/site
-  rm -rf "$site"
-  ends_with 0 vexosync-sandbox "$site" -- vexosync HELP
+  local site=/tmp/vexo-try.$$
+  rm -rf "$root$site"
+  ends_with 0 inside vexosync-sandbox "$site" -- vexosync HELP
   grep -q SYNCDB "$work/screen" || fail "vexosync HELP shows no help"
-  vexosync-sandbox "$site" -- zylstore list | sort >"$work/before"
-  echo "VEXO_ENABLESCRIPTINPUT YES" >>"$site/vexo.opt"
+  inside vexosync-sandbox "$site" -- zylstore list | sort >"$work/before"
+  echo "VEXO_ENABLESCRIPTINPUT YES" >>"$root$site/vexo.opt"
   # 300, the code of a list that was left, is 44 in eight bits.
   printf '%s\n' "" +0 rman rman prod rman rman test 1 O y q |
-    ends_with 44 vexosync-sandbox "$site" -- vexosync SYNCDB -NUMCATALOGS=2
-  vexosync-sandbox "$site" -- zylstore list | sort >"$work/after"
+    ends_with 44 inside vexosync-sandbox "$site" -- vexosync SYNCDB -NUMCATALOGS=2
+  inside vexosync-sandbox "$site" -- zylstore list | sort >"$work/after"
+  rm -rf "$root$site"
   comm -23 "$work/before" "$work/after" >"$work/gone"
   [[ $(wc -l <"$work/gone") == 1 ]] || fail "one object should be gone, found $(wc -l <"$work/gone")"
   echo "try: SYNCDB deleted $(cut -f 7 "$work/gone")"
@@ -104,6 +112,35 @@ use_manuals() {
   done
 }
 
+# What belongs to the user: the options file, the error log, and the directories that lead to them.
+list_users_files() {
+  local directory=$agent
+  printf '%s\n' "$agent/vexo.opt" "$agent/vexoerror.log" >"$work/users"
+  until [[ $directory == /opt ]] || grep -qxF "$directory" "$work/files.before"; do
+    echo "$directory" >>"$work/users"
+    directory=$(dirname "$directory")
+  done
+}
+
+# Makes $root: the directories that every distribution has, and the programs and libraries that the
+# packages need, copied from this system.
+make_root() {
+  local program library
+  mkdir -p "$root"/{dev,opt,tmp,usr/lib,usr/share/{doc,bash-completion/completions,man/man1,man/man5}}
+  mknod -m 666 "$root/dev/null" c 1 3
+  for program in bash sh env cat ls mkdir mktemp readlink rm tput ldconfig; do
+    program=$(type -P "$program")
+    cp -L --parents "$program" "$root"
+    ldd "$program" >"$work/libraries" 2>/dev/null || true
+    # What the packages need is the same as for the packages that are installed here.
+    ldd /usr/bin/{vexosync,zylstore} >>"$work/libraries"
+    grep -oE '/[^ :]+\.so[^ ]*' "$work/libraries" | sort -u | while read -r library; do
+      [[ -e $root$library ]] || cp -L --parents "$library" "$root"
+    done
+  done
+}
+rpm_here() { rpm --root "$root" --dbpath /var/lib/rpm --force-debian "$@"; }
+
 apt-get update -qq
 files >"$work/files.before"
 installed >"$work/installed.before"
@@ -119,13 +156,7 @@ apt-get install -y -qq --reinstall ./*.deb >/dev/null
 [[ $(cat "$agent/vexo.opt") == "VEXO_NODE MINE" ]] || fail "the user's options file is overwritten"
 echo "try: the packages work"
 
-# What belongs to the user: the options file, the error log, and the directories that lead to them.
-printf '%s\n' "$agent/vexo.opt" "$agent/vexoerror.log" >"$work/users"
-directory=$agent
-until [[ $directory == /opt ]] || grep -qxF "$directory" "$work/files.before"; do
-  echo "$directory" >>"$work/users"
-  directory=$(dirname "$directory")
-done
+list_users_files
 remove_packages remove
 expect_left "$work/users"
 install_packages
@@ -141,6 +172,9 @@ echo "try: removed without files of the user's; nothing is left"
 
 # The archives hold the same files. The packages' dependencies are kept for them.
 install_packages
+root=$work/root
+make_root
+root=''
 apt-get purge -y -qq vexosync vexosync-sandbox >/dev/null
 files >"$work/files.before"
 for archive in ./*.tar.gz; do tar -C / --no-overwrite-dir -xzf "$archive"; done
@@ -151,3 +185,24 @@ expect_left "$work/unpacked"
 while read -r file; do rm -d "$file"; done < <(tac "$work/unpacked")
 expect_left /dev/null
 echo "try: the archives work; $(wc -l <"$work/unpacked") files and directories, removed again"
+
+# The .rpm. Nothing of the distribution is in their database, so that they depend on what is missing there.
+root=$work/root
+files >"$work/files.before"
+rpm_here --initdb
+rpm_here -i --nodeps ./*.rpm
+rpm_here -V --nodeps vexosync vexosync-sandbox || fail "the files of the .rpm are not installed as packed"
+use_program
+use_sandbox
+rpm_here -U --nodeps --replacepkgs ./*.rpm
+[[ $(cat "$root$agent/vexo.opt") == "VEXO_NODE MINE" ]] || fail "the user's options file is overwritten"
+list_users_files
+rpm_here -e --nodeps vexosync vexosync-sandbox
+expect_left "$work/users"
+echo "try: the .rpm work; left are $(tr '\n' ' ' <"$work/users")"
+rm "$root$agent/vexo.opt" "$root$agent/vexoerror.log"
+rpm_here -i --nodeps ./*.rpm
+rpm_here -e --nodeps vexosync vexosync-sandbox
+# The directories that were the user's are the package's own again.
+expect_left /dev/null
+echo "try: removed the .rpm without files of the user's; nothing is left"

@@ -30,6 +30,15 @@ constexpr Timeout kSlice{10};
 // the program may have left the terminal open in a process that outlives it.
 constexpr Timeout kGrace{50};
 
+// A limit, on this machine.
+Timeout patient(Timeout limit) {
+  static const int factor = [] {
+    const char* text = std::getenv("VEXO_TEST_PATIENCE");
+    return text != nullptr ? std::max(1, std::atoi(text)) : 1;
+  }();
+  return limit * factor;
+}
+
 [[noreturn]] void runProgram(std::vector<std::string>& command, const TerminalSettings& settings) {
   sigset_t none;
   sigemptyset(&none);
@@ -80,7 +89,7 @@ bool Terminal::readWithin(Timeout limit) {
 }
 
 bool Terminal::expect(std::string_view text, Timeout timeout) {
-  const Clock::time_point until = Clock::now() + timeout;
+  const Clock::time_point until = Clock::now() + patient(timeout);
   std::size_t searchFrom = consumed_;
   for (;;) {
     const std::size_t found = transcript_.find(text, searchFrom);
@@ -94,13 +103,13 @@ bool Terminal::expect(std::string_view text, Timeout timeout) {
     }
     // Asked before reading: the last output of an ended program is there, or comes within kGrace.
     const bool hasEnded = outputEnded_ || reap();
-    if (readWithin(hasEnded ? kGrace : kSlice)) continue;
+    if (readWithin(hasEnded ? patient(kGrace) : kSlice)) continue;
     if (hasEnded || Clock::now() >= until) return false;
   }
 }
 
 bool Terminal::expectEchoOff(Timeout timeout) {
-  const Clock::time_point until = Clock::now() + timeout;
+  const Clock::time_point until = Clock::now() + patient(timeout);
   while (echoIsOn()) {
     if (outputEnded_ || reap() || Clock::now() >= until) return false;
     readWithin(kSlice);
@@ -109,7 +118,7 @@ bool Terminal::expectEchoOff(Timeout timeout) {
 }
 
 bool Terminal::send(std::string_view text) {
-  const Clock::time_point until = Clock::now() + kDefaultTimeout;
+  const Clock::time_point until = Clock::now() + patient(kDefaultTimeout);
   while (!text.empty()) {
     const ssize_t written = write(master_, text.data(), text.size());
     if (written > 0) {
@@ -147,7 +156,7 @@ bool Terminal::echoIsOn() const {
 }
 
 std::optional<int> Terminal::wait(Timeout timeout) {
-  const Clock::time_point until = Clock::now() + timeout;
+  const Clock::time_point until = Clock::now() + patient(timeout);
   while (!reap()) {
     if (Clock::now() >= until) {
       kill();
@@ -155,7 +164,7 @@ std::optional<int> Terminal::wait(Timeout timeout) {
     }
     readWithin(outputEnded_ ? Timeout(1) : kSlice);
   }
-  while (readWithin(kGrace)) {
+  while (readWithin(patient(kGrace))) {
   }
   return status_;
 }
@@ -177,7 +186,7 @@ void Terminal::kill() {
   ::kill(-child_, SIGKILL);
   waitpid(child_, nullptr, 0);
   status_ = 128 + SIGKILL;
-  while (readWithin(kGrace)) {
+  while (readWithin(patient(kGrace))) {
   }
 }
 

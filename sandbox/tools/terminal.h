@@ -1,8 +1,10 @@
 // terminal.h: runs a program on a pseudo-terminal and talks with it as a user would.
 //
 // The program gets a session of its own whose controlling terminal is the pseudo-terminal, so that
-// "/dev/tty", window sizes, echo and Ctrl-C work as on a real one. All waiting has a limit. The
-// destructor kills a program that is still running, and what it has in its session's foreground.
+// "/dev/tty", window sizes, echo and Ctrl-C work as on a real one. All waiting has a limit, which
+// the environment's VEXO_TEST_PATIENCE multiplies (a whole number; unset: 1), for machines that are
+// slow. The destructor kills a program that is still running, and what it has in its session's
+// foreground.
 //
 // Output is read whenever this class waits or sends, so that a program that writes much is never
 // blocked by a caller that sends much. Only for processes with one thread, because of fork.

@@ -64,8 +64,8 @@ TEST_F(Dates, CountDaysAheadUpToTheEndOfTheCalendar) {
   }
   using std::chrono::sys_days, std::chrono::year;
   nfDate date;
-  const long left = (sys_days(year(9999) / 12 / 31) - ahead("+")).count();
-  const long gone = (ahead("+") - sys_days(year(1) / 1 / 1)).count();
+  const auto left = (sys_days(year(9999) / 12 / 31) - ahead("+")).count();
+  const auto gone = (ahead("+") - sys_days(year(1) / 1 / 1)).count();
   for (const std::string& in : {std::to_string(left), std::to_string(-gone)}) {
     EXPECT_TRUE(parses("+" + in, &date)) << in;
   }

@@ -51,7 +51,7 @@ for ((round = 0; round <= rounds; round++)); do
   mount_small $room 0
   status=0
   printf '%s\n' "" +0 rman rman prod + O y q |
-    TMPDIR=$site/small timeout 60 vexosync syncdb >"$site/screen" 2>&1 || status=$?
+    TMPDIR=$site/small timeout $longest vexosync syncdb >"$site/screen" 2>&1 || status=$?
   ending=$status:$(grep -o -m 1 -e QRB2575E -e QRB2649E -e QRB2650E -e QRB2643E -e QRB2599I "$site/screen") ||
     fail "ended with $status: $(tail -n 20 "$site/screen")"
   case $ending in

@@ -26,7 +26,7 @@ resident() { awk '$1 == "VmRSS:" { print $2 }' "/proc/$program/status"; }
 # Waits until $pages more pages are drawn.
 draw() {
   local count
-  read -rt 60 -u "$drawn" count || fail "waited 60 s for $pages pages"
+  read -rt $longest -u "$drawn" count || fail "waited $longest s for $pages pages"
   kill -0 "$program" 2>/dev/null || fail "the program has ended after $count pages"
 }
 

@@ -6,6 +6,7 @@
 build=$(readlink -f "$1")
 site=$(mktemp -d)
 all=2000 whole=15 seed=4711 round=0
+longest=$((60 * ${VEXO_TEST_PATIENCE:-1})) # seconds that anything may take
 RANDOM=$seed
 leave_site() {
   local running
@@ -44,13 +45,13 @@ exec {idle}<> <(:)
 pause() { read -rt "$(printf '%d.%06d' $(($1 / 1000000)) $(($1 % 1000000)))" -u "$idle" || true; }
 microseconds() { echo "${EPOCHREALTIME/[.,]/}"; }
 
-# Waits until a command succeeds; fails after 60 seconds.
+# Waits until a command succeeds; fails after $longest seconds.
 await() {
   local begin
   begin=$(microseconds)
   until "$@" 2>/dev/null; do
     pause 2000
-    (($(microseconds) - begin < 60000000)) || fail "waited 60 s for: $*"
+    (($(microseconds) - begin < longest * 1000000)) || fail "waited $longest s for: $*"
   done
 }
 
@@ -62,7 +63,7 @@ answers() { printf '%s\n' "" +0 "$1:$2+" O y q; }
 delete() {
   local status=0
   (($1 <= $2)) || return 0
-  timeout 60 vexosync delete < <(answers "$1" "$2") >"$site/screen" 2>&1 || status=$?
+  timeout $longest vexosync delete < <(answers "$1" "$2") >"$site/screen" 2>&1 || status=$?
   [[ $status == 44 ]] || fail "deleting $1 to $2 ended with $status"
 }
 

@@ -275,7 +275,8 @@ TEST_F(PickList, SaysWhatTheLastAnswerDid) {
   const std::string tooLong(300, '5');
   const struct {
     std::string answers;
-    std::uint64_t doubts, deleted;
+    std::size_t doubts;
+    std::uint64_t deleted;
     std::string line;
   } rows[] = {
       {"", 0, 0, none},
