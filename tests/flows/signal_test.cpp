@@ -79,7 +79,7 @@ TEST_F(Signal, FromTheKeyboardEndsTheQueryAndTheList) {
   objects({"/a", "/b"});
   catalog("prod", {});
   replaceSqlplus(
-      "#!/bin/bash\ntrap 'exit 0' INT\nsed -n '2s/^spool //p' \"${2#@}\" >spool\n"
+      "#!/bin/bash\numask >mask\ntrap 'exit 0' INT\nsed -n '2s/^spool //p' \"${2#@}\" >spool\n"
       "echo piece >\"$(cat spool)\"\necho asked\nfor i in {1..600}; do sleep 0.1; done\n");
   syncdb("prod");
   see("asked");
@@ -87,6 +87,7 @@ TEST_F(Signal, FromTheKeyboardEndsTheQueryAndTheList) {
   ends(65535);
   EXPECT_TRUE(showed("QRB2660E")) << terminal_->transcript();
   EXPECT_TRUE(logged("QRB2660E"));
+  EXPECT_EQ("0077\n", dir_.read("mask")) << "a spool file is its user's alone";
   expectNothingDone();
   dir_.write("answers", "\n+0\n");
   shell("exec vexosync delete <answers");

@@ -28,31 +28,21 @@ offers() {
 
 offers SYNCDB,QUERY,DELETE,HELP vexosync ''
 offers SyNCDB vexosync SyN
-offers password vexosync pa
 offers SHOWSESSOPTIONS,SHOWSESSINFO vexosync SHOWSESS
-offers '' vexosync x
-offers -NUMCATALOGS=,-NOCATALOG,-VEXO_OPTFILE= vexosync SYNC ''
-offers -Nocatalog vexosync SYNCDB -No
 offers -numorcinstances=,-vexo_optfile= vexosync syncdb -nocatalog -
 offers -vexo_optfile= vexosync syncd -NUMCAT = 2 -
 offers -numcatalogs=,-nocatalog vexosync syncdb -vexo_opt = X -n
 offers '' vexosync syncdb -nocat -numorcinst = 2 -n
-offers -VEXO_OPTFILE= vexosync Q -
 offers -vexo_optfile=,-outfile= vexosync showver ''
-offers '' vexosync HELP -
 offers "$home/a b.opt" vexosync query -vexo_opt = "$home/a "
 offers "$home/vexo.opt" vexosync query -NOCAT -VEXO_OPTFILE = "$home/v"
-offers '' vexosync syncdb -numcat =
 offers "-vexo_opt=$home/vexo.opt" vexosync query -vexo_opt="$home/v"
 
 offers catalog,calls zylstore ca
 offers add,load,list zylstore catalog ''
 offers --objects,--orphans,--owner zylstore generate --node = x --o
-offers recovery,target,both zylstore catalog add p --kind ''
 offers none,des56,aes128,aes256 zylstore put --encryption =
 offers prod,test zylstore catalog list ''
-offers on,off zylstore --store = x calls o
 offers "$home/vexo.opt" zylstore catalog load prod "$home/v"
-offers "$home/vexo.opt" zylstore --store "$home/v"
 offers '' zylstore init --first-id ''
 exit $bad
