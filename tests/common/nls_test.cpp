@@ -148,7 +148,6 @@ TEST_F(Messages, AskUntilOneOfTheCatalogsLettersIsGiven) {
         {1, "  Non\n", 1, "? "},
         {1, "y\n\nx\nn\n", 1, "? " + again + again + again},
         {1, "", -1, "? "},
-        {1, "y\n", -1, "? " + again},
         {2, "o\ny\n", 0, "? " + yesNo},
         {4, "y\n", -1, lost},  // no yes to a question that cannot be shown
         {4, "n\n", 1, lost},

@@ -56,19 +56,45 @@ same option "$site"/lists/{options,'vexosync.1 options'}
 
 # shellcheck source=packaging/completion/vexosync
 source packaging/completion/vexosync
+# shellcheck source=packaging/completion/zylstore
+source packaging/completion/zylstore
 offered() {
-  COMP_WORDS=(vexosync "$@") COMP_CWORD=$#
-  _vexosync || return # the condition: errexit is not for completions
+  COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)) COMPREPLY=()
+  "_$1" || true # errexit is not for completions
   [[ ${#COMPREPLY[@]} == 0 ]] || printf '%s\n' "${COMPREPLY[@]}"
 }
-for letter in {A..Z}; do offered "$letter"; done >"$site/lists/completion"
+for letter in {A..Z}; do offered vexosync "$letter"; done >"$site/lists/completion"
 while read -r command; do
-  offered "$command" ''
-  offered "$command" -NOCATALOG ''
+  offered vexosync "$command" ''
+  offered vexosync "$command" -NOCATALOG ''
 done <"$site/lists/completion" | sed 's/^-//; s/=$//' | sort -u >"$site/lists/completion of options"
 sed -i 's/.*/\U&/' "$site"/lists/{commands,options}
 same command "$site"/lists/{commands,completion}
 same option "$site"/lists/{options,'completion of options'}
+
+# offers WANTED WORD...: what is offered for the last word, split as bash splits, which makes "=" a word.
+offers() {
+  local wanted=$1 got
+  shift
+  got=$(offered "$@" | paste -sd,)
+  [[ $got == "$wanted" ]] || wrong "the completion of '$*' offers $got, not $wanted"
+}
+touch "$site/a b.opt"
+offers SYNCDB,QUERY,DELETE,HELP vexosync ''
+offers SyNCDB vexosync SyN
+offers -numorcinstances=,-vexo_optfile= vexosync syncdb -nocatalog -
+offers -vexo_optfile= vexosync syncd -NUMCAT = 2 -
+offers -numcatalogs=,-nocatalog vexosync syncdb -vexo_opt = X -n
+offers '' vexosync syncdb -nocat -numorcinst = 2 -n
+offers -vexo_optfile=,-outfile= vexosync showver ''
+offers "$site/a b.opt" vexosync query -vexo_opt = "$site/a "
+offers "-vexo_opt=$site/vexo.opt" vexosync query -vexo_opt="$site/ve"
+offers add,load,list zylstore catalog ''
+offers --objects,--orphans,--owner zylstore generate --node = x --o
+offers none,des56,aes128,aes256 zylstore put --encryption =
+offers prod,test zylstore catalog list ''
+offers "$site/vexo.opt" zylstore catalog load prod "$site/ve"
+offers '' zylstore init --first-id ''
 
 # Commands and options of zylstore; on the page each option is listed under its command.
 zylstore --help | sed -n 's/^  \([a-z][a-z ]*[a-z]\)  .*/\1/p' >"$site/lists/zylstore"
