@@ -17,10 +17,15 @@ std::set<void*> blocks;
 
 }  // namespace
 
-// Replace the allocator of common/ut. The tree never frees the buffer that it takes for each
-// insertion; here all blocks are freed after each input. Only blocks that are known are freed.
-void* psMalloc(const char*, int, std::size_t size) { return *blocks.insert(::malloc(size)).first; }
-void psFree(const char*, int, void* block) { ::free(blocks.extract(block).value()); }
+// Replace the allocator of the tree, which never frees the buffer that it takes for each insertion;
+// here all blocks are freed after each input. Only blocks that are known are freed.
+void* BTreeMalloc(const char*, int, std::size_t size) {
+  return *blocks.insert(::malloc(size)).first;
+}
+void BTreeFree(const char*, int, void** block) {
+  if (*block != nullptr) ::free(blocks.extract(*block).value());
+  *block = nullptr;
+}
 
 namespace {
 
@@ -75,5 +80,8 @@ void fuzz::check(const std::string& input, char*) {
   const bool loaded = utLoadBTree(plainFile(input), &given) == 0;
   checkHandles(*tree, input, loaded);
   tree.reset();
-  while (!blocks.empty()) psFree("", 0, *blocks.begin());
+  while (!blocks.empty()) {
+    void* block = *blocks.begin();
+    BTreeFree("", 0, &block);
+  }
 }

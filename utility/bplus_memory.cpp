@@ -7,8 +7,8 @@
 //   arena   1 MB of the tracked allocation, cut into pages; never given back
 //   page    16 KB: its header, then blocks of one size
 //
-// Under the address sanitizer each block comes from the tracked allocation itself, so that the
-// sanitizer sees it. Not thread-safe, like the tree.
+// Under the address sanitizer what is free is out of bounds, and so is a gap after each block: the
+// sanitizer reports whoever reads or writes there. Not thread-safe, like the tree.
 #include <cstdint>
 #include <cstring>
 #include <iterator>
@@ -17,26 +17,13 @@
 #include "common/ut/sanitized.h"
 #include "utility/bplus.h"
 
-#if defined(VEXO_ADDRESS_SANITIZER)
-
-void* BTreeMalloc(const char* file, int line, std::size_t size) {
-  return size == 0 ? nullptr : psMalloc(file, line, size);
-}
-
-void BTreeFree(const char* file, int line, void** pointer) {
-  if (pointer == nullptr || *pointer == nullptr) return;
-  psFree(file, line, *pointer);
-  *pointer = nullptr;
-}
-
-#else
-
 namespace {
 
 constexpr std::size_t kPageSize = std::size_t{16} << 10;
 constexpr std::size_t kArenaSize = std::size_t{1} << 20;
 constexpr std::size_t kArenaBlock = kArenaSize + kPageSize;  // room to align the pages
 constexpr std::size_t kStep = 2;                             // sizes are rounded up to it
+constexpr std::size_t kGap = ut::kSanitized ? 16 : 0;        // after each block
 constexpr std::size_t kLargest = 1024;                       // larger blocks have their own pages
 
 struct alignas(64) Page {  // so that blocks of 64 bytes are lines of the cache
@@ -88,9 +75,11 @@ bool addPage(const char* file, int line, std::size_t blockSize, Size* blocks) {
     ut::pooledMemory = usedBlocks;
     pages = alignedUp(arena);
     pagesEnd = pages + kArenaSize;
+    ut::forbidAccess(pages, kArenaSize);
   }
   char* page = pages;
   pages += kPageSize;
+  ut::allowAccess(page, sizeof(Page));
   *reinterpret_cast<Page*>(page) = {blockSize, nullptr};
   blocks->next = page + sizeof(Page);
   blocks->end = blocks->next + (kPageSize - sizeof(Page)) / blockSize * blockSize;
@@ -98,29 +87,35 @@ bool addPage(const char* file, int line, std::size_t blockSize, Size* blocks) {
 }
 
 void* allocateLarge(const char* file, int line, std::size_t size) {
-  void* whole = psMalloc(file, line, size + sizeof(Page) + kPageSize);
+  const std::size_t total = size + sizeof(Page) + kPageSize;
+  void* whole = psMalloc(file, line, total);
   if (whole == nullptr) return nullptr;
   auto* page = reinterpret_cast<Page*>(alignedUp(whole));
   *page = {size, whole};
-  return page + 1;
+  char* block = reinterpret_cast<char*>(page + 1);
+  const std::size_t before = static_cast<std::size_t>(block - static_cast<char*>(whole)) + size;
+  ut::forbidAccess(block + size, total - before);
+  return block;
 }
 
 }  // namespace
 
 void* BTreeMalloc(const char* file, int line, std::size_t size) {
   if (size == 0) return nullptr;
-  if (size > kLargest) return allocateLarge(file, line, size);
+  if (size > kLargest - kGap) return allocateLarge(file, line, size);
   // A free block holds the link to the next one.
-  const std::size_t rounded =
-      size < sizeof(char*) ? sizeof(char*) : (size + kStep - 1) / kStep * kStep;
+  const std::size_t used = size < sizeof(char*) ? sizeof(char*) : size;
+  const std::size_t rounded = (used + kStep - 1) / kStep * kStep + kGap;
   Size& blocks = sizes[rounded / kStep];
   char* block = blocks.freed;
   if (block != nullptr) {
+    ut::allowAccess(block, used);
     std::memcpy(&blocks.freed, block, sizeof blocks.freed);
   } else {
     if (blocks.next == blocks.end && !addPage(file, line, rounded, &blocks)) return nullptr;
     block = blocks.next;
     blocks.next += rounded;
+    ut::allowAccess(block, used);
   }
   ++blocks.taken;
   return block;
@@ -138,7 +133,6 @@ void BTreeFree(const char* file, int line, void** pointer) {
   Size& blocks = sizes[page->blockSize / kStep];
   std::memcpy(block, &blocks.freed, sizeof blocks.freed);
   blocks.freed = static_cast<char*>(block);
+  ut::forbidAccess(block, page->blockSize);
   ++blocks.returned;
 }
-
-#endif  // VEXO_EACH_BLOCK_TRACKED

@@ -256,7 +256,7 @@ int main(int argc, char** argv) {
 
   if (newNlsGlobalObject() != 0) {
     psNonNlsErrorMsg("newNlsGlobalObject() failed.  No memory left.\n");
-    // It was never locked. Harmless, and no test can reach it: only a process without memory does.
+    // It was never locked, which is harmless.
     psMutexUnlock(&initMutex);
     return msg::kCannotStart.code();
   }

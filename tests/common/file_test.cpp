@@ -36,8 +36,7 @@ TEST(PrivateFile, IsOursAloneWhateverTheMask) {
     EXPECT_EQ(0600u, entry.st_mode & 07777) << "looser permissions are tightened";
     EXPECT_EQ(0, entry.st_size) << "the old contents are gone";
     std::fputs("secret", file.get());
-    EXPECT_TRUE(ut::closeFile(std::move(file)));
-    ASSERT_EQ(0, ::chmod(path.c_str(), 0666));
+    EXPECT_TRUE(ut::closeFile(std::move(file)) && ::chmod(path.c_str(), 0666) == 0);
   }
 }
 
@@ -46,16 +45,13 @@ TEST(PrivateFile, RefusesWhatSomebodyElseMayHavePlanted) {
   dir.enter();
   dir.write("victim", "precious");
   dir.write("twice", "precious");
-  ASSERT_EQ(0, ::symlink("victim", "symlink"));
-  ASSERT_EQ(0, ::symlink("made", "dangling"));
-  ASSERT_EQ(0, ::link("twice", "hardlink"));
-  ASSERT_EQ(0, ::mkfifo("pipe", 0600));
+  ASSERT_EQ(0, ::symlink("victim", "symlink") + ::symlink("made", "dangling") +
+                   ::link("twice", "hardlink") + ::mkfifo("pipe", 0600));
   for (const char* name :
        {"symlink", "dangling", "hardlink", "twice", "pipe", ".", "", "no/file"}) {
     EXPECT_EQ(nullptr, ut::openPrivateFile(name)) << name;
   }
-  EXPECT_EQ("precious", dir.read("victim"));
-  EXPECT_EQ("precious", dir.read("twice"));
+  EXPECT_EQ("preciousprecious", dir.read("victim") + dir.read("twice"));
   EXPECT_FALSE(dir.has("made"));
 }
 
@@ -92,17 +88,16 @@ TEST(InputLine, IsCutAndItsRestDoesNotBecomeTheNextAnswer) {
 }
 
 TEST(InputLine, IsTheSameThroughTheProgramsOwnBuffer) {
+  const auto readAll = [](std::FILE* input) {
+    std::string lines;
+    char line[6000];
+    for (int ends = 0; ends < 2; lines += line + std::string("|")) {
+      ends += ut::readLine(input, line, sizeof line) == ut::ReadResult::kEnd ? 1 : 0;
+    }
+    return lines;
+  };
   const std::string longest(5000, 'x');  // longer than that buffer
-  for (const std::string& text :
-       {std::string("one\n\n\xff\nlast"), longest + "\nnext\n", longest}) {
-    const auto readAll = [](std::FILE* input) {
-      std::string lines;
-      char line[6000];
-      for (int ends = 0; ends < 2; lines += line + std::string("|")) {
-        ends += ut::readLine(input, line, sizeof line) == ut::ReadResult::kEnd ? 1 : 0;
-      }
-      return lines;
-    };
+  for (const std::string& text : {"one\n\n\xff\nlast" + longest, longest + "\nnext\n"}) {
     const TempDir dir;
     const ut::FilePtr input(std::fopen(dir.write("input", text).c_str(), "r"));
     support::inChild([&] {

@@ -32,6 +32,7 @@ namespace {
 long countdown = -1;  // allocations until one fails; negative: none does
 bool onlyOne = true;  // false: all later ones fail too
 bool struck = false;
+bool environmentIsFull = false;
 
 bool fails() {
   if (countdown < 0) return false;
@@ -44,6 +45,9 @@ bool fails() {
 }  // namespace
 
 extern "C" {
+pid_t __real_waitpid(pid_t child, int* status, int flags);
+int __real_putenv(char* text);
+int __wrap_putenv(char* text) { return environmentIsFull ? -1 : __real_putenv(text); }
 void* __real_malloc(std::size_t size);
 void* __wrap_malloc(std::size_t size) { return fails() ? nullptr : __real_malloc(size); }
 // Does not clear the screen; as sqlplus, it knows 40 other pieces.
@@ -78,6 +82,8 @@ pid_t __wrap_waitpid(pid_t child, int* status, int) {
 [[gnu::noinline]] void operator delete(void* block, const std::nothrow_t&) noexcept {
   std::free(block);
 }
+
+int vexosyncMain(int argc, char** argv);  // the program's main
 
 namespace {
 
@@ -155,19 +161,12 @@ class PlainLibrary : public DVltApi {
 TEST(LinkedList, TracesThatMemoryRanOut) {
   const std::string text = support::traced("LINKEDLIST", [] {
     CLinkedList<int> list;
-    list.setRoutines(nullptr, [](int*, const int*) -> unsigned short { return ut::kListNoMemory; });
-    EXPECT_EQ(ut::kListNoMemory, list.addTail(1, 1)) << "the routine's memory";
-    onlyOne = true;
-    countdown = 1;
-    EXPECT_EQ(ut::kListNoMemory, list.addTail(1, 1)) << "the list's own";
+    countdown = onlyOne = true;
+    EXPECT_EQ(ut::kListNoMemory, list.addTail(1, 1));
     countdown = -1;
-    EXPECT_EQ(1, list.count());
   });
-  for (const char* line :
-       {"\nInsufficent memory,  m_lpDataCopyRtn() failed.\n",
-        "\nInsufficent memory, NEW() failed.\nExit CLinkedList::addTail(), rc = 102\n"}) {
-    EXPECT_NE(std::string::npos, text.find(line)) << text;
-  }
+  const char end[] = "\nInsufficent memory, NEW() failed.\nExit CLinkedList::addTail(), rc = 102\n";
+  EXPECT_NE(std::string::npos, text.find(end)) << text;
 }
 
 // Breaks off a tree's growth at each copy, or each allocation, in turn: in leaves, inner nodes and
@@ -253,10 +252,49 @@ TEST_F(OutOfMemory, EndsTheRunInOrderOrIsSurvived) {
     EXPECT_EQ(1u, seen.erase(VLT_RC_NO_MATCH))
         << "survived: the run got as far as the failed deletion";
   }
+  {
+    support::FedInput input("");
+    support::Captured output;
+    orcObj_t orc = {};
+    orc.bUsePwGenerate = 1;
+    vexoOptionsInfo_t options = {};
+    EXPECT_EQ(65535, vexoProcessCommand(&orc, options, {})) << "it is none of the commands";
+  }
   TEST_ENABLESCRIPTINPUT = 0;
   // The tree, the list, anything else, no temporary name, no room beside the spool file; and a list
   // that was left after a question that could not be shown whole.
   EXPECT_EQ((std::set<int>{10, 102, 300, 2522, 2531, 2533}), seen);
+}
+
+// The status of the whole program if the n-th allocation fails; -1 if it does not take so many.
+int statusOf(std::string command, std::string option, long n) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    char* arguments[] = {command.data(), command.data(), option.data(), nullptr};
+    destroyNlsGlobalObject();
+    countdown = n;
+    const int rc = vexosyncMain(3, arguments);
+    ::_exit(struck || environmentIsFull ? rc : 111);
+  }
+  int status = 0;
+  EXPECT_EQ(child, __real_waitpid(child, &status, 0));
+  EXPECT_TRUE(WIFEXITED(status)) << n;
+  return WEXITSTATUS(status) == 111 ? -1 : WEXITSTATUS(status);
+}
+
+TEST_F(OutOfMemory, NeverLooksLikeSuccess) {
+  support::Captured output, errors(STDERR_FILENO);
+  const std::string option = "-vexo_opt=" + dir_.path("vexo.opt");
+  std::set<int> seen;
+  struck = false;
+  onlyOne = true;
+  for (long n = 1; !seen.contains(-1); ++n) seen.insert(statusOf("query", option, n));
+  output.take();
+  // The end; no catalog, no library (all was well until then), the codes 2522 and 2534, no trace.
+  EXPECT_EQ((std::set<int>{-1, 98, 104, 218, 230, 255}), seen);
+  environmentIsFull = true;
+  EXPECT_EQ(255, statusOf("query", option, -1));
+  environmentIsFull = false;
 }
 
 }  // namespace

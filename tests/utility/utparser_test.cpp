@@ -3,11 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include <iterator>
+#include <algorithm>
 #include <sstream>
 #include <string>
 #include <tuple>
-#include <vector>
 
 #include "tests/support/captured.h"
 #include "tests/utility/messages.h"
@@ -25,50 +24,95 @@ class CommandLine : public WithMessages {
  protected:
   static Parsed parse(const std::string& line) {
     std::istringstream in("vexosync " + line);
-    std::vector<std::string> words{std::istream_iterator<std::string>(in), {}};
-    std::vector<char*> pointers;
-    for (std::string& word : words) pointers.push_back(word.data());
-    pointers.push_back(nullptr);
+    std::string words[6];
+    char* arguments[6];
+    int count = 0;
+    for (; in >> words[count]; ++count) arguments[count] = words[count].data();
     Parsed result = {};
-    result.rc = vexoParseCmdLine(static_cast<int>(words.size()), pointers.data(), &result.commands,
-                                 &result.options);
-    for (std::size_t i = 2; i < words.size() && i < 4; ++i) result.arguments += words[i];
+    result.rc = vexoParseCmdLine(count, arguments, &result.commands, &result.options);
+    result.arguments = words[2] + words[3];
     return result;
+  }
+
+  // Tries each beginning of a word, and the word with a letter too many. Its capitals are the
+  // shortest form.
+  static void expectForms(const std::string& before, const std::string& word,
+                          const std::string& after, unsigned short otherwise) {
+    const auto shortest = std::ranges::count_if(word, [](char c) { return c < 'a'; });
+    for (std::size_t length = 1; length <= word.size() + 1; ++length) {
+      const std::string form = (word + "x").substr(0, length);
+      const bool fits = static_cast<long>(length) >= shortest && length <= word.size();
+      EXPECT_EQ(fits ? 0 : otherwise, parse(before + form + after).rc) << form;
+    }
   }
 };
 
-TEST_F(CommandLine, GivesAResultForEveryLine) {
+TEST_F(CommandLine, TakesEachWordFromItsShortestFormOnAndEachOptionWhereItBelongs) {
+  using Flags = vexoCommandsInfo_t;
   const struct {
-    const char* line;
-    unsigned short rc;
-    const char* refused = "";
+    const char* word;
+    std::uint32_t Flags::*flag;
+    const char* takes;  // these of the options
   } rows[] = {
-      {"q", 0},
-      {"syn", 1},
-      {"pass", 1},
-      {"sync -numcat=3", 0},
+      {"SHOWENVironment", &Flags::showEnvironment, "++---"},
+      {"SHOWCLIOPtions", &Flags::showCliOptions, "++---"},
+      {"SHOWSESSOPtions", &Flags::showSessOptions, "++---"},
+      {"SHOWSESSINFO", &Flags::showSessInfo, "++---"},
+      {"SHOWVERsions", &Flags::showVersions, "++---"},
+      {"PASSWord", &Flags::password, "+----"},
+      {"SYNCdb", &Flags::syncdb, "+-+++"},
+      {"DELETE", &Flags::deleteObj, "+----"},
+      {"Query", &Flags::query, "+----"},
+      {"HELP", &Flags::help, "-----"},
+  };
+  const std::pair<const char*, const char*> options[] = {{"-VEXO_OPTfile", "=f"},
+                                                         {"-OUTfile", "=f"},
+                                                         {"-NUMCATalogs", "=2"},
+                                                         {"-NOCATalog", ""},
+                                                         {"-NUMORCINSTances", "=2"}};
+  for (const auto& [word, flag, takes] : rows) {
+    expectForms("", word, "", 1);
+    EXPECT_EQ(1u, parse(word).commands.*flag) << word;
+    for (std::size_t i = 0; i < std::size(options); ++i) {
+      const auto& [option, value] = options[i];
+      const unsigned short rc = parse(word + (" " + std::string(option)) + value).rc;
+      EXPECT_EQ(takes[i] == '+' ? 0 : 4, rc) << word << " " << option;
+    }
+  }
+  for (const auto& [option, value] : options) {
+    expectForms(std::string(option) == "-OUTfile" ? "showver " : "sync ", option, value, 4);
+  }
+}
+
+TEST_F(CommandLine, GivesAResultForEveryLine) {
+  const std::string longest = "-vexo_opt=" + std::string(1024, 'x');
+  const struct {
+    std::string line;
+    unsigned short rc;
+    std::string refused = "";  // as much of it as is kept
+  } rows[] = {
       {"sync -numcat=10", 14, "-numcat=10"},
       {"sync -numcat=2147483648", 14, "-numcat=2147483648"},
-      {"sync -numcat=4294967297", 14, "-numcat=4294967297"},
       {"sync -numcat=99999999999999999999", 14, "-numcat=99999999999999999999"},
       {"sync -numcat=", 13, "-numcat="},
       {"sync -numcat=2 -nocat -bad", 4, "-nocat"},
+      {"sync -nocat -numcat=2", 4, "-numcat=2"},
       {"sync -nocat=whatever -numorcinst=2", 0},
       {"sync -numorcinst=2 -numcat=2", 4, "-numcat=2"},
       {"sync -numcat=2 -numorcinst=2", 4, "-numorcinst=2"},
       {"password -vexo_optfile=a.opt abc xyz", 13, "(not shown)"},
       {"password abc xyz -vexo_optfile=a.opt", 0},
+      {"query " + longest, 0},
+      {"query " + longest + "x", 4, longest.substr(0, 255)},
   };
   for (const auto& row : rows) {
     const Parsed parsed = parse(row.line);
     EXPECT_EQ(row.rc, parsed.rc) << row.line;
-    EXPECT_STREQ(row.refused, parsed.options.refused) << row.line;
+    EXPECT_EQ(row.refused, parsed.options.refused) << row.line;
     EXPECT_TRUE(row.rc == 0 || parsed.commands.help == 1) << row.line;
   }
-}
-
-TEST_F(CommandLine, KeepsValuesAsTheyWereWritten) {
   EXPECT_STREQ("/a/B=c.opt", parse("query -vexo_opt=/a/B=c.opt").options.optFile);
+  EXPECT_STREQ("o", parse("showver -out=o").options.outFile);
   const vexoOptionsInfo_t two = parse("sync -nocat -numorcinst=25").options;
   EXPECT_TRUE(two.numOrcInstances == 25 && two.noCatalog == 1);
   EXPECT_EQ(1999999999, parse("sync -numcat=1999999999").options.numCatalogs);
@@ -78,6 +122,7 @@ TEST_F(CommandLine, KeepsValuesAsTheyWereWritten) {
 TEST_F(CommandLine, HasAMessageForEveryResult) {
   for (const auto& [result, begin, end] :
        {std::tuple(7, "\nQRB0102E ", "\nD\n\n"),
+        {4, "\nQRB0103E The option -o ", "\nD\n\n"},
         {13, "\nQRB0105E The option -o ", ".\n\n"},
         {610, "\nQRB2690E ", "(code 610). Install it again.\n\n"},
         {1702, "\nQRB2690E ", "(code 1702). Install it again.\n\n"}}) {
@@ -93,21 +138,18 @@ TEST_F(CommandLine, HasAMessageForEveryResult) {
 
 // They are parsed as options first, which upper-cases them and cuts them at "=". Kept on purpose.
 TEST_F(CommandLine, TakesPasswordsAsTheTrialAsOptionsLeavesThem) {
-  const Parsed parsed = parse("password abc=d xyz");
-  EXPECT_STREQ("ABC", parsed.options.oldPassword);
-  EXPECT_STREQ("XYZ", parsed.options.newPassword);
-  const Parsed cut = parse("password " + std::string(99, 'x') + " b");
-  EXPECT_EQ(std::string(64, 'X'), cut.options.oldPassword);
+  const Parsed parsed = parse("password " + std::string(99, 'x') + " b=c");
+  EXPECT_EQ(std::string(64, 'X'), parsed.options.oldPassword);
+  EXPECT_STREQ("B", parsed.options.newPassword);
 }
 
 // Every user can read the arguments of a process.
 TEST_F(CommandLine, LeavesNoPasswordInTheArguments) {
   for (const auto& [line, wiped] : {std::pair("password abc=d xyz", true),
                                     {"password abc xyz -vexo_opt=f", true},
-                                    {"password abc -vexo_opt=f", false},
-                                    {"sync abc xyz", false}}) {
+                                    {"password abc -vexo_opt=f", false}}) {
     const std::string left = parse(line).arguments;
-    EXPECT_EQ(wiped, left.find_first_not_of('\0') == std::string::npos) << line << ": " << left;
+    EXPECT_EQ(wiped, left.find_first_not_of('\0') == left.npos) << line << ": " << left;
   }
 }
 
