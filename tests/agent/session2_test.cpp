@@ -74,6 +74,20 @@ TEST_F(PasswordFile, IsWrittenInChunksThatReadBack) {
   EXPECT_EQ(std::filesystem::perms{0644}, mode("pw/VEXO.N"));
 }
 
+TEST_F(PasswordFile, IsInTheFirstDirectoryThatIsNamed) {
+  set(orc.VEXO_NODE, "N");
+  for (const auto& [option, agents, path] : {std::tuple("/p", "/o", "/p/VEXO.N"),
+                                             {"/p/", "", "/p/VEXO.N"},
+                                             {"", "/o", "/o/VEXO.N"},
+                                             {"", "", "installed/agent/VEXO.N"}}) {
+    set(orc.VEXO_PSWDPATH, option);
+    set(orc.VLTI_ORC_DIR, agents);
+    char directory[agent::kPasswordPathSize], found[agent::kPasswordPathSize];
+    psvexoGetFileName(directory, found, &orc);
+    EXPECT_STREQ(path, found);
+  }
+}
+
 // What may be where the password file should be, read and then replaced by root and by another
 // user.
 TEST_F(PasswordFile, KeepsItsOwnerAndNeitherOpensNorReplacesWhatOthersPut) {
@@ -164,7 +178,7 @@ TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
   EXPECT_HOLDS(log(), "QRB2721");
   EXPECT_HOLDS(log(), "VEXO.N.save");
   EXPECT_EQ(0, psDoVltSetUp(&orc)) << "no such file is no error";
-  EXPECT_STREQ("", orc.legacyPassword);
+  EXPECT_EQ(std::string(kPasswordSize, '\0'), std::string(orc.legacyPassword, kPasswordSize));
   std::filesystem::remove("installed/agent/VEXO.N.save");
   dir.write("installed/agent/VEXO.N.save/full", "");  // nothing can be renamed to this name
   dir.write("installed/agent/VEXO.N", kHeader + chunk('6', "secret"));
@@ -201,6 +215,30 @@ TEST_F(Session, TheLegacyWayAsksWithAnEmptyFileInTmpdir) {
   const support::Captured quiet;
   EXPECT_EQ(2531, psDoVltSetUp(&orc));
   EXPECT_HOLDS(log(), "QRB2531");
+  TEST_LEGACYPWD = 0;
+}
+
+// If the library keeps the password, it decides on the node, the owner and the directory as well.
+TEST_F(Session, TheLegacyWayDropsTheNamesOfALibraryThatKeepsThePassword) {
+  TEST_LEGACYPWD = 1;
+  const char* const rows[][3] = {{"", "", ""}, {"N", "", ""}, {"", "O", ""}, {"", "", "/p"}};
+  for (const auto& [node, owner, directory] : rows) {
+    orc = {};
+    set(orc.VEXO_NODE, node);
+    set(orc.VEXO_OWNER, owner);
+    set(orc.VEXO_PSWDPATH, directory);
+    ScriptedApi api({version(13), Step("vltSetUp"),
+                     Step("vltQueryCliOptions").fill<VltOptions>([](VltOptions& options) {
+                       options.passwordAccess = VLT_PASSWORD_GENERATE;
+                     })});
+    support::Captured shown;
+    EXPECT_EQ(0, psDoVltSetUp(&orc));
+    EXPECT_EQ("", std::string(orc.VEXO_NODE) + orc.VEXO_OWNER + orc.VEXO_PSWDPATH);
+    const bool named = *node + *owner + *directory != 0;
+    EXPECT_EQ(named, shown.take().find("QRB2610") != std::string::npos) << node << owner;
+    EXPECT_EQ(named, std::string(orc.lastErrorMsg).starts_with("QRB2610")) << node << owner;
+    EXPECT_EQ(std::pair(1, 1), std::pair(int{orc.apiSetUp}, int{orc.bUsePwGenerate}));
+  }
   TEST_LEGACYPWD = 0;
 }
 

@@ -1,12 +1,16 @@
 // wrapper_test.cpp: what the wrapper adds to the library's calls, and which calls it does not make.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 #include "api/vltapi.h"
 #include "api/vltapid.h"
+#include "api/vltrecords.h"
+#include "common/ut/strutil.h"
 #include "tests/support/scripted_api.h"
 #include "tests/support/tempdir.h"
 #include "tests/support/traced.h"
@@ -15,6 +19,7 @@ namespace {
 
 using support::ScriptedApi;
 using support::Step;
+#define EXPECT_HOLDS(text, part) EXPECT_NE(std::string::npos, (text).find(part)) << (text)
 
 TEST(Wrapper, PassesArgumentsAndCodesUnchanged) {
   VltApiStatusObjP->totalTime = 0;
@@ -30,7 +35,12 @@ TEST(Wrapper, PassesArgumentsAndCodesUnchanged) {
                    }),
                    Step("vltTerminate", "7", 2402)});
   EXPECT_EQ(-32768, api.dvltBeginQuery(VltApiStatusObjP, 0xFFFFFFFF, 1, &query));
-  EXPECT_EQ(32767, api.dvltDeleteObj(VltApiStatusObjP, 7, VLT_DELETE_BACKUP_ID, &info));
+  EXPECT_HOLDS(support::traced("API",
+                               [&] {
+                                 EXPECT_EQ(32767, api.dvltDeleteObj(VltApiStatusObjP, 7,
+                                                                    VLT_DELETE_BACKUP_ID, &info));
+                               }),
+               "Exit DVltApi::dvltDeleteObj(), rc = 32767\n");
   std::uint16_t reason = 0;
   EXPECT_EQ(0, api.dvltEndTxn(VltApiStatusObjP, 7, VLT_VOTE_ABORT, &reason));
   EXPECT_EQ(9, reason);
@@ -46,10 +56,15 @@ TEST(Wrapper, TracesMillisecondsAsSeconds) {
   ScriptedApi api({Step("vltEndTxn").fill<std::uint16_t>([](std::uint16_t&) { ::usleep(20000); })});
   DVltApiStatus status;
   std::uint16_t reason = 0;
-  EXPECT_EQ(0, api.dvltEndTxn(&status, 7, VLT_VOTE_COMMIT, &reason));
-  const std::string line = support::traced("PERFORMANCE", [&] { api.LogApiStatus(&status); });
-  EXPECT_EQ("Performance stats: # seconds spent in ZYL API calls\n", support::masked(line));
-  EXPECT_GE(std::stoi(line.substr(line.find(':') + 1)), 20);
+  const std::string line = support::traced("PERFORMANCE", [&] {
+    EXPECT_EQ(0, api.dvltEndTxn(&status, 7, VLT_VOTE_COMMIT, &reason));
+    api.LogApiStatus(&status);
+  });
+  EXPECT_EQ(
+      "Elapsed milliseconds #, for ZYL Api call \n"
+      "Performance stats: # seconds spent in ZYL API calls\n",
+      support::masked(line));
+  EXPECT_GE(std::stoi(line.substr(line.rfind(':') + 1)), 20);
 }
 
 TEST(Wrapper, AcceptsLibrariesByTheirWeight) {
@@ -97,6 +112,71 @@ TEST(Loading, TracesEveryStepOfAFailure) {
       "Enter DVltApiDL::Cleanup()\nZYL API is not loaded\n"
       "Exit DVltApiDL::Cleanup(), rc = 0\nExit DVltApiDL::Setup(), rc = 104\n",
       text.substr(text.find("NUM_API_FUNCS")));
+}
+
+// A library that is loaded under its path is found by its name.
+TEST(Loading, IsUndoneWholeAndThenDoneAgain) {
+  void* const whole = ::dlopen(WHOLE_LIBRARY "/libApiDS64.so", RTLD_NOW);
+  ASSERT_NE(nullptr, whole) << ::dlerror();
+  struct Library : DVltApiDL {
+    static bool isLoaded() {
+      const bool all =
+          m_hMarlDll != nullptr && m_fnvltBeginGetDataP != nullptr && m_fnvltUpdateObjP != nullptr;
+      const bool any =
+          m_hMarlDll != nullptr || m_fnvltBeginGetDataP != nullptr || m_fnvltUpdateObjP != nullptr;
+      EXPECT_EQ(all, any);
+      return all;
+    }
+  } library;
+  for (int again = 0; again < 2; ++again) {
+    EXPECT_EQ(0, library.Setup());
+    EXPECT_TRUE(Library::isLoaded());
+    EXPECT_EQ(0, library.Cleanup());
+    EXPECT_FALSE(Library::isLoaded());
+  }
+  ::dlclose(whole);
+}
+
+TEST(FirstFailure, IsKept) {
+  CFirstFailureRc rc = 0;
+  rc = 0;
+  rc = 7;
+  rc = CFirstFailureRc(8);
+  rc = 0;
+  EXPECT_EQ(7, rc);
+}
+
+// Every field, to our record and back.
+TEST(Records, AreCopiedWhole) {
+  const auto fields = [](const auto& record) {
+    const auto& [name, id, size, date] =
+        std::tie(record.objName, record.objId, record.sizeEstimate, record.insDate);
+    return std::tuple(int{record.objState}, std::string(name.fileSpace),
+                      std::string(name.highLevel), std::string(name.lowLevel), int{name.objType},
+                      std::string(record.owner), api::toNumber(id), api::toNumber(size),
+                      ut::isoDate(api::toNfDate(date)).text == std::string("2001-02-03T04:05:06"),
+                      int{record.compressType}, int{record.encryptionType},
+                      int{record.clientDeduplicated});
+  };
+  VltQryRespBackup given = {}, back = {};
+  std::memset(&given, 'x', sizeof given);
+  ut::terminate(given.objName.fileSpace);
+  ut::terminate(given.objName.highLevel);
+  ut::terminate(given.objName.lowLevel);
+  ut::terminate(given.owner);
+  given.objState = 11;
+  given.objName.objType = 12;
+  given.objId = {13, 14};
+  given.sizeEstimate = {15, 16};
+  given.insDate = {2001, 2, 3, 4, 5, 6};
+  given.compressType = 17;
+  given.encryptionType = 18;
+  given.clientDeduplicated = 19;
+  VEXS_qryRespBackupData ours = {};
+  api::copyResponse(given, &ours);
+  api::copyResponse(ours, &back);
+  EXPECT_EQ(fields(given), fields(ours));
+  EXPECT_EQ(fields(given), fields(back));
 }
 
 TEST(SetUp, IsDoneOnceAndUndoneOnceAndSaysWhichStepFailed) {

@@ -2,6 +2,7 @@
 #include "common/ut/trace.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdint>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "common/ut/agttrc.h"
+#include "common/ut/nfdate.h"
 #include "tests/support/captured.h"
 #include "tests/support/tempdir.h"
 
@@ -46,6 +48,11 @@ class Trace : public testing::Test {
 };
 
 TEST_F(Trace, LinesCarryThePrefixesThatAreOn) {
+  unsigned milliseconds = 0;  // few, so that they are padded
+  while (static_cast<void>(ut::localNow(&milliseconds)), milliseconds > 50) ::usleep(5000);
+  start("API TIMESTAMP");
+  TRACE(TR_API, "\n");
+  EXPECT_EQ('0', lines()[20]) << lines();
   for (const auto& [flags, line] : {std::pair("API", "[#] [#] : hello #\n"),
                                     {"API,timestamp\t-tid", "#/#/# #:#:#.# [#] : hello #\n"}}) {
     start(flags);
@@ -59,30 +66,36 @@ TEST_F(Trace, LinesCarryThePrefixesThatAreOn) {
 }
 
 TEST_F(Trace, WordsSwitchClassesAndAggregates) {
-  const auto isOn = [](const std::string& word) -> int {
+  const auto on = [] {
+    std::string words = TR_ALL != 0 ? "(all) " : "";
 #define TRACE_CLASS(name) \
-  if (word == #name) return TR_##name;
+  if (TR_##name != 0) words += #name " ";
 #include "common/ut/trcclass.def"
-    return TR_ALL;
+    return words;
   };
+  const std::string service =
+      "API CONFIG ENG ERI ERROR EVENT FILEOPS GENERAL GUI MESSAGES ORCBUFF ORCLEVEL0 ORCLEVEL1 "
+      "ORCLEVEL2 PCM PROXY0 PROXY1 PROXY2 SQLAPI VEXAPI ";
+  const std::string all =
+      "(all) API BUFFRING CONFIG ENG ERI ERROR EVENT FILEOPS GENERAL GUI LINKEDLIST MEM MESSAGES "
+      "MUTEX NLS ORCBUFF ORCLEVEL0 ORCLEVEL1 ORCLEVEL2 PCM PERFORMANCE PROXY0 PROXY1 PROXY2 "
+      "SORTLINKEDLIST SQLAPI VEXAPI THREAD TRACE ";
   VEXCTrace switches;
-  for (const auto& [flags, on, off] :
-       {std::tuple("SERVICE", "ORCLEVEL0 ORCLEVEL1 ORCLEVEL2 ERROR API FILEOPS",
-                   "ALL LINKEDLIST NLS THREAD SORTLINKEDLIST PERFORMANCE BUFFRING MUTEX TRACE MEM"),
-        {"ALL", "ALL LINKEDLIST MEM ORCLEVEL2 FILEOPS VEXAPI",
-         "PARSE CMD PELDRA PELDRA_DETAIL DETAILED PREFIX TIMESTAMP"},
-        {"detailed", "DETAILED ALL LINKEDLIST", "PARSE CMD PELDRA"},
-        {"ALL -DETAILED", "", "ALL MEM LINKEDLIST ERROR DETAILED"},
-        {"ALL -SERVICE", "ALL NLS THREAD LINKEDLIST MEM", "ERROR ORCLEVEL1"},
-        {"PARSE -SERVICE -ALL", "PARSE", "ALL NLS MEM LINKEDLIST ERROR"},
-        {"NLS SERVICE", "API", "NLS ALL"},
-        {"\"API\",'NLS'\r\nMEM\r", "API NLS MEM", "ALL"},
-        {"ORCLEVEL ORCLEVEL11 --API - PARSECMD", "", "ORCLEVEL1 API PARSE CMD ALL"}}) {
+  for (const auto& [flags, wanted] :
+       {std::pair("SERVICE", service),
+        {"ALL", all},
+        {"detailed", std::string(all).replace(all.find("ENG"), 0, "DETAILED ")},
+        {"ALL -DETAILED", ""},
+        {"ALL -SERVICE",
+         "(all) BUFFRING LINKEDLIST MEM MUTEX NLS PERFORMANCE SORTLINKEDLIST THREAD TRACE "},
+        {"PARSE -SERVICE -ALL", "PARSE "},
+        {"MBHISTORY EWSDETAIL MAPIDETAIL PARSE CMD NLS SERVICE",
+         std::string(service).replace(4, 0, "CMD ")},
+        {"\"API\",'NLS'\r\nMEM\r", "API MEM NLS "},
+        {"ORCLEVEL ORCLEVEL11 --API - PARSECMD", ""}}) {
     allOff();
     EXPECT_EQ(0u, switches.trEnable(flags, true));
-    std::istringstream onWords(on), offWords(off);
-    for (std::string word; onWords >> word;) EXPECT_EQ(1, isOn(word)) << flags << ": " << word;
-    for (std::string word; offWords >> word;) EXPECT_EQ(0, isOn(word)) << flags << ": " << word;
+    EXPECT_EQ(wanted, on()) << flags;
   }
   switches.trTestEnable("legacypwd,'SYNCDBNORMAN'\r nosuch TEST -test");
   EXPECT_EQ(1, TEST_LEGACYPWD);
@@ -168,6 +181,26 @@ TEST_F(Trace, WrappedFileSaysWhereItsNewestLineEnds) {
     EXPECT_EQ(last, numbersIn(text.substr(0, seamOf(text))).back());
   }
   EXPECT_EQ(0u, text.find("ZYL Trace   ")) << "the header survives every wrap";
+}
+
+TEST_F(Trace, BeginsWithABannerIfOneIsWanted) {
+  const std::string begin = "\nBEGINNING NEW TRACE\n\nTracing to file: " + path + "\n";
+  for (const int wanted : {0, 1}) {
+    std::filesystem::remove(path);
+    trace = nullptr;
+    trace = std::make_unique<VEXCTrace>();
+    EXPECT_EQ(0u, trace->trBegin(path.c_str(), wanted));
+    const std::string text = dir.read("trace");
+    EXPECT_EQ(text.find('\n'), text.find(begin)) << text;
+    EXPECT_EQ(wanted == 0, text.ends_with(begin)) << text;
+    EXPECT_EQ(static_cast<unsigned>(wanted),
+              support::occurrences(
+                  text,
+                  "       Application Client :   VEX Oracle SUN\n"
+                  "              VEX Version :   8.1.13.0\n"
+                  "        Base Code Version :   Version 8, Release 1, Level13.0 vexosync\n"))
+        << text;
+  }
 }
 
 TEST_F(Trace, TargetsThatCannotBeUsedAreLeftAlone) {

@@ -52,8 +52,10 @@ TEST_F(Password, LogsOnWithTheAgentsFileAndThenWithThePasswordTakenFromIt) {
   ends(168);  // no file yet
   EXPECT_TRUE(showed("QRB0168E The password file"));
   EXPECT_FALSE(showed("ZYL")) << "its own failure has its own words";
+  zylstore("calls on");
   change(kOld + " " + kNew);
   changed(0);
+  EXPECT_EQ(std::string::npos, zylstore("calls show").find("options=")) << "no options are given";
   EXPECT_EQ(39u + 2 * 9, dir_.read("passwords/VEXO.ORANODE").size());
   logsOn();
   // The next release: the library keeps the password, and has none yet.
@@ -63,6 +65,35 @@ TEST_F(Password, LogsOnWithTheAgentsFileAndThenWithThePasswordTakenFromIt) {
   logsOn();
   EXPECT_TRUE(dir_.has("passwords/VEXO.ORANODE.save"));
   logsOn();
+}
+
+// Whoever may not change it, or has no place for it, is told so at once.
+TEST_F(Password, ChangeIsRefusedBeforeAnythingIsAsked) {
+  if (::getuid() != 0) GTEST_SKIP() << "needs root";
+  for (const char* name : {"", "passwords", "tmp"}) {
+    std::filesystem::permissions(dir_.path(name), std::filesystem::perms::all);
+  }
+  const std::string store = dir_.read("vlt.opt") + "PASSWORDACCESS ";
+  zylstore("calls on");
+  const struct {
+    bool keptByAgent, directory;
+    const char* user;
+    int rc;
+    const char* message;
+  } rows[] = {{true, true, "nobody ", 2620, "QRB2620E"},
+              {true, false, "nobody ", 2620, "QRB2620E"},
+              {true, false, "", 2521, "QRB2521E"},
+              {false, true, "", 2621, "QRB2621E"}};
+  option("VEXO_TEST_FLAGS LEGACYPWD");
+  for (const auto& row : rows) {
+    dir_.write("vlt.opt", store + (row.keptByAgent ? "prompt\n" : "generate\n"));
+    option("VEXO_PSWDPATH " + dir_.path(row.directory ? "passwords" : "absent"));
+    change(row.user);
+    changed(row.rc);
+    EXPECT_TRUE(showed(row.message)) << terminal_->transcript();
+    EXPECT_FALSE(showed("password: "));
+  }
+  EXPECT_EQ(std::string::npos, zylstore("calls show").find("InitEx"));
 }
 
 TEST_F(Password, IsChangedEvenIfTheAgentsFileCannotBeWritten) {
@@ -100,7 +131,7 @@ TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
     const char* message;
   } rows[] = {
       {{kNew, "a", longest, longest + "x"}, -1, "QRB0161E"},
-      {{kNew, "a", kNew, "b", kNew, "c"}, -1, "QRB0161E"},
+      {{kNew, "a", kNew, "b", kNew, kMark + "NEW"}, -1, "QRB0161E"},
       {{kNew, ""}, -1, "QRB0258E"},
       {{longest + "x"}, -1, "QRB0161E"},
       {{kNew + '\0' + "a"}, -1, "QRB2722E"},
@@ -120,6 +151,7 @@ TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
     EXPECT_EQ(row.answers.size() > 3, showed("QRB0162E"));
     EXPECT_FALSE(showed(kMark));
     EXPECT_EQ(row.rc == 0, logged("QRB0260I"));
+    EXPECT_FALSE(logged("> QRB0260I")) << "the time alone";
   }
   logsOn();
 }
@@ -155,8 +187,11 @@ TEST_F(Password, ReplacesAnExpiredOneAndReportsWhatTheServerRefuses) {
   changed(51);
   EXPECT_TRUE(showed("ZYL0051"));
   zylstore("fault ChangePW 54");
+  zylstore("calls on");
   change(kOld + " " + kNew);
   changed(54);
+  const std::string calls = zylstore("calls show");
+  EXPECT_NE(std::string::npos, calls.find("Terminate", calls.find("ChangePW"))) << calls;
   change(kOld + " " + kNew);
   changed(0);
   logsOn();

@@ -194,14 +194,14 @@ TEST_F(Sync, DeletesToTheLastObjectAndLeavesTheEmptyList) {
 }
 
 TEST_F(Sync, PrintsTheObjectsOfTheRangeInTheRunsFormats) {
-  object("/old", "--date 2025-02-03T22:00:01 --size 1234567 --encryption aes256 --deduplicated");
+  object("/old", "--date 2025-02-03T12:00:01 --size 1234567 --encryption aes256 --deduplicated");
   object("/older", "--date 2025-02-02T23:59:59");
   object("/new", "--date 2025-02-05T00:00:00");
   option("VEXO_DATE_FMT 4\nVEXO_TIME_FMT 4\nVEXO_NUM_FMT 5");
   run({"query"});
   dates("03.02.2025", "04.02.2025");
   ends(0);
-  for (const char* text : {"/marlorc/oracle/old", "03.02.2025 10:00:01P", "1.234.567 bytes",
+  for (const char* text : {"/marlorc/oracle/old", "03.02.2025 12:00:01P", "1.234.567 bytes",
                            "AES_256BIT", "Compressed:   No", "Deduplicated: Yes"}) {
     EXPECT_TRUE(showed(text)) << text << " is missing in\n" << terminal_->transcript();
   }

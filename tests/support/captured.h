@@ -74,6 +74,7 @@ class Captured : public Redirected {
 class FedInput : public Redirected {
  public:
   explicit FedInput(std::string_view text) : Redirected(STDIN_FILENO) {
+    std::setvbuf(file_, nullptr, _IONBF, 0);  // no copy of a password
     std::fwrite(text.data(), 1, text.size(), file_);
     std::rewind(file_);
     ::__fpurge(stdin);

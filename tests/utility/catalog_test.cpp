@@ -13,12 +13,17 @@
 #include <string>
 #include <utility>
 
+#include "common/ut/stdinput.h"
 #include "common/ut/trace.h"
 #include "tests/support/captured.h"
+#include "tests/support/child.h"
+#include "tests/support/memory.h"
+#include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"
 #include "utility/exchange.h"
 #include "utility/syncdb_catalog.h"
 #include "utility/syncdb_names.h"
+#include "utility/syncdb_reconcile.h"
 #include "utility/syncdb_spool.h"
 
 namespace {
@@ -112,6 +117,44 @@ TEST_F(CatalogQuery, HandsSqlplusThisScriptAndRemovesIt) {
   EXPECT_FALSE(std::filesystem::exists(spool_));
 }
 
+// Two catalogs know three handles, one of them both. When the listing begins, no password is left.
+TEST_F(CatalogQuery, OfEachCatalogHasItsOwnFilesAndLeavesNoPassword) {
+  sqlplus("spool=$(sed -n '2s/^spool //p' $script); echo $script $spool >>" + dir_.path("names") +
+          "; printf 'shared\\nof%d\\n' $$ >$spool");
+  const support::ScopedEnv temporary("TMPDIR", dir_.path().c_str());
+  support::inChild([&] {
+    ut::ownStandardInput();
+    static orcObj_t orc = {};
+    orc.VEXO_ENABLESCRIPTINPUT[0] = 'y';
+    vexoOptionsInfo_t options = {};
+    options.numCatalogs = 2;
+    using support::Step;
+    support::ScriptedApi api(
+        {Step("vltQuerySessInfo").fill<VltSessInfo>([](VltSessInfo&) {
+           EXPECT_FALSE(support::inMemory("hidden-4711"));
+         }),
+         Step("vltBeginQuery"),
+         Step("vltGetNextQObj", "*", VLT_RC_MORE_DATA).fill<VltDataBlk>([](VltDataBlk& block) {
+           auto& object = *static_cast<VltQryRespBackup*>(block.buffer);
+           object.insDate = {2026, 3, 7, 8, 5, 9};
+           object.objName.lowLevel[0] = 'x';
+         }),
+         Step("vltGetNextQObj", "*", VLT_RC_FINISHED), Step("vltEndQuery")});
+    const nfDate day = ut::makeDate(2026, 3, 7);
+    support::Captured output;
+    const support::FedInput answers("rman\nhidden-4711\n\nrman\nhidden-4711\n\nq\n");
+    EXPECT_EQ(300, utSyncZylToRman(&orc, options, day, day, 0));
+    shown_ = output.take();
+    EXPECT_NE(std::string::npos, shown_.find("that Oracle reported (3).")) << shown_;
+  });
+  std::istringstream names(dir_.read("names"));
+  for (const char* end : {"_1.out", "_2.out"}) {
+    std::string script, spool;
+    names >> script >> spool;
+    EXPECT_TRUE(script.ends_with(".sql") && spool.ends_with(end)) << script << " " << spool;
+  }
+}
+
 TEST_F(CatalogQuery, NeverRunsAScriptThatWouldBeCut) {
   sqlplus("echo piece >" + spool_);
   EXPECT_EQ(0, query());
@@ -173,9 +216,14 @@ TEST_F(CatalogQuery, RunsSqlplusInEnglishWithoutTheUsersProfileAndInput) {
 }
 
 TEST_F(CatalogQuery, RemovesItsFilesBeforeASignalEndsTheProgram) {
-  for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) {
+  for (const auto& [number, kept] : {std::pair(SIGINT, false),
+                                     {SIGQUIT, false},
+                                     {SIGTERM, false},
+                                     {SIGHUP, false},
+                                     {SIGTERM, true}}) {
     dir_.write("SQLIx.sql", "rman/secret");
     dir_.write("SQLOx_3.out", "piece");
+    TR_ORCLEVEL2 = kept ? 1 : 0;
     EXPECT_EXIT(
         {
           const utility::ExchangeGuard outer("/nonexistent", "/nonexistent");
@@ -183,7 +231,9 @@ TEST_F(CatalogQuery, RemovesItsFilesBeforeASignalEndsTheProgram) {
           std::raise(number);
         },
         testing::KilledBySignal(number), "");
-    EXPECT_TRUE(filesAreGone()) << number;
+    TR_ORCLEVEL2 = 0;
+    EXPECT_EQ(kept, std::filesystem::exists(script_)) << number;
+    EXPECT_EQ(kept, std::filesystem::exists(spool_)) << number;
   }
 }
 
@@ -253,6 +303,7 @@ TEST_F(CatalogQuery, VoidsAListingThatIsNotSound) {
       {many + "ERROR at line 1:\nsomething without a code\n", ": something without a code"},
       {"ERROR\n\n\n  ORA-1: x\n", "QRB2642E"},
       {many + "ERROR:\n", "QRB2642E"},
+      {"ORA-28001: the password has expired\n" + many, "ORA-28001"},  // no warning
       {"see RMAN-06004: no\n" + many, "RMAN-06004"},
       {many + "rows will be truncated\n\n6 rows selected.\n", "rows will be truncated"},
       {"a\n\nb\n\n\n\n6 rows selected.\n", "but 2 handles"},  // three blank ones, four missing
@@ -292,6 +343,7 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
       {a + "\n" + b + "\n" + c + count, "1 1",
        a + "|" + b + "|" + a + b + "|" + b + "c|" + a + b + "c|", ""},
       {padded("d") + a + "\n\n2 rows selected.\n", "2 2", a + "|d|", ""},
+      {a + "\n\n" + c + "\n2 rows selected.\n", "2 2", a + "|c|", a + "c|"},  // the blank ends it
       {a + "\n" + padded("Session") + count, "1 1", a + "Session|", "Session|"},
       {accents + "\n" + c + count, "1 1", accents + "c|", ""},
       {"p1\r\n" + padded("p2").substr(0, 80) + "\r\n" + a + "\r\nend\r\n\n3 rows selected.\r\n",

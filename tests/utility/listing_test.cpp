@@ -144,7 +144,7 @@ TEST_F(FileList, WritesTheNamesOfAllObjectsToADiagnosticFileForItsUserOnly) {
   support::ScopedEnv temporary("TMPDIR", dir_.path().c_str());
   const mode_t before = ::umask(0);
   TR_ORCLEVEL2 = 1;
-  list({found("/a"), found("/b")});
+  list({found("/early", {2026, 3, 6, 23, 59, 59}), found("/a"), found("/b")});
   TR_ORCLEVEL2 = 0;
   ::umask(before);
   for (const auto& file : std::filesystem::directory_iterator(dir_.path())) {
@@ -176,6 +176,23 @@ TEST_F(FileList, ReadsRecordsOfAnyBytesWithinTheirBounds) {
   EXPECT_EQ(1280 + 64, std::ranges::count(output.take(), '?'));
   char entry[kEntryTextSize];
   EXPECT_EQ(0, pkFormatEntry(&list_, entry, 1, 1));
+}
+
+TEST(Totals, StopAtTheLargestSizeAndAtNone) {
+  const auto sized = [](std::uint32_t high, std::uint32_t low) {
+    utZylObj_s object = {};
+    object.sizeEstimate = {high, low};
+    return object;
+  };
+  utility::ObjectTotal total;
+  total.add(sized(~0u, ~0u - 1));
+  total.add(sized(0, 1));
+  EXPECT_EQ(~0ull, total.bytes);
+  total.add(sized(0, 5));
+  EXPECT_EQ(std::pair(~0ull, 3ull), std::pair(total.bytes + 0ull, total.count + 0ull));
+  total.remove(sized(~0u, ~0u));
+  total.remove(sized(0, 5));
+  EXPECT_EQ(std::pair(0ull, 1ull), std::pair(total.bytes + 0ull, total.count + 0ull));
 }
 
 TEST_F(FileList, OffersDefaultDatesInEveryFormat) {
