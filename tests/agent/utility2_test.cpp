@@ -2,13 +2,9 @@
 #include "agent/utility2.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <map>
 #include <sstream>
 
@@ -19,7 +15,6 @@
 #include "api/clientdirs.h"
 #include "common/ut/agttrc.h"
 #include "tests/agent/agent_fixture.h"
-#include "tests/support/captured.h"
 #include "tests/support/child.h"
 #include "tests/support/scripted_api.h"
 #include "tests/support/traced.h"
@@ -144,19 +139,17 @@ TEST_F(Start, ReadsFormatNumbersAndReportsAMissingCatalog) {
 
 // Each keyword's value is its own name.
 TEST_F(Start, TracesEachOptionUnderItsName) {
-  const std::string names =
+  std::istringstream words(
       "VLTI_DIR VLTI_LOG VLTI_ORC_DIR VLTI_ORC_CONFIG VEXO_AVG_SIZE VEXO_FS VEXO_NODE VEXO_OWNER "
       "VEXO_PSWDPATH VEXO_TRACE_MAX VEXO_TRACE_FILE VEXO_TRACE_FLAGS VEXO_TEST_FLAGS "
       "VEXO_MGMT_CLASS_2 VEXO_MGMT_CLASS_3 VEXO_MGMT_CLASS_4 VEXO_NUM_BUFFERS VEXO_DATE_FMT "
-      "VEXO_TIME_FMT VEXO_NUM_FMT VEXO_LANGUAGE";
-  std::istringstream words(names);
+      "VEXO_TIME_FMT VEXO_NUM_FMT VEXO_LANGUAGE");
   std::string options, wanted;
   for (std::string name; words >> name;) {
-    const bool format = name.ends_with("_FMT");
+    std::string label = name.ends_with("_FMT") ? name.substr(0, name.size() - 2) + "ORMAT" : name;
+    label.resize(19, ' ');
     options += name + " " + name + "\n";
-    const std::string label = format ? name.substr(0, name.size() - 2) + "ORMAT" : name;
-    wanted += " " + label + std::string(19 - label.size(), ' ') + ": " +
-              (name == "VEXO_FS" ? "/" : "") + name + "\n";
+    wanted += " " + label + (name == "VEXO_FS" ? ": /" : ": ") + name + "\n";
   }
   dir.write("installed/agent/vexo.opt", options);
   EXPECT_EQ(0, vexoSetOptions(&orc));
@@ -165,9 +158,7 @@ TEST_F(Start, TracesEachOptionUnderItsName) {
         library = {2, 21, 22, 23, 24};
       })});
   const std::string text = support::traced("", [&] {
-    vexoTraceHeaderInfo(&orc);
-    TR_PREFIX = 1;
-    vexoTraceHeaderInfo(&orc);
+    for (TR_PREFIX = 0; TR_PREFIX < 2; ++TR_PREFIX) vexoTraceHeaderInfo(&orc);
     TR_PREFIX = 0;
   });
   EXPECT_HOLDS(text, wanted);

@@ -6,9 +6,7 @@
 #include <stdio_ext.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <string>
-#include <string_view>
+#define EXPECT_HOLDS(text, part) EXPECT_NE(std::string::npos, (text).find(part)) << (text)
 
 namespace support {
 

@@ -3,12 +3,8 @@
 #define TESTS_SUPPORT_MEMORY_H
 
 #include <fcntl.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <fstream>
-#include <string>
-#include <string_view>
 
 namespace support {
 
@@ -35,6 +31,14 @@ inline bool inMemory(std::string_view text) {
   std::fill_n(part, sizeof part, '\0');  // the next search must not find this one's copies
   ::close(memory);
   return found;
+}
+
+// Calls `act` with its variables so deep in the stack that what is called next does not cover them.
+template <typename Action>
+[[gnu::noinline]] auto deeper(Action act) {
+  char room[1 << 15];
+  asm volatile("" : : "r"(room));
+  return act();
 }
 
 }  // namespace support
