@@ -221,10 +221,15 @@ TEST_F(Session, TheLegacyWayDropsTheNamesOfALibraryThatKeepsThePassword) {
     set(orc.VEXO_NODE, node);
     set(orc.VEXO_OWNER, owner);
     set(orc.VEXO_PSWDPATH, directory);
-    ScriptedApi api({version(13), Step("vltSetUp"),
-                     Step("vltQueryCliOptions").fill<VltOptions>([](VltOptions& options) {
-                       options.passwordAccess = VLT_PASSWORD_GENERATE;
-                     })});
+    ScriptedApi api(
+        {version(13), Step("vltSetUp"),
+         Step("vltQueryCliOptions").fill<VltOptions>([](VltOptions& options) {
+           options.passwordAccess = VLT_PASSWORD_GENERATE;
+         }),
+         logon("node=null owner=null password=''", 51).look<VltInitExIn>([](const VltInitExIn& in) {
+           EXPECT_STREQ("", in.options);
+         })});
+    api.add(textSteps("0", 51, "ZYL0051E"));
     support::Captured shown;
     EXPECT_EQ(0, psDoVltSetUp(&orc));
     EXPECT_EQ("", std::string(orc.VEXO_NODE) + orc.VEXO_OWNER + orc.VEXO_PSWDPATH);
@@ -232,7 +237,14 @@ TEST_F(Session, TheLegacyWayDropsTheNamesOfALibraryThatKeepsThePassword) {
     EXPECT_EQ(named, support::occurrences(shown.take() + orc.lastErrorMsg, "QRB2610"))
         << node << owner;
     EXPECT_EQ(std::pair(1, 1), std::pair(int{orc.apiSetUp}, int{orc.bUsePwGenerate}));
+    EXPECT_EQ(51, vexoSession(&orc));
   }
+  // If the agent keeps it, the library is set up anew.
+  ScriptedApi api({version(13), Step("vltSetUp"), Step("vltQueryCliOptions"), Step("vltCleanUp"),
+                   Step("vltSetUp", "*", 2409)});
+  api.add(textSteps("0", 2409, "ZYL2409E"));
+  EXPECT_EQ(2409, psDoVltSetUp(&orc));
+  EXPECT_EQ(std::pair(0, 0), std::pair(int{orc.apiSetUp}, int{orc.bUsePwGenerate}));
   TEST_LEGACYPWD = 0;
 }
 

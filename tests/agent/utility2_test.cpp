@@ -195,9 +195,11 @@ TEST_F(Start, GoesOnWithoutATraceThatCannotBeOpened) {
   TEST_SYNCDBNORMAN = 0;
   set(orc.VEXO_TEST_FLAGS, "nosuch");
   set(orc.VEXO_TRACE_FILE, dir.path("trace"));
+  set(orc.VEXO_TRACE_MAX, "2");
   vexoInitTrace(&orc);
   EXPECT_EQ(1, TR_API);
   const std::string first = support::masked(dir.read("trace"));
+  EXPECT_HOLDS(first, "\nTracefile maximum length set to # MB.\n");
   EXPECT_HOLDS(first, "\n[#] [#] :  vexoInitTrace(): QRB#");
   for (const char* word : {"VEXO_TEST_FLAGS", "NOSUCH", "VEXO_TRACE_FLAGS", "SERVCIE"}) {
     EXPECT_HOLDS(first, word);

@@ -115,14 +115,15 @@ TEST(Loading, IsUndoneWholeAndThenDoneAgain) {
 }
 
 TEST(SetUp, IsDoneOnceAndUndoneOnceAndSaysWhichStepFailed) {
-  const support::ScopedEnv dir("VLTI_DIR", "/dir/"), config("VLTI_CONFIG", "/c.opt");
+  const support::ScopedEnv dir("VLTI_DIR", "/dir/"), config("VLTI_CONFIG", "/not.this");
   support::ScopedEnv log("VLTI_LOG", std::string(1280, 'x').c_str());
   const auto setUp = [](std::int16_t rc) {
     return Step("vltSetUp", "1", rc).look<VltEnvSetUp>([](const VltEnvSetUp& record) {
-      EXPECT_EQ("/dir/log/c.opt", std::string(record.vltiDir) + record.vltiLog + record.vltiConfig);
+      EXPECT_EQ("/dir/log/own.opt",
+                std::string(record.vltiDir) + record.vltiLog + record.vltiConfig);
     });
   };
-  ScriptedApi api({setUp(2409), setUp(0), Step("vltCleanUp", "1", 2401)});
+  ScriptedApi api({setUp(2409), setUp(0), Step("vltCleanUp", "1", 2401)}, "/own.opt");
   RC_TYPE type = 0;
   EXPECT_EQ(1702, api.Init(VltApiStatusObjP, &type));
   EXPECT_EQ(kRcTypeDirectory, type);

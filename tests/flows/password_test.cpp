@@ -96,6 +96,8 @@ TEST_F(Password, IsChangedEvenIfTheAgentsFileCannotBeWritten) {
   dir_.write("passwords/VEXO.ORANODE/in the way", "");
   change(kOld, kNew, 0);
   EXPECT_TRUE(showed("QRB0160E"));
+  EXPECT_EQ(2, std::distance(std::filesystem::directory_iterator(dir_.path("passwords")), {}))
+      << "the library's file and what is in the way";
   std::filesystem::remove_all(dir_.path("passwords/VEXO.ORANODE"));
   change(kNew, kNew, 0);
   EXPECT_TRUE(showed("QRB0260I"));

@@ -168,6 +168,7 @@ TEST_F(Sync, RunsNoCommandThatTmpdirCouldChange) {
 }
 
 TEST_F(Sync, EndsAfterThreeEmptyAnswers) {
+  zylstore("calls on");
   for (const bool named : {false, true}) {
     begin({"syncdb"});
     if (named) answer("user name: ", "rman");
@@ -175,6 +176,7 @@ TEST_F(Sync, EndsAfterThreeEmptyAnswers) {
     ends(65535);
     EXPECT_TRUE(showed("QRB2623E"));
   }
+  EXPECT_EQ(2, countIn(zylstore("calls show"), "Terminate")) << "once in each run";
 }
 
 TEST_F(Sync, DeletesToTheLastObjectAndLeavesTheEmptyList) {

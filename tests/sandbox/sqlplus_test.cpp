@@ -172,8 +172,8 @@ TEST_F(Sqlplus, CountsWhatItShowedWhenItIsInterruptedAndGoesOn) {
   const Result result = spool({}, "timeout --preserve-status -s INT 0.5");
   EXPECT_EQ(0, result.status);
   int rows = 0;
-  while (result.spooled.find("\n" + padded("h" + std::to_string(rows))) != std::string::npos)
-    ++rows;
+  const auto shown = [&] { return "\n" + padded("h" + std::to_string(rows)); };
+  while (result.spooled.find(shown()) != std::string::npos) ++rows;
   EXPECT_TRUE(rows > 5 && rows < 1000) << rows;
   EXPECT_TRUE(result.spooled.ends_with(" \n\n" + std::to_string(rows) + " rows selected.\n\n"));
 }

@@ -92,6 +92,10 @@ TEST_F(CatalogQuery, HandsSqlplusThisScriptAndRemovesIt) {
             dir_.read("first") + dir_.read("mode") + dir_.read("SQLOx_3.out"));
   EXPECT_FALSE(dir_.has("SQLIx.sql")) << "it holds a password";
   EXPECT_EQ("", shown_);
+  TR_ORCLEVEL2 = 1;  // keeps the files
+  EXPECT_EQ(0, query() | load());
+  TR_ORCLEVEL2 = 0;
+  EXPECT_EQ(2, files());
   dir_.write("seen", "not run");
   record_.bNoCatalog = 1;
   TEST_SYNCDBNORMAN = 1;  // an empty answer, without sqlplus
@@ -212,8 +216,8 @@ TEST_F(CatalogQuery, RemovesItsFilesBeforeASignalEndsTheProgram) {
     TR_ORCLEVEL2 = kept ? 1 : 0;
     EXPECT_EXIT(
         {
-          const utility::ExchangeGuard outer("/nonexistent", "/nonexistent");
           const utility::ExchangeGuard guard(script_.c_str(), spool_.c_str());
+          { const utility::ExchangeGuard nested("/nonexistent", "/nonexistent"); }
           std::raise(number);
         },
         testing::KilledBySignal(number), "");
@@ -277,7 +281,8 @@ TEST_F(CatalogQuery, VoidsAListingThatIsNotSound) {
       {"a\n\nno rows selected\n", "QRB2643E"},
       {"\n1 row selected.\n", "QRB2643E"},
       {full + "\nrest\n\n2 rows selected.\n", "the handle in line 1 fills its line"},
-      {"a\n" + full + "\n" + full + "\nb\n\n3 rows selected.\n", "QRB2659E The answer in"},
+      {"a\n" + full + "\n" + full + "\nb\n\n3 rows selected.\n",
+       "the handle in line 2 fills its line"},
       {"a\n" + full + "\nb\n\n4 rows selected.\n", "\"4 rows selected.\", but 2 handles"},
       {many + "ERROR at line 1:\nsomething without a code\n", ": something without a code"},
       {"ERROR\n\n\n  ORA-1: x\n", "QRB2642E"},
@@ -338,6 +343,9 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
        "SALES_df_7x|"},
       {padded("see ORA-1 below") + count, "1 1", "see ORA-1 below|", ""},  // padded: a handle
       {"SQL> set x\nHANDLE of it\n" + padded("p1") + count, "1 1", "p1|", ""},
+      {"see xORA-1 x\n", "0 0", "see xORA-1 x|", ""},
+      {times(40, "\xc3\xa9") + "\n" + c + count, "1 1", times(40, "\xc3\xa9") + "c|",
+       ""},  // by bytes
       {std::string(600, 'l') + "\n", "2 2",
        std::string(512, 'l') + "|" + std::string(88, 'l') + "|", ""},
   };
@@ -352,6 +360,22 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
       }
     }
     EXPECT_EQ("", shown_);
+  }
+}
+
+// A letter that was lost and the longest handle, which the last answer does not have.
+TEST_F(CatalogQuery, KeepsWhatTheAnswersOfAllCatalogsWereLike) {
+  for (const char* sign : {"?", "\xef\xbf\xbd", "\xc2\xbf"}) {
+    utility::Knowledge knowledge;
+    utility::RunRecord run(utility::ListKind::kOrphans);
+    dsBPlusTree tree;
+    for (const std::string& spool :
+         {std::string(80, 'f') + "\nlost" + sign + "\n", std::string("x\n")}) {
+      dir_.write("SQLOx_3.out", spool);
+      EXPECT_EQ(0, utility::takeAnswer(record_, spool_.c_str(), &tree, &knowledge, &run));
+      EXPECT_EQ(std::pair(85ul, true), std::pair(knowledge.longestHandle, knowledge.lettersLost))
+          << sign;
+    }
   }
 }
 
