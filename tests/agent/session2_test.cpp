@@ -107,6 +107,8 @@ TEST_F(PasswordFile, KeepsItsOwnerAndNeitherOpensNorReplacesWhatOthersPut) {
       {"the user's own", kFile, kOwner, 0, kOwner, 0600, true, false, kOwner},
       {"root's link to a user's", kLink, kOwner, 0, 0, 0600, false, true, kOwner},
       {"a user's link to his own", kLink, kOwner, kOwner, 0, 0600, false, true, kOwner},
+      {"root's link, replaced by the user", kLink, kOwner, 0, kOwner, 0600, false, true, kOwner},
+      {"a user's link to root's", kLink, 0, kOwner, kOwner, 0644, false, true, kOwner},
       {"a link that somebody planted", kLink, 0, kOther, 0, 0600, false, false, 0},
       {"a pipe", kPipe, kOther, 0, 0, 0644, false, false, 0},
   };

@@ -1,5 +1,6 @@
 // sqlplus_test.cpp: the stand-in for sqlplus, run for real: what the tests of the answers and of
-// SYNCDB take for granted of its spool file, profiles, languages, logon, errors and interrupts.
+// SYNCDB take for granted of its spool file, logon, errors and interrupts. Its profiles and
+// languages are seen in how many answers are refused and doubted (answers_test.cpp).
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -100,68 +101,6 @@ TEST_F(Sqlplus, SpoolsRowsCountsAndErrorsAndEndsWell) {
     EXPECT_NE(std::string::npos, result.output.find(row.error)) << result.output;
     EXPECT_EQ(std::string::npos, result.output.find("last")) << result.output;
   }
-}
-
-TEST_F(Sqlplus, DoesWhatTheProfilesSet) {
-  const std::string words = "one two three four five";
-  load("short\t2024-01-01\na\"b\t2024-01-01\tD\n" + words + "\t2024-01-01\n");
-  const std::string two = padded("short") + padded("a\"b");
-  const std::string all = two + padded(words) + "\n";
-  const std::string cut = "rows will be truncated\n\n", timed = "Elapsed: 00:00:00.";
-  const struct {
-    std::string profile, spooled;  // from the start
-    std::string login = "";
-  } cases[] = {
-      {"", kAltered + all},
-      {"column handle format a10 wrapped",
-       kAltered + two + padded("one two th") + padded("ree four f") + padded("ive") + "\n"},
-      {"column handle format a10 truncated", kAltered + two + padded("one two th") + "\n"},
-      {"set wrap off", kAltered + cut + all},
-      {"set feedback 3", kAltered + all + "3 rows selected.\n\n"},
-      {"set feedback 4", kAltered + all},
-      {"set feedback off", all},
-      {"set feedback 1", all, "set feedback off"},  // the user's profile has the last word
-      {"set timing on", kAltered + timed},
-      {"set timing on\nset feedback off", timed},
-      {"set markup csv on", kAltered + "\"short\"\n\"a\"\"b\"\n\"" + words + "\"\n\n"},
-      {"set trimspool on", kAltered + "short\na\"b\n" + words + "\n\n"},
-      {"set pagesize 20 linesize 7 recsep each", kAltered + all},  // the script sets them again
-  };
-  for (const auto& row : cases) {
-    dir_.write("sqlplus/admin/glogin.sql", row.profile);
-    dir_.write("login.sql", row.login);
-    const Result result = spool({}, "ORACLE_HOME=$PWD SQLPATH=/nowhere:$PWD");
-    EXPECT_EQ(0, result.status);
-    const bool isTimed = row.spooled.ends_with(timed);
-    EXPECT_EQ(row.spooled,
-              result.spooled.substr(0, isTimed ? row.spooled.size() : std::string::npos))
-        << row.profile;
-  }
-}
-
-TEST_F(Sqlplus, SpeaksTheLanguageAndWritesTheCharacterSetOfNlsLang) {
-  const std::string accents(79, 'a');
-  load("größe€\t2024-01-01\n" + accents + "éz\t2024-01-01\n");
-  const std::string utf8 = padded("größe€", 84) + accents + "é\n" + padded("z") + "\n";
-  const std::string ascii = padded("gr??e?") + accents + "?\n" + padded("z") + "\n";
-  const struct {
-    std::string nlsLang, altered, rows, count, none;
-  } cases[] = {
-      {"", "Session altered.", utf8, "2 rows selected.", "no rows selected"},
-      {"GERMAN_GERMANY.AL32UTF8", "Session geändert.", utf8, "2 Zeilen ausgewählt.",
-       "Es wurden keine Zeilen ausgewählt"},
-      {"FRENCH_FRANCE.US7ASCII", "Session modifi?e.", ascii, "2 lignes s?lectionn?es.",
-       "aucune ligne s?lectionn?e"},
-  };
-  dir_.write("login.sql", "set feedback 1");
-  for (const auto& row : cases) {
-    const std::string environment = "SQLPATH=$PWD NLS_LANG=" + row.nlsLang;
-    EXPECT_EQ("\n" + row.altered + "\n\n" + row.rows + row.count + "\n\n",
-              spool({}, environment).spooled);
-    EXPECT_TRUE(spool({.to = "1/1/2023"}, environment).spooled.ends_with("\n" + row.none + "\n\n"));
-  }
-  const std::string error = spool({.to = "x"}, "NLS_LANG=FRENCH").spooled;
-  EXPECT_NE(std::string::npos, error.find("\nERREUR à la ligne 1 :\nORA-01861: ")) << error;
 }
 
 TEST_F(Sqlplus, CountsWhatItShowedWhenItIsInterruptedAndGoesOn) {
