@@ -3,15 +3,12 @@
 #ifndef TESTS_AGENT_AGENT_FIXTURE_H
 #define TESTS_AGENT_AGENT_FIXTURE_H
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "agent/orcctx.h"
 #include "agent/utility2.h"
 #include "common/nls/nls.h"
 #include "common/ut/nfdate.h"
 #include "common/ut/strutil.h"
+#include "tests/support/captured.h"
 #include "tests/support/tempdir.h"
 
 class Agent : public testing::Test {
@@ -38,7 +35,5 @@ class Agent : public testing::Test {
   support::ScopedEnv optionFile{"VEXO_OPTFILE", nullptr}, config{"VLTI_CONFIG", nullptr};
   orcObj_t orc = {};
 };
-
-#define EXPECT_HOLDS(text, part) EXPECT_NE(std::string::npos, (text).find(part)) << (text)
 
 #endif  // TESTS_AGENT_AGENT_FIXTURE_H

@@ -2,7 +2,6 @@
 #include "agent/parser2.h"
 
 #include "tests/agent/agent_fixture.h"
-#include "tests/support/captured.h"
 
 namespace {
 

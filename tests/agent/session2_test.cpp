@@ -2,16 +2,11 @@
 #include "agent/session2.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdint>
-#include <string>
-#include <vector>
 
 #include "agent/password.h"
 #include "tests/agent/agent_fixture.h"
-#include "tests/support/captured.h"
 #include "tests/support/child.h"
 #include "tests/support/scripted_api.h"
 #include "tests/support/traced.h"
@@ -74,6 +69,20 @@ TEST_F(PasswordFile, IsWrittenInChunksThatReadBack) {
   EXPECT_EQ(std::filesystem::perms{0644}, mode("pw/VEXO.N"));
 }
 
+TEST_F(PasswordFile, IsInTheFirstDirectoryThatIsNamed) {
+  set(orc.VEXO_NODE, "N");
+  for (const auto& [option, agents, path] : {std::tuple("/p", "/o", "/p/VEXO.N"),
+                                             {"/p/", "", "/p/VEXO.N"},
+                                             {"", "/o", "/o/VEXO.N"},
+                                             {"", "", "installed/agent/VEXO.N"}}) {
+    set(orc.VEXO_PSWDPATH, option);
+    set(orc.VLTI_ORC_DIR, agents);
+    char directory[agent::kPasswordPathSize], found[agent::kPasswordPathSize];
+    psvexoGetFileName(directory, found, &orc);
+    EXPECT_STREQ(path, found);
+  }
+}
+
 // What may be where the password file should be, read and then replaced by root and by another
 // user.
 TEST_F(PasswordFile, KeepsItsOwnerAndNeitherOpensNorReplacesWhatOthersPut) {
@@ -88,19 +97,20 @@ TEST_F(PasswordFile, KeepsItsOwnerAndNeitherOpensNorReplacesWhatOthersPut) {
     Kind kind;
     uid_t file, link, user;
     mode_t mode;
-    short read;
-    bool followed;
+    bool read, followed;
     uid_t ownerThen;
   } rows[] = {
-      {"root's", kFile, 0, 0, 0, 0644, 0, false, 0},
-      {"root's, read by another", kFile, 0, 0, kOther, 0644, 0, false, kOther},
-      {"root's, hidden from another", kFile, 0, 0, kOther, 0600, 168, false, kOther},
-      {"another's, changed by root", kFile, kOwner, 0, 0, 0600, 0, false, kOwner},
-      {"the user's own", kFile, kOwner, 0, kOwner, 0600, 0, false, kOwner},
-      {"root's link to a user's", kLink, kOwner, 0, 0, 0600, 168, true, kOwner},
-      {"a user's link to his own", kLink, kOwner, kOwner, 0, 0600, 168, true, kOwner},
-      {"a link that somebody planted", kLink, 0, kOther, 0, 0600, 168, false, 0},
-      {"a pipe", kPipe, kOther, 0, 0, 0644, 168, false, 0},
+      {"root's", kFile, 0, 0, 0, 0644, true, false, 0},
+      {"root's, read by another", kFile, 0, 0, kOther, 0644, true, false, kOther},
+      {"root's, hidden from another", kFile, 0, 0, kOther, 0600, false, false, kOther},
+      {"another's, changed by root", kFile, kOwner, 0, 0, 0600, true, false, kOwner},
+      {"the user's own", kFile, kOwner, 0, kOwner, 0600, true, false, kOwner},
+      {"root's link to a user's", kLink, kOwner, 0, 0, 0600, false, true, kOwner},
+      {"a user's link to his own", kLink, kOwner, kOwner, 0, 0600, false, true, kOwner},
+      {"root's link, replaced by the user", kLink, kOwner, 0, kOwner, 0600, false, true, kOwner},
+      {"a user's link to root's", kLink, 0, kOwner, kOwner, 0644, false, true, kOwner},
+      {"a link that somebody planted", kLink, 0, kOther, 0, 0600, false, false, 0},
+      {"a pipe", kPipe, kOther, 0, 0, 0644, false, false, 0},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
@@ -123,11 +133,11 @@ TEST_F(PasswordFile, KeepsItsOwnerAndNeitherOpensNorReplacesWhatOthersPut) {
       unsigned key[2] = {};
       char password[kPasswordSize] = "";
       ScriptedApi api;
-      if (row.read == 0) api.add({cipher("vltDecryptEx")});
-      EXPECT_EQ(row.read, psvexoReadPswdFromFile(path.c_str(), password, key));
-      EXPECT_STREQ(row.read == 0 ? "pw" : "", password);
+      if (row.read) api.add({cipher("vltDecryptEx")});
+      EXPECT_EQ(row.read ? 0 : 168, psvexoReadPswdFromFile(path.c_str(), password, key));
+      EXPECT_STREQ(row.read ? "pw" : "", password);
       EXPECT_EQ(0, ::stat(path.c_str(), &entry));
-      EXPECT_EQ(row.read == 0 ? 0644u : row.mode, entry.st_mode & 0777);
+      EXPECT_EQ(row.read ? 0644u : row.mode, entry.st_mode & 0777);
       api.add({cipher("vltEncryptEx")});
       EXPECT_EQ(0, psvexoWritePswdToFile(dir.path().c_str(), path.c_str(), "newer", key));
     });
@@ -164,7 +174,7 @@ TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
   EXPECT_HOLDS(log(), "QRB2721");
   EXPECT_HOLDS(log(), "VEXO.N.save");
   EXPECT_EQ(0, psDoVltSetUp(&orc)) << "no such file is no error";
-  EXPECT_STREQ("", orc.legacyPassword);
+  EXPECT_EQ(std::string(kPasswordSize, '\0'), std::string(orc.legacyPassword, kPasswordSize));
   std::filesystem::remove("installed/agent/VEXO.N.save");
   dir.write("installed/agent/VEXO.N.save/full", "");  // nothing can be renamed to this name
   dir.write("installed/agent/VEXO.N", kHeader + chunk('6', "secret"));
@@ -201,6 +211,42 @@ TEST_F(Session, TheLegacyWayAsksWithAnEmptyFileInTmpdir) {
   const support::Captured quiet;
   EXPECT_EQ(2531, psDoVltSetUp(&orc));
   EXPECT_HOLDS(log(), "QRB2531");
+  TEST_LEGACYPWD = 0;
+}
+
+// If the library keeps the password, it decides on the node, the owner and the directory as well.
+TEST_F(Session, TheLegacyWayDropsTheNamesOfALibraryThatKeepsThePassword) {
+  TEST_LEGACYPWD = 1;
+  for (const auto& [node, owner, directory] :
+       {std::tuple("", "", ""), {"N", "", ""}, {"", "O", ""}, {"", "", "/p"}}) {
+    orc = {};
+    set(orc.VEXO_NODE, node);
+    set(orc.VEXO_OWNER, owner);
+    set(orc.VEXO_PSWDPATH, directory);
+    ScriptedApi api(
+        {version(13), Step("vltSetUp"),
+         Step("vltQueryCliOptions").fill<VltOptions>([](VltOptions& options) {
+           options.passwordAccess = VLT_PASSWORD_GENERATE;
+         }),
+         logon("node=null owner=null password=''", 51).look<VltInitExIn>([](const VltInitExIn& in) {
+           EXPECT_STREQ("", in.options);
+         })});
+    api.add(textSteps("0", 51, "ZYL0051E"));
+    support::Captured shown;
+    EXPECT_EQ(0, psDoVltSetUp(&orc));
+    EXPECT_EQ("", std::string(orc.VEXO_NODE) + orc.VEXO_OWNER + orc.VEXO_PSWDPATH);
+    const unsigned named = *node + *owner + *directory != 0 ? 2 : 0;
+    EXPECT_EQ(named, support::occurrences(shown.take() + orc.lastErrorMsg, "QRB2610"))
+        << node << owner;
+    EXPECT_EQ(std::pair(1, 1), std::pair(int{orc.apiSetUp}, int{orc.bUsePwGenerate}));
+    EXPECT_EQ(51, vexoSession(&orc));
+  }
+  // If the agent keeps it, the library is set up anew.
+  ScriptedApi api({version(13), Step("vltSetUp"), Step("vltQueryCliOptions"), Step("vltCleanUp"),
+                   Step("vltSetUp", "*", 2409)});
+  api.add(textSteps("0", 2409, "ZYL2409E"));
+  EXPECT_EQ(2409, psDoVltSetUp(&orc));
+  EXPECT_EQ(std::pair(0, 0), std::pair(int{orc.apiSetUp}, int{orc.bUsePwGenerate}));
   TEST_LEGACYPWD = 0;
 }
 

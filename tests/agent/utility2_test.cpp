@@ -2,22 +2,22 @@
 #include "agent/utility2.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <map>
 #include <sstream>
 
 #include "agent/errormsg.h"
 #include "agent/logfile.h"
+#include "agent/parser2.h"
+#include "agent/psutil2.h"
 #include "api/clientdirs.h"
 #include "common/ut/agttrc.h"
 #include "tests/agent/agent_fixture.h"
-#include "tests/support/captured.h"
+#include "tests/support/child.h"
+#include "tests/support/scripted_api.h"
+#include "tests/support/traced.h"
 
 namespace {
 
@@ -111,9 +111,9 @@ TEST_F(ErrorLog, IsWhereItCanBeWritten) {
 
 TEST_F(Start, ReadsFormatNumbersAndReportsAMissingCatalog) {
   set(orc.VLTI_ORC_DIR, "installed/agent");
-  const std::tuple<const char*, int, int, int> rows[] = {{"7", 1, 1, 1},   {"6", 1, 1, 6},
-                                                         {"4", 4, 4, 4},   {"0", 0, 0, 0},
-                                                         {"abc", 0, 0, 0}, {"-1", 1, 1, 1}};
+  const std::tuple<const char*, int, int, int> rows[] = {
+      {"7", 1, 1, 1}, {"6", 1, 1, 6},   {"5", 5, 1, 5}, {"4", 4, 4, 4},
+      {"0", 0, 0, 0}, {"abc", 0, 0, 0}, {"-1", 1, 1, 1}};
   for (const auto& [text, date, time, number] : rows) {
     set(orc.VEXO_DATE_FORMAT, text);
     set(orc.VEXO_TIME_FORMAT, text);
@@ -137,6 +137,48 @@ TEST_F(Start, ReadsFormatNumbersAndReportsAMissingCatalog) {
   EXPECT_HOLDS(log(), "==> QRB2641W No vexo_fra.cat for FRA\n");
 }
 
+// Each keyword's value is its own name.
+TEST_F(Start, TracesEachOptionUnderItsName) {
+  std::istringstream words(
+      "VLTI_DIR VLTI_LOG VLTI_ORC_DIR VLTI_ORC_CONFIG VEXO_AVG_SIZE VEXO_FS VEXO_NODE VEXO_OWNER "
+      "VEXO_PSWDPATH VEXO_TRACE_MAX VEXO_TRACE_FILE VEXO_TRACE_FLAGS VEXO_TEST_FLAGS "
+      "VEXO_MGMT_CLASS_2 VEXO_MGMT_CLASS_3 VEXO_MGMT_CLASS_4 VEXO_NUM_BUFFERS VEXO_DATE_FMT "
+      "VEXO_TIME_FMT VEXO_NUM_FMT VEXO_LANGUAGE");
+  std::string options, wanted;
+  for (std::string name; words >> name;) {
+    std::string label = name.ends_with("_FMT") ? name.substr(0, name.size() - 2) + "ORMAT" : name;
+    label.resize(19, ' ');
+    options += name + " " + name + "\n";
+    wanted += " " + label + (name == "VEXO_FS" ? ": /" : ": ") + name + "\n";
+  }
+  dir.write("installed/agent/vexo.opt", options);
+  EXPECT_EQ(0, vexoSetOptions(&orc));
+  support::ScriptedApi api(
+      {support::Step("vltQueryApiVersionEx").fill<VltApiVersionEx>([](VltApiVersionEx& library) {
+        library = {2, 21, 22, 23, 24};
+      })});
+  const std::string text = support::traced("", [&] {
+    for (TR_PREFIX = 0; TR_PREFIX < 2; ++TR_PREFIX) vexoTraceHeaderInfo(&orc);
+    TR_PREFIX = 0;
+  });
+  EXPECT_HOLDS(text, wanted);
+  EXPECT_HOLDS(text, "      Run Time API Header:  21.22.23.24\n");
+}
+
+TEST_F(Start, NamesTheUserAndTheHost) {
+  for (const auto& [user, name] : {std::pair(0, ""), {65534, "nobody"}, {4321, ""}}) {
+    if (::getuid() != 0) GTEST_SKIP() << "needs root";
+    support::inChild([user = user, name = name] {
+      ASSERT_EQ(0, ::setuid(static_cast<uid_t>(user)));
+      char text[65] = "?";
+      EXPECT_EQ(0, psvexoGetOwnerName(text, sizeof text));
+      EXPECT_STREQ(name, text);
+      EXPECT_EQ(*name == '\0' ? 0 : api::kPathTooLong, psvexoGetOwnerName(text, 6));
+      EXPECT_STREQ("", text);
+    });
+  }
+}
+
 TEST_F(Start, GoesOnWithoutATraceThatCannotBeOpened) {
   VEXCTrace trace;
   trcClass = &trace;
@@ -153,9 +195,11 @@ TEST_F(Start, GoesOnWithoutATraceThatCannotBeOpened) {
   TEST_SYNCDBNORMAN = 0;
   set(orc.VEXO_TEST_FLAGS, "nosuch");
   set(orc.VEXO_TRACE_FILE, dir.path("trace"));
+  set(orc.VEXO_TRACE_MAX, "2");
   vexoInitTrace(&orc);
   EXPECT_EQ(1, TR_API);
   const std::string first = support::masked(dir.read("trace"));
+  EXPECT_HOLDS(first, "\nTracefile maximum length set to # MB.\n");
   EXPECT_HOLDS(first, "\n[#] [#] :  vexoInitTrace(): QRB#");
   for (const char* word : {"VEXO_TEST_FLAGS", "NOSUCH", "VEXO_TRACE_FLAGS", "SERVCIE"}) {
     EXPECT_HOLDS(first, word);

@@ -1,12 +1,6 @@
 // clientdirs_test.cpp: where the client library's files are.
 #include "api/clientdirs.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <tuple>
-#include <utility>
-
 #include "common/ut/installdirs.h"
 #include "tests/support/tempdir.h"
 

@@ -1,12 +1,9 @@
-// wrapper_test.cpp: what the wrapper adds to the library's calls, and which calls it does not make.
-#include <gtest/gtest.h>
-#include <unistd.h>
+// wrapper_test.cpp: what the wrapper adds to the library's calls, which calls it does not make, and
+// loading the library.
+#include <dlfcn.h>
 
-#include <cstdint>
-#include <string>
-
-#include "api/vltapi.h"
 #include "api/vltapid.h"
+#include "api/vltrecords.h"
 #include "tests/support/scripted_api.h"
 #include "tests/support/tempdir.h"
 #include "tests/support/traced.h"
@@ -30,34 +27,32 @@ TEST(Wrapper, PassesArgumentsAndCodesUnchanged) {
                    }),
                    Step("vltTerminate", "7", 2402)});
   EXPECT_EQ(-32768, api.dvltBeginQuery(VltApiStatusObjP, 0xFFFFFFFF, 1, &query));
-  EXPECT_EQ(32767, api.dvltDeleteObj(VltApiStatusObjP, 7, VLT_DELETE_BACKUP_ID, &info));
+  const auto remove = [&] { EXPECT_EQ(32767, api.dvltDeleteObj(VltApiStatusObjP, 7, 2, &info)); };
+  EXPECT_HOLDS(support::traced("API", remove), "Exit DVltApi::dvltDeleteObj(), rc = 32767\n");
   std::uint16_t reason = 0;
-  EXPECT_EQ(0, api.dvltEndTxn(VltApiStatusObjP, 7, VLT_VOTE_ABORT, &reason));
+  const std::string line = support::traced("PERFORMANCE", [&] {
+    EXPECT_EQ(0, api.dvltEndTxn(VltApiStatusObjP, 7, VLT_VOTE_ABORT, &reason));
+    EXPECT_EQ(0, api.dvltTerminate(VltApiStatusObjP, 0)) << "no session: the library is not asked";
+    api.LogApiStatus(VltApiStatusObjP);
+  });
   EXPECT_EQ(9, reason);
-  EXPECT_EQ(0, api.dvltTerminate(VltApiStatusObjP, 0)) << "no session: the library is not asked";
-  EXPECT_EQ(2402, api.dvltTerminate(VltApiStatusObjP, 7));
   EXPECT_EQ(0, VltApiStatusObjP->insideApiCall);
-  EXPECT_GE(VltApiStatusObjP->totalTime, 20) << "milliseconds";
+  EXPECT_EQ(2402, api.dvltTerminate(VltApiStatusObjP, 7));
+  EXPECT_GE(VltApiStatusObjP->totalTime, 20) << "milliseconds, which the trace calls seconds";
+  EXPECT_GE(std::stoi(line.substr(line.rfind(':') + 1)), 20);
+  EXPECT_EQ(
+      "Elapsed milliseconds #, for ZYL Api call \n"
+      "Performance stats: # seconds spent in ZYL API calls\n",
+      support::masked(line));
   DVltApi::ClearPointers();  // an assertion stops the call if it is compiled in; else it fails
   EXPECT_DEBUG_DEATH(EXPECT_EQ(419, api.dvltBeginTxn(VltApiStatusObjP, 7)), "not loaded");
-}
-
-TEST(Wrapper, TracesMillisecondsAsSeconds) {
-  ScriptedApi api({Step("vltEndTxn").fill<std::uint16_t>([](std::uint16_t&) { ::usleep(20000); })});
-  DVltApiStatus status;
-  std::uint16_t reason = 0;
-  EXPECT_EQ(0, api.dvltEndTxn(&status, 7, VLT_VOTE_COMMIT, &reason));
-  const std::string line = support::traced("PERFORMANCE", [&] { api.LogApiStatus(&status); });
-  EXPECT_EQ("Performance stats: # seconds spent in ZYL API calls\n", support::masked(line));
-  EXPECT_GE(std::stoi(line.substr(line.find(':') + 1)), 20);
 }
 
 TEST(Wrapper, AcceptsLibrariesByTheirWeight) {
   const std::pair<VltApiVersionEx, int> rows[] = {{{2, 8, 1, 13, 0}, 0},
                                                   {{2, 8, 1, 12, 99}, 107},
                                                   {{2, 8, 2, 0, 0}, 107},
-                                                  {{2, 9, 0, 0, 0}, 0},
-                                                  {{2, 0, 0, 0, 0}, 107}};
+                                                  {{2, 9, 0, 0, 0}, 0}};
   for (const auto& [found, rc] : rows) {
     ScriptedApi api(
         {Step("vltQueryApiVersionEx")
@@ -67,10 +62,10 @@ TEST(Wrapper, AcceptsLibrariesByTheirWeight) {
 }
 
 TEST(CodeText, IsCutToTheBufferAndReportedWithItsFullLength) {
-  const std::tuple<unsigned, int, const char*, unsigned> rows[] = {
+  const std::tuple<unsigned, std::int16_t, const char*, unsigned> rows[] = {
       {1, 0, "", 8}, {8, 0, "ZYL2302", 8}, {9, 0, "ZYL2302E", 8}, {9, 2405, "", 0}};
   for (const auto& [size, rc, wanted, whole] : rows) {
-    ScriptedApi api({Step("vltRCMsg", "7 2", static_cast<std::int16_t>(rc)).text("ZYL2302E")});
+    ScriptedApi api({Step("vltRCMsg", "7 2", rc).text("ZYL2302E")});
     char text[] = "??????????";
     unsigned length = 99;
     EXPECT_EQ(rc, api.AgtVltRCMsg(VltApiStatusObjP, 7, 2, text, size, &length));
@@ -99,15 +94,36 @@ TEST(Loading, TracesEveryStepOfAFailure) {
       text.substr(text.find("NUM_API_FUNCS")));
 }
 
+// A library that is loaded under its path is found by its name.
+TEST(Loading, IsUndoneWholeAndThenDoneAgain) {
+  void* const whole = ::dlopen(WHOLE_LIBRARY "/libApiDS64.so", RTLD_NOW);
+  ASSERT_NE(nullptr, whole) << ::dlerror();
+  struct Library : DVltApiDL {
+    // The handle, the first pointer and the last one.
+    static int loaded() {
+      return (m_hMarlDll != nullptr) + (m_fnvltBeginGetDataP != nullptr) +
+             (m_fnvltUpdateObjP != nullptr);
+    }
+  } library;
+  for (int again = 0; again < 2; ++again) {
+    EXPECT_EQ(0, library.Setup());
+    EXPECT_EQ(3, Library::loaded());
+    EXPECT_EQ(0, library.Cleanup());
+    EXPECT_EQ(0, Library::loaded());
+  }
+  ::dlclose(whole);
+}
+
 TEST(SetUp, IsDoneOnceAndUndoneOnceAndSaysWhichStepFailed) {
-  const support::ScopedEnv dir("VLTI_DIR", "/dir/"), config("VLTI_CONFIG", "/c.opt");
+  const support::ScopedEnv dir("VLTI_DIR", "/dir/"), config("VLTI_CONFIG", "/not.this");
   support::ScopedEnv log("VLTI_LOG", std::string(1280, 'x').c_str());
   const auto setUp = [](std::int16_t rc) {
     return Step("vltSetUp", "1", rc).look<VltEnvSetUp>([](const VltEnvSetUp& record) {
-      EXPECT_EQ("/dir/log/c.opt", std::string(record.vltiDir) + record.vltiLog + record.vltiConfig);
+      EXPECT_EQ("/dir/log/own.opt",
+                std::string(record.vltiDir) + record.vltiLog + record.vltiConfig);
     });
   };
-  ScriptedApi api({setUp(2409), setUp(0), Step("vltCleanUp", "1", 2401)});
+  ScriptedApi api({setUp(2409), setUp(0), Step("vltCleanUp", "1", 2401)}, "/own.opt");
   RC_TYPE type = 0;
   EXPECT_EQ(1702, api.Init(VltApiStatusObjP, &type));
   EXPECT_EQ(kRcTypeDirectory, type);
@@ -118,6 +134,32 @@ TEST(SetUp, IsDoneOnceAndUndoneOnceAndSaysWhichStepFailed) {
   for (int again = 0; again < 2; ++again) EXPECT_EQ(0, api.Init(VltApiStatusObjP, nullptr));
   EXPECT_EQ(2401, api.Term(VltApiStatusObjP));
   EXPECT_EQ(0, api.Term(VltApiStatusObjP));
+}
+
+TEST(FirstFailure, IsKept) {
+  CFirstFailureRc rc = 0;
+  for (const int next : {0, 7, 8, 0}) rc = next;
+  EXPECT_EQ(7, rc = CFirstFailureRc(9));
+}
+
+TEST(Records, AreCopiedWholeBothWays) {
+  const auto fields = [](const auto& r) {
+    return std::string(r.objName.fileSpace) + r.objName.highLevel + r.objName.lowLevel + r.owner +
+           ut::isoDate(api::toNfDate(r.insDate)).text + ' ' +
+           std::to_string(api::toNumber(r.objId)) + ' ' +
+           std::to_string(api::toNumber(r.sizeEstimate)) + static_cast<char>(r.objState) +
+           static_cast<char>(r.objName.objType) + static_cast<char>(r.compressType) +
+           static_cast<char>(r.encryptionType) + static_cast<char>(r.clientDeduplicated);
+  };
+  const VltObjName name = {"/fs", "/high", "/low", 'b'};
+  const VltQryRespBackup given = {8,      'a', name, "own", {0, 4}, {2026, 3, 7, 8, 5, 9},
+                                  {1, 0}, 'c', 'd',  'e'};
+  VEXS_qryRespBackupData ours = {};
+  VltQryRespBackup back = {};
+  api::copyResponse(given, &ours);
+  api::copyResponse(ours, &back);
+  EXPECT_EQ("/fs/high/lowown2026-03-07T08:05:09 4 4294967296abcde", fields(ours));
+  EXPECT_EQ(fields(ours), fields(back));
 }
 
 }  // namespace

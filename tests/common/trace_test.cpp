@@ -1,16 +1,10 @@
 // trace_test.cpp: trace targets, prefixes, lists of classes, and the file that wraps.
 #include "common/ut/trace.h"
 
-#include <gtest/gtest.h>
-
 #include <cerrno>
-#include <cstdint>
-#include <memory>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "common/ut/agttrc.h"
+#include "common/ut/nfdate.h"
 #include "tests/support/captured.h"
 #include "tests/support/tempdir.h"
 
@@ -27,12 +21,12 @@ class Trace : public testing::Test {
 #include "common/ut/trcclass.def"
     TR_ALL = 0;
   }
-  void start(const char* flags, unsigned long megabytes = 0) {
+  void start(const char* flags, unsigned long megabytes = 0, int banner = 0) {
     trace = nullptr;  // one at a time
     allOff();
     trace = std::make_unique<VEXCTrace>();
     trSetMaxTraceSize(megabytes);
-    EXPECT_EQ(0u, trace->trBegin(path.c_str(), 0));
+    EXPECT_EQ(0u, trace->trBegin(path.c_str(), banner));
     EXPECT_EQ(0u, trace->trEnable(flags, true));
   }
   // What was written after the lines that every start writes.
@@ -46,6 +40,11 @@ class Trace : public testing::Test {
 };
 
 TEST_F(Trace, LinesCarryThePrefixesThatAreOn) {
+  unsigned milliseconds = 0;  // few, so that they are padded
+  while (static_cast<void>(ut::localNow(&milliseconds)), milliseconds > 50) ::usleep(5000);
+  start("API TIMESTAMP");
+  TRACE(TR_API, "\n");
+  EXPECT_EQ('0', lines()[20]) << lines();
   for (const auto& [flags, line] : {std::pair("API", "[#] [#] : hello #\n"),
                                     {"API,timestamp\t-tid", "#/#/# #:#:#.# [#] : hello #\n"}}) {
     start(flags);
@@ -59,30 +58,36 @@ TEST_F(Trace, LinesCarryThePrefixesThatAreOn) {
 }
 
 TEST_F(Trace, WordsSwitchClassesAndAggregates) {
-  const auto isOn = [](const std::string& word) -> int {
+  const auto on = [] {
+    std::string words = TR_ALL != 0 ? "(all) " : "";
 #define TRACE_CLASS(name) \
-  if (word == #name) return TR_##name;
+  if (TR_##name != 0) words += #name " ";
 #include "common/ut/trcclass.def"
-    return TR_ALL;
+    return words;
   };
+  const std::string service =
+      "API CONFIG ENG ERI ERROR EVENT FILEOPS GENERAL GUI MESSAGES ORCBUFF ORCLEVEL0 ORCLEVEL1 "
+      "ORCLEVEL2 PCM PROXY0 PROXY1 PROXY2 SQLAPI VEXAPI ";
+  const std::string all =
+      "(all) API BUFFRING CONFIG ENG ERI ERROR EVENT FILEOPS GENERAL GUI LINKEDLIST MEM MESSAGES "
+      "MUTEX NLS ORCBUFF ORCLEVEL0 ORCLEVEL1 ORCLEVEL2 PCM PERFORMANCE PROXY0 PROXY1 PROXY2 "
+      "SORTLINKEDLIST SQLAPI VEXAPI THREAD TRACE ";
   VEXCTrace switches;
-  for (const auto& [flags, on, off] :
-       {std::tuple("SERVICE", "ORCLEVEL0 ORCLEVEL1 ORCLEVEL2 ERROR API FILEOPS",
-                   "ALL LINKEDLIST NLS THREAD SORTLINKEDLIST PERFORMANCE BUFFRING MUTEX TRACE MEM"),
-        {"ALL", "ALL LINKEDLIST MEM ORCLEVEL2 FILEOPS VEXAPI",
-         "PARSE CMD PELDRA PELDRA_DETAIL DETAILED PREFIX TIMESTAMP"},
-        {"detailed", "DETAILED ALL LINKEDLIST", "PARSE CMD PELDRA"},
-        {"ALL -DETAILED", "", "ALL MEM LINKEDLIST ERROR DETAILED"},
-        {"ALL -SERVICE", "ALL NLS THREAD LINKEDLIST MEM", "ERROR ORCLEVEL1"},
-        {"PARSE -SERVICE -ALL", "PARSE", "ALL NLS MEM LINKEDLIST ERROR"},
-        {"NLS SERVICE", "API", "NLS ALL"},
-        {"\"API\",'NLS'\r\nMEM\r", "API NLS MEM", "ALL"},
-        {"ORCLEVEL ORCLEVEL11 --API - PARSECMD", "", "ORCLEVEL1 API PARSE CMD ALL"}}) {
+  for (const auto& [flags, wanted] :
+       {std::pair("SERVICE", service),
+        {"ALL", all},
+        {"detailed", std::string(all).replace(all.find("ENG"), 0, "DETAILED ")},
+        {"ALL -DETAILED", ""},
+        {"ALL -SERVICE",
+         "(all) BUFFRING LINKEDLIST MEM MUTEX NLS PERFORMANCE SORTLINKEDLIST THREAD TRACE "},
+        {"PARSE -SERVICE -ALL", "PARSE "},
+        {"MBHISTORY EWSDETAIL MAPIDETAIL PARSE CMD NLS SERVICE",
+         std::string(service).replace(4, 0, "CMD ")},
+        {"\"API\",'NLS'\r\nMEM\r", "API MEM NLS "},
+        {"ORCLEVEL ORCLEVEL11 --API - PARSECMD", ""}}) {
     allOff();
     EXPECT_EQ(0u, switches.trEnable(flags, true));
-    std::istringstream onWords(on), offWords(off);
-    for (std::string word; onWords >> word;) EXPECT_EQ(1, isOn(word)) << flags << ": " << word;
-    for (std::string word; offWords >> word;) EXPECT_EQ(0, isOn(word)) << flags << ": " << word;
+    EXPECT_EQ(wanted, on()) << flags;
   }
   switches.trTestEnable("legacypwd,'SYNCDBNORMAN'\r nosuch TEST -test");
   EXPECT_EQ(1, TEST_LEGACYPWD);
@@ -131,13 +136,10 @@ TEST_F(Trace, KeepsErrnoCutsLongLinesAndEvaluatesNothingWhileOff) {
   EXPECT_EQ(longest + "\nnext\n" + longest + "\n" + longest + "\n", lines());
 }
 
-// The numbers of the "line NUMBER" lines of a text.
-std::vector<long> numbersIn(const std::string& text) {
-  std::vector<long> numbers;
-  for (std::size_t at = text.find("\nline "); at != text.npos; at = text.find("\nline ", at + 1)) {
-    numbers.push_back(std::stol(text.substr(at + 6, 8)));
-  }
-  return numbers;
+// The numbers of the first and the last "line NUMBER" of a text.
+std::pair<long, long> endsOf(const std::string& text) {
+  return {std::stol(text.substr(text.find("\nline ") + 6, 8)),
+          std::stol(text.substr(text.rfind("\nline ") + 6, 8))};
 }
 
 TEST_F(Trace, WrappedFileSaysWhereItsNewestLineEnds) {
@@ -154,19 +156,30 @@ TEST_F(Trace, WrappedFileSaysWhereItsNewestLineEnds) {
   EXPECT_LE(text.size(), 1048576u);
   EXPECT_EQ(text.find('\n') + 1, text.find("Continued from end of segment 1\n\n"));
   const std::size_t seam = seamOf(text);
-  const auto newer = numbersIn(text.substr(0, seam)), older = numbersIn(text.substr(seam));
-  ASSERT_FALSE(newer.empty() || older.empty());
-  EXPECT_EQ(last, newer.back());
-  EXPECT_EQ(newer.front(), older.back() + 1) << "nothing was lost at the wrap";
-  EXPECT_EQ(14000u, newer.size() + older.size() + static_cast<std::size_t>(older.front()) - 1);
+  const auto newer = endsOf(text.substr(0, seam)), older = endsOf(text.substr(seam));
+  EXPECT_EQ(last, newer.second);
+  EXPECT_EQ(newer.first, older.second + 1) << "nothing was lost at the wrap";
+  EXPECT_EQ(support::occurrences(text, "\nline "), static_cast<unsigned>(last - older.first + 1));
   start("API -PID -TID", 1);  // another run continues where the first one stopped
   EXPECT_EQ("BEGINNING NEW TRACE\n", dir.read("trace").substr(seam, 20));
   for (const int count : {1, 15000}) {
     writeLines(count);
     text = dir.read("trace");
-    EXPECT_EQ(last, numbersIn(text.substr(0, seamOf(text))).back());
+    EXPECT_EQ(last, endsOf(text.substr(0, seamOf(text))).second);
   }
   EXPECT_EQ(0u, text.find("ZYL Trace   ")) << "the header survives every wrap";
+}
+
+TEST_F(Trace, BeginsWithABannerIfOneIsWanted) {
+  start("", 0, 1);
+  EXPECT_HOLDS(lines(),
+               "       Application Client :   VEX Oracle SUN\n"
+               "              VEX Version :   8.1.13.0\n"
+               "        Base Code Version :   Version 8, Release 1, Level13.0 vexosync\n");
+  std::filesystem::remove(path);
+  start("");
+  EXPECT_HOLDS(dir.read("trace"), "\nBEGINNING NEW TRACE\n\nTracing to file: " + path + "\n");
+  EXPECT_EQ("", lines());
 }
 
 TEST_F(Trace, TargetsThatCannotBeUsedAreLeftAlone) {

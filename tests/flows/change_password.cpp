@@ -3,7 +3,6 @@
 // gives up root's rights before the change.
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstring>
 
 #include "agent/parser2.h"

@@ -1,7 +1,4 @@
 // password_test.cpp: the password change on a terminal, and logons before and after it.
-#include <unistd.h>
-
-#include <filesystem>
 
 #include "tests/flows/site.h"
 
@@ -33,10 +30,14 @@ class Password : public Site {
     option("VEXO_TEST_FLAGS LEGACYPWD");
     dir_.write("vlt.opt", dir_.read("vlt.opt") + "PASSWORDACCESS prompt\n");
   }
-  void change(const std::string& passwords = "") { shell("exec change_password " + passwords); }
+  void change(const std::string& arguments = "") { shell("exec change_password " + arguments); }
   void changed(int rc) {
     see("rc=" + std::to_string(rc) + "\r\n");
     ends(0);
+  }
+  void change(const std::string& old, const std::string& fresh, int rc) {
+    change(old + " " + fresh);
+    changed(rc);
   }
   void logsOn() {
     run({"query"});
@@ -52,8 +53,9 @@ TEST_F(Password, LogsOnWithTheAgentsFileAndThenWithThePasswordTakenFromIt) {
   ends(168);  // no file yet
   EXPECT_TRUE(showed("QRB0168E The password file"));
   EXPECT_FALSE(showed("ZYL")) << "its own failure has its own words";
-  change(kOld + " " + kNew);
-  changed(0);
+  zylstore("calls on");
+  change(kOld, kNew, 0);
+  EXPECT_EQ(std::string::npos, zylstore("calls show").find("options=")) << "no options are given";
   EXPECT_EQ(39u + 2 * 9, dir_.read("passwords/VEXO.ORANODE").size());
   logsOn();
   // The next release: the library keeps the password, and has none yet.
@@ -65,16 +67,39 @@ TEST_F(Password, LogsOnWithTheAgentsFileAndThenWithThePasswordTakenFromIt) {
   logsOn();
 }
 
+// Whoever may not change it, or has no place for it, is told so at once.
+TEST_F(Password, ChangeIsRefusedBeforeAnythingIsAsked) {
+  if (::getuid() != 0) GTEST_SKIP() << "needs root";
+  for (const char* name : {"", "passwords", "tmp"}) {
+    std::filesystem::permissions(dir_.path(name), std::filesystem::perms::all);
+  }
+  const std::string store = dir_.read("vlt.opt") + "PASSWORDACCESS ";
+  zylstore("calls on");
+  option("VEXO_TEST_FLAGS LEGACYPWD");
+  for (const auto& [access, place, user, rc] : {std::tuple("prompt", "passwords", "nobody", 2620),
+                                                {"prompt", "absent", "nobody", 2620},
+                                                {"prompt", "absent", "", 2521},
+                                                {"generate", "passwords", "", 2621}}) {
+    dir_.write("vlt.opt", store + access + "\n");
+    option("VEXO_PSWDPATH " + dir_.path(place));
+    change(user);
+    changed(rc);
+    EXPECT_TRUE(showed("QRB" + std::to_string(rc) + "E")) << terminal_->transcript();
+    EXPECT_FALSE(showed("password: "));
+  }
+  EXPECT_EQ(std::string::npos, zylstore("calls show").find("InitEx"));
+}
+
 TEST_F(Password, IsChangedEvenIfTheAgentsFileCannotBeWritten) {
   if (::getuid() != 0) GTEST_SKIP() << "needs root";
   ownFile();
   dir_.write("passwords/VEXO.ORANODE/in the way", "");
-  change(kOld + " " + kNew);
-  changed(0);
+  change(kOld, kNew, 0);
   EXPECT_TRUE(showed("QRB0160E"));
+  EXPECT_EQ(2, std::distance(std::filesystem::directory_iterator(dir_.path("passwords")), {}))
+      << "the library's file and what is in the way";
   std::filesystem::remove_all(dir_.path("passwords/VEXO.ORANODE"));
-  change(kNew + " " + kNew);
-  changed(0);
+  change(kNew, kNew, 0);
   EXPECT_TRUE(showed("QRB0260I"));
   logsOn();
 }
@@ -94,32 +119,29 @@ TEST_F(Password, OfACatalogLeavesNoTraceBelowLevelTwo) {
 
 TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
   const std::string longest = kMark + std::string(64 - kMark.size(), 'x');
-  const struct {
-    std::vector<std::string> answers;  // after the old password, in pairs
-    int rc;
-    const char* message;
-  } rows[] = {
+  // The answers after the old password, in pairs.
+  const std::tuple<std::vector<std::string>, int, const char*> rows[] = {
       {{kNew, "a", longest, longest + "x"}, -1, "QRB0161E"},
-      {{kNew, "a", kNew, "b", kNew, "c"}, -1, "QRB0161E"},
+      {{kNew, "a", kNew, "b", kNew, kMark + "NEW"}, -1, "QRB0161E"},
       {{kNew, ""}, -1, "QRB0258E"},
       {{longest + "x"}, -1, "QRB0161E"},
       {{kNew + '\0' + "a"}, -1, "QRB2722E"},
       {{kNew, kNew + '\0' + "a"}, -1, "QRB2722E"},
       {{kNew, "a", kNew, "b", longest, longest}, 0, "QRB0260I"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [given, rc, message] : rows) {
     change();
     secret("current password: ", kOld);
-    for (std::size_t i = 0; i < row.answers.size(); ++i) {
-      secret(i % 2 == 0 ? "new password: " : "new password again: ", row.answers[i]);
+    for (std::size_t i = 0; i < given.size(); ++i) {
+      secret(i % 2 == 0 ? "new password: " : "new password again: ", given[i]);
     }
-    changed(row.rc);
-    EXPECT_TRUE(showed(row.message)) << terminal_->transcript();
+    changed(rc);
+    EXPECT_TRUE(showed(message)) << terminal_->transcript();
     const bool refused = dir_.read("trace").ends_with(" psvexoPassWord(): EXIT, rc = -1\n");
-    EXPECT_EQ(row.rc == -1, refused);
-    EXPECT_EQ(row.answers.size() > 3, showed("QRB0162E"));
+    EXPECT_EQ(rc == -1, refused);
+    EXPECT_EQ(given.size() > 3, showed("QRB0162E"));
     EXPECT_FALSE(showed(kMark));
-    EXPECT_EQ(row.rc == 0, logged("QRB0260I"));
+    EXPECT_EQ(rc == 0, logged(" QRB0260I") && !logged("> QRB0260I")) << "after the time alone";
   }
   logsOn();
 }
@@ -151,14 +173,14 @@ TEST_F(Password, ReplacesAnExpiredOneAndReportsWhatTheServerRefuses) {
   zylstore("node ORANODE --password " + kOld + " --expired");
   run({"query"});
   ends(52);
-  change(kMark + " " + kNew);
-  changed(51);
+  change(kMark, kNew, 51);
   EXPECT_TRUE(showed("ZYL0051"));
   zylstore("fault ChangePW 54");
-  change(kOld + " " + kNew);
-  changed(54);
-  change(kOld + " " + kNew);
-  changed(0);
+  zylstore("calls on");
+  change(kOld, kNew, 54);
+  change(kOld, kNew, 0);
+  const std::string calls = zylstore("calls show");
+  EXPECT_EQ(2, countIn(calls, "Terminate")) << "after each change, refused or not: " << calls;
   logsOn();
 }
 

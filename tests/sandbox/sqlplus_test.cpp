@@ -1,9 +1,9 @@
 // sqlplus_test.cpp: the stand-in for sqlplus, run for real: what the tests of the answers and of
-// SYNCDB take for granted of its spool file, profiles, languages, logon, errors and interrupts.
+// SYNCDB take for granted of its spool file, logon, errors and interrupts. Its profiles and
+// languages are seen in how many answers are refused and doubted (answers_test.cpp).
 #include <sys/wait.h>
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "tests/support/tempdir.h"
 
@@ -13,9 +13,8 @@ class Sqlplus : public testing::Test {
  protected:
   // The script that the maintenance utility writes, with its parts.
   struct Script {
-    std::string logon = "rman/rman@rcat";
-    std::string view = "rc_backup_piece";
     std::string from = "1/1/2024:00:00:00", to = "12/31/2024:23:59:59";
+    std::string logon = "rman/rman@rcat", view = "rc_backup_piece";
   };
 
   struct Result {
@@ -26,7 +25,7 @@ class Sqlplus : public testing::Test {
   Sqlplus() {
     ::setenv("SANDBOX_HOME", dir_.path().c_str(), 1);
     for (const char* name : {"NLS_LANG", "ORACLE_HOME", "ORACLE_PATH", "SQLPATH"}) ::unsetenv(name);
-    catalog("rcat --kind recovery --user rman --password rman");
+    catalog("rcat --user rman --password rman");
   }
 
   // Runs a command of the shell in the test's directory; what it says on either stream is output.
@@ -47,14 +46,13 @@ class Sqlplus : public testing::Test {
 
   // Runs the script; `before` is what its shell puts before the tool's name.
   Result spool(const Script& script, const std::string& before = "") const {
-    dir_.write("script.sql",
-               script.logon +
-                   "\nspool spool.out\nset term off \nset heading on\nset pagesize 0\n"
-                   "set linesize 80\nset recsep off\nset sqlterminator on\n"
-                   "alter session set NLS_DATE_FORMAT='MM/DD/YYYY:hh24:mi:ss';\n"
-                   "select handle from " +
-                   script.view + " where completion_time >='" + script.from +
-                   "' and completion_time <='" + script.to + "';\nquit\nspool off");
+    const std::string set =
+        "\nspool spool.out\nset term off \nset heading on\nset pagesize 0\nset linesize 80\n"
+        "set recsep off\nset sqlterminator on\n"
+        "alter session set NLS_DATE_FORMAT='MM/DD/YYYY:hh24:mi:ss';\nselect handle from ";
+    dir_.write("script.sql", script.logon + set + script.view + " where completion_time >='" +
+                                 script.from + "' and completion_time <='" + script.to +
+                                 "';\nquit\nspool off");
     return run(before + " '" SQLPLUS "' -L @script.sql");
   }
 
@@ -70,6 +68,7 @@ std::string padded(std::string text, std::size_t size = 80) {
 
 TEST_F(Sqlplus, SpoolsRowsCountsAndErrorsAndEndsWell) {
   catalog("orcl --kind target --user rman --password rman");
+  catalog("odd --user rman --password 'p@/w'");
   const std::string exact(80, 'e'), longer(80, 'l');
   load("before\t2023-12-31T23:59:59\nfirst\t2024-01-01\n" + exact + "\t2024-02-01\n" + longer +
        "tail\t2024-03-01\nh4\t2024-04-01\nh5\t2024-05-01\n" +
@@ -79,7 +78,8 @@ TEST_F(Sqlplus, SpoolsRowsCountsAndErrorsAndEndsWell) {
   const std::string noView = "*\nERROR at line 1:\nORA-00942: table or view does not exist\n\n\n";
   const struct {
     Script script;
-    std::string spooled;  // to the end; from the start where it begins with the altered session
+    std::string spooled;     // to the end; from the start where it begins with the altered session
+    std::string error = "";  // of the logon
   } cases[] = {
       {{}, kAltered + padded("first") + rows + "6 rows selected.\n\n"},
       {{.from = "1/1/2024:00:00:01"}, kAltered + rows},
@@ -87,90 +87,19 @@ TEST_F(Sqlplus, SpoolsRowsCountsAndErrorsAndEndsWell) {
       {{.logon = "rman/rman@orcl"}, noView},
       {{.logon = "rman/rman@orcl", .view = "v$backup_piece"}, "\nno rows selected\n\n"},
       {{.from = "2/30/2024"}, "ORA-01839: date not valid for month specified\n\n\n"},
+      // The first signs outside quotes split a logon.
+      {{.logon = "\"rman\"/\"p@/w\"@ODD"}, "\nno rows selected\n\n"},
+      {{.logon = "rman/p@/w@odd"}, "", "ORA-12154"},
+      {{.logon = "rman/@rcat"}, "", "ORA-01005"},
+      {{.logon = "rman/RMAN@rcat"}, "", "ORA-01017"},
+      {{.logon = "other/rman@rcat"}, "", "ORA-01017"},
   };
   for (const auto& row : cases) {
     const Result result = spool(row.script);
-    EXPECT_EQ(0, result.status);
+    EXPECT_EQ(row.error.empty() ? 0 : 1, result.status);
     EXPECT_TRUE(result.spooled.ends_with(row.spooled)) << result.spooled;
+    EXPECT_NE(std::string::npos, result.output.find(row.error)) << result.output;
     EXPECT_EQ(std::string::npos, result.output.find("last")) << result.output;
-  }
-}
-
-TEST_F(Sqlplus, DoesWhatTheProfilesSet) {
-  const std::string words = "one two three four five";
-  load("short\t2024-01-01\na\"b\t2024-01-01\tD\n" + words + "\t2024-01-01\n");
-  const std::string two = padded("short") + padded("a\"b");
-  const std::string all = two + padded(words) + "\n";
-  const std::string cut = "rows will be truncated\n\n", timed = "Elapsed: 00:00:00.";
-  const struct {
-    std::string profile, spooled;  // from the start
-    std::string login = "";
-  } cases[] = {
-      {"", kAltered + all},
-      {"column handle format a10 wrapped",
-       kAltered + two + padded("one two th") + padded("ree four f") + padded("ive") + "\n"},
-      {"column handle format a10 truncated", kAltered + two + padded("one two th") + "\n"},
-      {"set wrap off", kAltered + cut + all},
-      {"set feedback 3", kAltered + all + "3 rows selected.\n\n"},
-      {"set feedback 4", kAltered + all},
-      {"set feedback off", all},
-      {"set feedback 1", all, "set feedback off"},  // the user's profile has the last word
-      {"set timing on", kAltered + timed},
-      {"set timing on\nset feedback off", timed},
-      {"set markup csv on", kAltered + "\"short\"\n\"a\"\"b\"\n\"" + words + "\"\n\n"},
-      {"set trimspool on", kAltered + "short\na\"b\n" + words + "\n\n"},
-      {"set pagesize 20 linesize 7 recsep each", kAltered + all},  // the script sets them again
-  };
-  for (const auto& row : cases) {
-    dir_.write("sqlplus/admin/glogin.sql", row.profile);
-    dir_.write("login.sql", row.login);
-    const Result result = spool({}, "ORACLE_HOME=$PWD SQLPATH=/nowhere:$PWD");
-    EXPECT_EQ(0, result.status);
-    const bool isTimed = row.spooled.ends_with(timed);
-    const std::size_t end = isTimed ? row.spooled.size() : std::string::npos;
-    EXPECT_EQ(row.spooled, result.spooled.substr(0, end)) << row.profile;
-  }
-}
-
-TEST_F(Sqlplus, SpeaksTheLanguageAndWritesTheCharacterSetOfNlsLang) {
-  const std::string accents(79, 'a');
-  load("größe€\t2024-01-01\n" + accents + "éz\t2024-01-01\n");
-  const std::string end = "\n" + padded("z") + "\n";
-  const std::string utf8 = padded("größe€", 84) + accents + "é" + end;
-  const std::string ascii = padded("gr??e?") + accents + "?" + end;
-  const struct {
-    std::string nlsLang, altered, rows, count, none;
-  } cases[] = {
-      {"", "Session altered.", utf8, "2 rows selected.", "no rows selected"},
-      {"GERMAN_GERMANY.AL32UTF8", "Session geändert.", utf8, "2 Zeilen ausgewählt.",
-       "Es wurden keine Zeilen ausgewählt"},
-      {"FRENCH_FRANCE.US7ASCII", "Session modifi?e.", ascii, "2 lignes s?lectionn?es.",
-       "aucune ligne s?lectionn?e"},
-  };
-  dir_.write("login.sql", "set feedback 1");
-  for (const auto& row : cases) {
-    const std::string environment = "SQLPATH=$PWD NLS_LANG=" + row.nlsLang;
-    EXPECT_EQ("\n" + row.altered + "\n\n" + row.rows + row.count + "\n\n",
-              spool({}, environment).spooled);
-    EXPECT_TRUE(spool({.to = "1/1/2023"}, environment).spooled.ends_with("\n" + row.none + "\n\n"));
-  }
-  const std::string error = spool({.to = "x"}, "NLS_LANG=FRENCH").spooled;
-  EXPECT_NE(std::string::npos, error.find("\nERREUR à la ligne 1 :\nORA-01861: ")) << error;
-}
-
-TEST_F(Sqlplus, SplitsTheLogonAtTheFirstSignsOutsideQuotes) {
-  catalog("odd --user rman --password 'p@/w'");
-  const std::string denied = "ORA-01017", unresolved = "ORA-12154";
-  const struct {
-    std::string logon, error;
-  } cases[] = {
-      {"\"rman\"/\"p@/w\"@ODD", ""}, {"rman/p@/w@odd", unresolved}, {"rman/rman@odd", denied},
-      {"rman/@rcat", "ORA-01005"},   {"rman/RMAN@rcat", denied},    {"other/rman@rcat", denied},
-  };
-  for (const auto& [logon, error] : cases) {
-    const Result result = spool({.logon = logon});
-    EXPECT_EQ(error.empty() ? 0 : 1, result.status) << logon;
-    EXPECT_NE(std::string::npos, result.output.find(error)) << logon << "\n" << result.output;
   }
 }
 
@@ -181,11 +110,11 @@ TEST_F(Sqlplus, CountsWhatItShowedWhenItIsInterruptedAndGoesOn) {
   load(lines);
   const Result result = spool({}, "timeout --preserve-status -s INT 0.5");
   EXPECT_EQ(0, result.status);
-  const std::string& spooled = result.spooled;
-  std::ptrdiff_t rows = 0;
-  while (spooled.find("\n" + padded("h" + std::to_string(rows))) != std::string::npos) ++rows;
-  EXPECT_TRUE(rows > 5 && rows < 1000) << spooled;
-  EXPECT_TRUE(spooled.ends_with(" \n\n" + std::to_string(rows) + " rows selected.\n\n")) << spooled;
+  int rows = 0;
+  const auto shown = [&] { return "\n" + padded("h" + std::to_string(rows)); };
+  while (result.spooled.find(shown()) != std::string::npos) ++rows;
+  EXPECT_TRUE(rows > 5 && rows < 1000) << rows;
+  EXPECT_TRUE(result.spooled.ends_with(" \n\n" + std::to_string(rows) + " rows selected.\n\n"));
 }
 
 }  // namespace

@@ -6,9 +6,7 @@
 #include <stdio_ext.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <string>
-#include <string_view>
+#define EXPECT_HOLDS(text, part) EXPECT_NE(std::string::npos, (text).find(part)) << (text)
 
 namespace support {
 
@@ -74,6 +72,7 @@ class Captured : public Redirected {
 class FedInput : public Redirected {
  public:
   explicit FedInput(std::string_view text) : Redirected(STDIN_FILENO) {
+    std::setvbuf(file_, nullptr, _IONBF, 0);  // no copy of a password
     std::fwrite(text.data(), 1, text.size(), file_);
     std::rewind(file_);
     ::__fpurge(stdin);

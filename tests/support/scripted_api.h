@@ -22,13 +22,8 @@
 #include <gtest/gtest.h>
 
 #include <any>
-#include <cstdint>
 #include <cstring>
 #include <functional>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
 
 #include "api/vltapi.h"
 

@@ -2,10 +2,6 @@
 #ifndef TESTS_SUPPORT_TRACED_H
 #define TESTS_SUPPORT_TRACED_H
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "common/ut/agttrc.h"
 #include "tests/support/captured.h"
 

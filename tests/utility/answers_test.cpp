@@ -4,18 +4,15 @@
 //
 // The stand-in for sqlplus writes the answers, under the product's own script and environment; the
 // faults are put into the spool file afterwards. The storage library is a list in this file.
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <set>
-#include <string>
-#include <vector>
+#include <sstream>
 
-#include "api/vltapi.h"
+#include "common/ut/ascii.h"
+#include "common/ut/strutil.h"
 #include "tests/support/captured.h"
+#include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"
 #include "utility/syncdb_catalog.h"
 #include "utility/syncdb_names.h"
@@ -26,95 +23,72 @@ namespace {
 const char* const kOrphan = "ORPHAN_df_1_1_1";
 
 // A storage server that has these objects.
-class ObjectServer : public DVltApi {
+class ObjectServer : public support::ScriptedApi {
  public:
-  explicit ObjectServer(const std::vector<std::string>& names) : DVltApi("", "", "", nullptr) {
+  explicit ObjectServer(const std::vector<std::string>& names) {
     names_ = &names;
     next_ = 0;
-    before_ = gVltApiObjP;
-    gVltApiObjP = this;
-    m_fnvltQuerySessInfoP = [](std::uint32_t, VltSessInfo*) -> std::int16_t { return 0; };
-    m_fnvltBeginQueryP = [](std::uint32_t, std::uint8_t, const VltQueryBackup*) -> std::int16_t {
-      return 0;
+    m_fnvltQuerySessInfoP = [](std::uint32_t, VltSessInfo*) { return std::int16_t{0}; };
+    m_fnvltBeginQueryP = [](auto...) { return std::int16_t{0}; };
+    m_fnvltEndQueryP = [](std::uint32_t) { return std::int16_t{0}; };
+    m_fnvltGetNextQObjP = [](std::uint32_t, VltDataBlk* block) {
+      if (next_ == names_->size()) return std::int16_t{VLT_RC_FINISHED};
+      auto& object = *static_cast<VltQryRespBackup*>(block->buffer);
+      EXPECT_TRUE(ut::copyText(object.objName.lowLevel, "/" + (*names_)[next_++]));
+      object.insDate = {2026, 3, 7, 8, 5, 9};
+      return std::int16_t{VLT_RC_MORE_DATA};
     };
-    m_fnvltEndQueryP = [](std::uint32_t) -> std::int16_t { return 0; };
-    m_fnvltGetNextQObjP = nextObject;
   }
-  ~ObjectServer() {
-    ClearPointers();
-    gVltApiObjP = before_;
-  }
-  int Setup() override { return 0; }
-  int Cleanup() override { return 0; }
 
  private:
-  static std::int16_t nextObject(std::uint32_t, VltDataBlk* block) {
-    if (next_ == names_->size()) return VLT_RC_FINISHED;
-    auto& object = *static_cast<VltQryRespBackup*>(block->buffer);
-    std::snprintf(object.objName.lowLevel, sizeof object.objName.lowLevel, "/%s",
-                  (*names_)[next_++].c_str());
-    object.insDate = {2026, 3, 7, 8, 5, 9};
-    return VLT_RC_MORE_DATA;
-  }
-
   static inline const std::vector<std::string>* names_ = nullptr;
   static inline std::size_t next_ = 0;
-  DVltApi* before_;
 };
 
-struct Kind {
-  const char* name;
-  std::function<std::string(int)> handle;
-};
+const struct Kind {
+  const char *name, *even, *odd;     // with the number
+  std::size_t length = 0, more = 1;  // at least so long, and up to so much longer
+} kKinds[] = {{"short", "SALES_df_731%04d_1_1", "SALES_df_731%04d_1_1"},
+              {"some UTF-8", "k\xc3\xa4se_\xc5\x82_%04d", "SALES_df_731%04d_1"},
+              {"80", "LONG_%04d_", "LONG_%04d_", 80},
+              {"81 to 512", "LONG_%04d_", "LONG_%04d_", 81, 432},
+              {"quoted", "\"Q\"\"_%04d\"", "\"Q\"\"_%04d\""},
+              {"commas", ",C,_%04d,", ",C,_%04d,"},
+              {"blanks", " B  of_%04d x", " B  of_%04d x"},
+              {"UTF-8", "k\xc3\xa4se_\xc5\x82_%04d", "k\xc3\xa4se_\xc5\x82_%04d"}};
 
-std::string numbered(const char* format, int number) {
-  char text[64];
-  std::snprintf(text, sizeof text, format, number);
-  return text;
-}
-std::string ofLength(int number, std::size_t length) {
-  std::string text = numbered("LONG_%04d_", number);
+std::string handleOf(const Kind& kind, unsigned number) {
+  char start[64];
+  std::snprintf(start, sizeof start, number % 2 == 0 ? kind.even : kind.odd, number);
+  std::string text = start;
+  const std::size_t length = kind.length + number * std::size_t{37} % kind.more;
   for (std::size_t i = text.size(); i < length; ++i) text += static_cast<char>('a' + i % 26);
   return text;
 }
 
-const Kind kKinds[] = {
-    {"short", [](int i) { return numbered("SALES_df_731%04d_1_1", i); }},
-    {"some UTF-8",
-     [](int i) {
-       return numbered(i % 2 == 0 ? "k\xc3\xa4se_\xc5\x82_%04d" : "SALES_df_731%04d_1", i);
-     }},
-    {"80", [](int i) { return ofLength(i, 80); }},
-    {"81 to 512", [](int i) { return ofLength(i, 81 + static_cast<std::size_t>(i) * 37 % 432); }},
-    {"quoted", [](int i) { return numbered("\"Q\"\"_%04d\"", i); }},
-    {"commas", [](int i) { return numbered(",C,_%04d,", i); }},
-    {"blanks", [](int i) { return numbered(" B  of_%04d x", i); }},
-    {"UTF-8", [](int i) { return numbered("k\xc3\xa4se_\xc5\x82_%04d", i); }},
+constexpr unsigned kNever = 1000000;
+const struct Profile {
+  const char *name, *text;  // of glogin.sql
+  unsigned countedFrom;     // so many rows sqlplus counts
+  bool harmless;
+  unsigned refused, doubted;  // answers of all kinds and faults, in UTF-8
+} kProfiles[] = {
+    {"none", "", 6, true, 174, 45},
+    {"csv", "set markup csv on", 6, false, 178, 54},
+    {"cut", "column handle format a12 truncated", 6, false, 168, 93},
+    {"cut, silent", "column handle format a12 truncated\nset feedback off", kNever, false, 120,
+     144},
+    {"wrapped", "column handle format a20 wrapped", 6, false, 176, 50},
+    {"wrapped, silent", "column handle format a20 wrapped\nset feedback off", kNever, false, 120,
+     112},
+    {"wrap off", "set wrap off", 6, false, 272, 27},
+    {"feedback off", "set feedback off", kNever, false, 120, 104},
+    {"feedback 1", "set feedback 1", 1, true, 221, 19},
+    {"timing", "set timing on", 6, true, 174, 45},
+    {"timing, silent", "set timing on\nset feedback off", kNever, false, 120, 104},
+    {"pages", "set pagesize 7\nset heading on", 6, true, 174, 45},
+    {"trimmed", "set trimspool on", 6, false, 182, 59},
 };
-
-struct Profile {
-  const char* name;
-  const char* text;  // of glogin.sql
-  bool counted;      // sqlplus counts six rows and more
-};
-
-const Profile kProfiles[] = {
-    {"none", "", true},
-    {"csv", "set markup csv on", true},
-    {"cut to 12", "column handle format a12 truncated", true},
-    {"cut to 12, not counted", "column handle format a12 truncated\nset feedback off", false},
-    {"wrapped at 20", "column handle format a20 wrapped", true},
-    {"wrapped at 20, not counted", "column handle format a20 wrapped\nset feedback off", false},
-    {"wrap off", "set wrap off", true},
-    {"feedback off", "set feedback off", false},
-    {"feedback 1", "set feedback 1", true},
-    {"timing", "set timing on", true},
-    {"timing, not counted", "set timing on\nset feedback off", false},
-    {"pages", "set pagesize 7\nset heading on", true},
-    {"trimmed", "set trimspool on", true},
-};
-
-const char* const kLanguages[] = {nullptr, "GERMAN_GERMANY.AL32UTF8", "FRENCH_FRANCE.US7ASCII"};
 
 bool isRow(const std::string& line) {
   const std::size_t first = line.find_first_not_of(" \r");
@@ -123,80 +97,63 @@ bool isRow(const std::string& line) {
          !line.starts_with("Elapsed");
 }
 
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  for (std::size_t start = 0; start < text.size();) {
-    const std::size_t end = text.find('\n', start);
-    lines.push_back(text.substr(start, end - start));
-    start = end == text.npos ? text.size() : end + 1;
-  }
-  return lines;
-}
-
-// Each changes the lines of an answer; false if there is nothing to change.
-struct Fault {
-  const char* name;
-  bool loses;
-  std::function<bool(std::vector<std::string>&)> apply;
-};
+// Changes the lines of an answer; false if there is nothing to change.
+using Change = std::function<bool(std::vector<std::string>&)>;
 
 // Removes a fifth of the rows, at least one, from a place in the answer (0: start, 2: end).
-bool lose(std::vector<std::string>& lines, std::size_t place) {
-  std::vector<std::size_t> rows;
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    if (isRow(lines[i])) rows.push_back(i);
-  }
-  if (rows.empty()) return false;
-  const std::size_t count = (rows.size() + 4) / 5, first = (rows.size() - count) * place / 2;
-  const auto begin = lines.begin();
-  lines.erase(begin + static_cast<std::ptrdiff_t>(rows[first]),
-              begin + static_cast<std::ptrdiff_t>(rows[first + count - 1]) + 1);
-  return true;
+Change lose(std::size_t place) {
+  return [place](std::vector<std::string>& lines) {
+    std::vector<std::size_t> rows;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+      if (isRow(lines[i])) rows.push_back(i);
+    }
+    if (rows.empty()) return false;
+    const std::size_t count = (rows.size() + 4) / 5, first = (rows.size() - count) * place / 2;
+    const auto at = [&](std::size_t row) {
+      return lines.begin() + static_cast<std::ptrdiff_t>(rows[row]);
+    };
+    lines.erase(at(first), at(first + count - 1) + 1);
+    return true;
+  };
 }
-bool addError(std::vector<std::string>& lines, std::size_t at) {
-  const std::vector<std::string> error = {
-      "ERROR:", "Error while trying to retrieve text for error ORA-01555", ""};
-  lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(at), error.begin(), error.end());
+// Adds an error after a part of the lines, in halves.
+Change addError(std::size_t halves) {
+  return [halves](std::vector<std::string>& lines) {
+    const auto at = static_cast<std::ptrdiff_t>(lines.size() * halves / 2);
+    lines.insert(lines.begin() + at,
+                 {"ERROR:", "Error while trying to retrieve text for error ORA-01555", ""});
+    return true;
+  };
+}
+bool endWithCarriageReturns(std::vector<std::string>& lines) {
+  for (std::string& line : lines) line += '\r';
   return true;
 }
 
-const Fault kFaults[] = {
-    {"none", false, [](auto&) { return true; }},
-    {"CR LF", false,
-     [](auto& lines) {
-       for (std::string& line : lines) line += '\r';
-       return true;
-     }},
-    {"start lost", true, [](auto& lines) { return lose(lines, 0); }},
-    {"middle lost", true, [](auto& lines) { return lose(lines, 1); }},
-    {"end lost", true, [](auto& lines) { return lose(lines, 2); }},
-    {"error before", false, [](auto& lines) { return addError(lines, 0); }},
-    {"error between", false, [](auto& lines) { return addError(lines, lines.size() / 2); }},
-    {"error behind", false, [](auto& lines) { return addError(lines, lines.size()); }},
-};
+const struct Fault {
+  const char* name;
+  bool loses, harmless;
+  Change apply;
+} kFaults[] = {{"none", false, true, [](auto&) { return true; }},
+               {"CR LF", false, true, endWithCarriageReturns},
+               {"start lost", true, false, lose(0)},
+               {"middle lost", true, false, lose(1)},
+               {"end lost", true, false, lose(2)},
+               {"error before", false, false, addError(0)},
+               {"error between", false, false, addError(1)},
+               {"error after", false, false, addError(2)}};
 
 class Answers : public WithErrorLog {
  protected:
-  void SetUp() override {
-    WithErrorLog::SetUp();
-    dir_.write("oracle/sqlplus/admin/glogin.sql", "");
-    spool_ = dir_.path("SQLOx_1.out");
-    std::snprintf(record_.userName, sizeof record_.userName, "rman");
-    std::snprintf(record_.password, sizeof record_.password, "rman");
-    std::snprintf(record_.connString, sizeof record_.connString, "prod");
-    record_.catalogNumber = 1;
-  }
-
   void makeCatalog(const std::vector<std::string>& handles) {
     std::string lines;
     for (const std::string& handle : handles) lines += handle + "\t2026-03-07T08:05:09\n";
-    const std::string file = dir_.write("handles", lines);
     std::filesystem::remove_all(dir_.path("catalogs"));
     const std::string command =
-        "zylstore catalog add prod --user rman --password rman "
-        "--kind recovery && zylstore catalog load prod " +
-        file;
-    ASSERT_EQ(0, std::system(("{ " + command + "; } >/dev/null").c_str()));
+        "{ zylstore catalog add prod --user rman --password rman --kind recovery && "
+        "zylstore catalog load prod " +
+        dir_.write("handles", lines) + "; } >/dev/null";
+    ASSERT_EQ(0, std::system(command.c_str()));
   }
 
   // The answer of sqlplus with a profile and a language; empty if the query fails.
@@ -212,26 +169,23 @@ class Answers : public WithErrorLog {
   }
 
   struct Verdict {
-    bool refused = false;
-    std::vector<std::string> doubts;
-    std::vector<std::string> offered;
+    bool refused;
+    std::vector<std::string> doubts, offered;
   };
   Verdict judge(const std::string& spool, const std::vector<std::string>& objects) {
     dir_.write("SQLOx_1.out", spool);
-    Verdict verdict;
     utility::RunRecord run(utility::ListKind::kOrphans);
     utility::Knowledge knowledge;
     dsBPlusTree tree(utFreeTree);
+    support::Captured output;
+    const unsigned short rc = utility::takeAnswer(record_, spool_.c_str(), &tree, &knowledge, &run);
+    if (rc != 0) return {true, {}, {}};
     ObjectServer server(objects);
     orcObj_t orc = {};
-    orc.vltHandle = 7;
     ObjectList orphans;
     const nfDate day = ut::makeDate(2026, 3, 7);
-    support::Captured output;
-    verdict.refused = utility::takeAnswer(record_, spool_.c_str(), &tree, &knowledge, &run) != 0;
-    if (verdict.refused) return verdict;
     EXPECT_EQ(0, utility::listOrphans(day, day, &orc, &tree, knowledge, &orphans, &run));
-    verdict.doubts = run.doubts;
+    Verdict verdict = {false, run.doubts, {}};
     for (const auto* object = orphans.getFirst(); object != nullptr;
          object = orphans.getNext(object)) {
       verdict.offered.emplace_back(object->name + 1);
@@ -239,83 +193,80 @@ class Answers : public WithErrorLog {
     return verdict;
   }
 
-  // What nobody can notice, as docs/safety.md says: of fewer than six rows that are not counted,
-  // some were lost.
-  static bool cannotBeKnown(const Profile& profile, int rows, const Fault& fault) {
-    const bool counted =
-        (profile.counted && rows >= 6) || std::strcmp(profile.name, "feedback 1") == 0;
-    return fault.loses && !counted && rows - (rows + 4) / 5 < 6;
-  }
-
   // An answer of an ordinary site: it must be neither refused nor doubted.
-  static bool isOrdinary(const Kind& kind, int rows, const Profile& profile, const Fault& fault,
-                         const char* language) {
-    const std::string name = kind.name;
-    const bool ascii = language != nullptr && std::strstr(language, "ASCII") != nullptr;
-    const bool readable =
-        name != "80" && name != "81 to 512" && (name.find("UTF-8") == name.npos || !ascii);
-    const std::string profileName = profile.name;
-    const bool harmless = profileName == "none" || profileName == "feedback 1" ||
-                          profileName == "timing" || profileName == "pages" ||
-                          (profileName == "csv" && name == "short");
-    return rows > 0 && readable && harmless && !fault.loses &&
-           std::strncmp(fault.name, "error", 5) != 0;
+  static bool isOrdinary(const Kind& kind, unsigned rows, const Profile& profile,
+                         const Fault& fault, const char* language) {
+    const bool lost =
+        language != nullptr && std::strstr(language, "ASCII") != nullptr && !ut::isAscii(kind.even);
+    const bool csv = std::strcmp(profile.name, "csv") == 0 && &kind == kKinds;
+    return rows > 0 && kind.length == 0 && !lost && (profile.harmless || csv) && fault.harmless;
   }
 
-  void checkLanguage(const char* language);
+  void checkLanguage(const char* language) {
+    std::map<const Profile*, std::pair<unsigned, unsigned>> counts;  // refused, doubted
+    for (const Kind& kind : kKinds) {
+      for (const unsigned rows : {0u, 1u, 5u, 6u, 1000u}) {
+        std::vector<std::string> handles, objects;
+        for (unsigned i = 0; i < rows; ++i) {
+          handles.push_back(handleOf(kind, i));
+          if (handles.back().size() < VLT_MAX_LOWLEVEL) objects.push_back(handles.back());
+        }
+        objects.insert(objects.begin() + static_cast<std::ptrdiff_t>(objects.size() / 2), kOrphan);
+        const std::set<std::string> known(handles.begin(), handles.end());
+        makeCatalog(handles);
+        for (const Profile& profile : kProfiles) {
+          std::istringstream whole(answer(profile, language));
+          std::vector<std::string> answered;
+          for (std::string line; std::getline(whole, line);) answered.push_back(line);
+          for (const Fault& fault : kFaults) {
+            std::vector<std::string> lines = answered;
+            if (!fault.apply(lines)) continue;
+            std::string spool;
+            for (const std::string& line : lines) spool += line + '\n';
+            const Verdict verdict = judge(spool, objects);
+            const std::string cell = std::string(kind.name) + ", " + std::to_string(rows) +
+                                     " rows, profile: " + profile.name + ", fault: " + fault.name;
+            if (isOrdinary(kind, rows, profile, fault, language)) {
+              EXPECT_FALSE(verdict.refused) << cell;
+              EXPECT_EQ(std::vector<std::string>{}, verdict.doubts) << cell;
+              EXPECT_EQ(std::vector<std::string>{kOrphan}, verdict.offered) << cell;
+            }
+            counts[&profile].first += verdict.refused ? 1 : 0;
+            counts[&profile].second += verdict.doubts.empty() ? 0 : 1;
+            if (verdict.refused || !verdict.doubts.empty()) continue;
+            EXPECT_FALSE(verdict.offered.empty()) << "the orphan is known? " << cell;
+            // Nobody can notice, as docs/safety.md says, if of few rows some are lost uncounted.
+            const bool few = rows < profile.countedFrom && rows - (rows + 4) / 5 < 6;
+            if (fault.loses && few) continue;
+            for (const std::string& name : verdict.offered) {
+              ASSERT_FALSE(known.contains(name)) << name << " is offered: " << cell;
+            }
+          }
+        }
+      }
+    }
+    if (language != nullptr && std::strstr(language, "UTF8") == nullptr) return;
+    for (const auto& [profile, count] : counts) {
+      EXPECT_EQ(std::pair(profile->refused, profile->doubted), count) << profile->name;
+    }
+  }
 
   support::ScopedEnv home_{"SANDBOX_HOME", dir_.path().c_str()};
   support::ScopedEnv oracle_{"ORACLE_HOME", dir_.path("oracle").c_str()};
   support::ScopedEnv path_{"PATH", (BUILD_DIRECTORY "/bin/sandbox:" BUILD_DIRECTORY "/bin:" +
                                     std::string(std::getenv("PATH")))
                                        .c_str()};
-  objCatInfo_s record_ = {};
-  std::string spool_;
+  const objCatInfo_s record_ = {"rman", "rman", "prod", 0, 1};
+  const std::string spool_ = dir_.path("SQLOx_1.out");
 };
 
-void Answers::checkLanguage(const char* language) {
-  for (const Kind& kind : kKinds) {
-    for (const int rows : {0, 1, 5, 6, 1000}) {
-      std::vector<std::string> handles, objects;
-      for (int i = 0; i < rows; ++i) handles.push_back(kind.handle(i));
-      for (const std::string& handle : handles) {
-        if (handle.size() < VLT_MAX_LOWLEVEL) objects.push_back(handle);
-      }
-      objects.insert(objects.begin() + static_cast<std::ptrdiff_t>(objects.size() / 2), kOrphan);
-      const std::set<std::string> known(handles.begin(), handles.end());
-      makeCatalog(handles);
-      for (const Profile& profile : kProfiles) {
-        const std::string whole = answer(profile, language);
-        for (const Fault& fault : kFaults) {
-          std::vector<std::string> lines = linesOf(whole);
-          if (!fault.apply(lines)) continue;
-          std::string spool;
-          for (const std::string& line : lines) spool += line + '\n';
-          const Verdict verdict = judge(spool, objects);
-          const std::string cell = std::string(kind.name) + ", " + std::to_string(rows) +
-                                   " rows, profile: " + profile.name + ", fault: " + fault.name;
-          if (isOrdinary(kind, rows, profile, fault, language)) {
-            EXPECT_FALSE(verdict.refused) << cell;
-            EXPECT_EQ(std::vector<std::string>{}, verdict.doubts) << cell;
-            EXPECT_EQ(std::vector<std::string>{kOrphan}, verdict.offered) << cell;
-          }
-          if (verdict.refused || !verdict.doubts.empty()) continue;
-          EXPECT_FALSE(verdict.offered.empty()) << "the orphan is known? " << cell;
-          if (cannotBeKnown(profile, rows, fault)) continue;
-          for (const std::string& name : verdict.offered) {
-            ASSERT_FALSE(known.contains(name)) << name << " is offered: " << cell;
-          }
-        }
-      }
-    }
-  }
-}
-
 // A test for each language, so that they run side by side.
-TEST_F(Answers, NeverOfferWhatACatalogHoldsWithoutADoubt) { checkLanguage(kLanguages[0]); }
-TEST_F(Answers, NeverOfferWhatACatalogHoldsWithoutADoubtInGerman) { checkLanguage(kLanguages[1]); }
+TEST_F(Answers, NeverOfferWhatACatalogHoldsWithoutADoubt) { checkLanguage(nullptr); }
+TEST_F(Answers, NeverOfferWhatACatalogHoldsWithoutADoubtInGerman) {
+  checkLanguage("GERMAN_GERMANY.AL32UTF8");
+}
 TEST_F(Answers, NeverOfferWhatACatalogHoldsWithoutADoubtInFrenchAscii) {
-  checkLanguage(kLanguages[2]);
+  checkLanguage("FRENCH_FRANCE.US7ASCII");
 }
 
 }  // namespace

@@ -1,24 +1,21 @@
 // catalog_test.cpp: the SQL script, the file that sqlplus leaves, and reading it. Every doubt must
 // end the query, because a handle that is lost makes a good backup look forgotten.
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <csignal>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <sstream>
-#include <string>
-#include <utility>
 
+#include "common/ut/stdinput.h"
 #include "common/ut/trace.h"
 #include "tests/support/captured.h"
+#include "tests/support/child.h"
+#include "tests/support/memory.h"
+#include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"
 #include "utility/exchange.h"
 #include "utility/syncdb_catalog.h"
 #include "utility/syncdb_names.h"
+#include "utility/syncdb_reconcile.h"
 #include "utility/syncdb_spool.h"
 
 namespace {
@@ -31,19 +28,13 @@ std::string times(int count, const std::string& text) {
 
 class CatalogQuery : public WithErrorLog {
  protected:
-  CatalogQuery() {
-    std::snprintf(record_.userName, sizeof record_.userName, "r\"m'&; an");
-    std::snprintf(record_.password, sizeof record_.password, "pa'ss \"&@;");
-    std::snprintf(record_.connString, sizeof record_.connString, "pr;&'\"@d");
-    record_.catalogNumber = 3;
-  }
-
   // Puts an sqlplus first in the path that runs these shell lines; the script's path is $script.
   void sqlplus(const std::string& lines) {
-    const std::string file = dir_.write(
-        "bin/sqlplus", "#!/bin/sh\nscript=${2#@}\necho \"$1\" >" + dir_.path("first") +
-                           "\ncp \"$script\" " + dir_.path("seen") + "\n" + lines + "\n");
-    ASSERT_EQ(0, ::chmod(file.c_str(), 0755));
+    std::filesystem::permissions(
+        dir_.write("bin/sqlplus", "#!/bin/sh\nscript=${2#@}\necho \"$1\" >" + dir_.path("first") +
+                                      "\ncp \"$script\" " + dir_.path("seen") + "\n" + lines +
+                                      "\n"),
+        std::filesystem::perms::owner_all);
   }
 
   unsigned short query() {
@@ -68,19 +59,19 @@ class CatalogQuery : public WithErrorLog {
   // A text of a message was shown and logged; with the empty text, nothing was.
   void expectTold(const std::string& text) const {
     const std::string log = dir_.read("vexoerror.log");
-    EXPECT_EQ(text.empty(), (shown_ + log).empty()) << shown_ << log;
-    EXPECT_NE(std::string::npos, shown_.find(text)) << shown_;
-    EXPECT_NE(std::string::npos, log.find(text)) << log;
+    const auto told = [&text](const std::string& where) {
+      return text.empty() ? where.empty() : where.find(text) != where.npos;
+    };
+    EXPECT_TRUE(told(shown_) && told(log)) << text << shown_ << log;
   }
-  bool filesAreGone() const {
-    return !std::filesystem::exists(script_) && !std::filesystem::exists(spool_);
-  }
+  // How many of the query's two files are there.
+  int files() const { return dir_.has("SQLIx.sql") + dir_.has("SQLOx_3.out"); }
   bool holds(const std::string& handle) {
     return tree_->SearchItem(const_cast<char*>(handle.c_str()), utFindFilename) != nullptr;
   }
 
   support::ScopedEnv path_{"PATH", (dir_.path("bin") + ":" + std::getenv("PATH")).c_str()};
-  objCatInfo_s record_ = {};
+  objCatInfo_s record_ = {"r\"m'&; an", "pa'ss \"&@;", "pr;&'\"@d", 0, 3};
   std::string script_ = dir_.path("SQLIx.sql"), spool_ = dir_.path("SQLOx_3.out"), shown_;
   utility::CatalogAnswer answer_;
   std::optional<dsBPlusTree> tree_;
@@ -88,7 +79,8 @@ class CatalogQuery : public WithErrorLog {
 
 TEST_F(CatalogQuery, HandsSqlplusThisScriptAndRemovesIt) {
   sqlplus("ls -l \"$script\" | cut -c1-10 >" + dir_.path("mode") + "; echo piece >" + spool_);
-  EXPECT_EQ(0, query());
+  EXPECT_EQ(0, support::deeper([&] { return query(); }));
+  EXPECT_FALSE(support::inMemory("\"&@;@pr")) << "the script's text";
   EXPECT_EQ(
       "r\"m'&; an/pa'ss \"&@;@pr;&'\"@d\nspool " + spool_ +
           "\nset term off \nset heading on\nset pagesize 0\nset linesize 80\nset recsep off\n"
@@ -96,20 +88,62 @@ TEST_F(CatalogQuery, HandsSqlplusThisScriptAndRemovesIt) {
           "select handle from rc_backup_piece where completion_time >='1/1/2015:00:00:00' and "
           "completion_time <='11/21/2026:23:59:59';\nquit\nspool off",
       dir_.read("seen"));
-  EXPECT_EQ("-L\n", dir_.read("first"));
-  EXPECT_EQ("-rw-------\n", dir_.read("mode"));
-  EXPECT_FALSE(std::filesystem::exists(script_)) << "it holds a password";
-  EXPECT_EQ("piece\n", dir_.read("SQLOx_3.out"));
+  EXPECT_EQ("-L\n-rw-------\npiece\n",
+            dir_.read("first") + dir_.read("mode") + dir_.read("SQLOx_3.out"));
+  EXPECT_FALSE(dir_.has("SQLIx.sql")) << "it holds a password";
   EXPECT_EQ("", shown_);
+  TR_ORCLEVEL2 = 1;  // keeps the files
+  EXPECT_EQ(0, query() | load());
+  TR_ORCLEVEL2 = 0;
+  EXPECT_EQ(2, files());
   dir_.write("seen", "not run");
-  std::filesystem::remove(spool_);
+  record_.bNoCatalog = 1;
   TEST_SYNCDBNORMAN = 1;  // an empty answer, without sqlplus
   EXPECT_EQ(0, query());
   TEST_SYNCDBNORMAN = 0;
   EXPECT_EQ("not run", dir_.read("seen"));
-  EXPECT_TRUE(std::filesystem::exists(script_));
+  EXPECT_NE(std::string::npos,
+            dir_.read("SQLIx.sql").find("select handle from v$backup_piece where"));
   EXPECT_EQ(0, load());
-  EXPECT_FALSE(std::filesystem::exists(spool_));
+  EXPECT_FALSE(dir_.has("SQLOx_3.out"));
+}
+
+// Two catalogs know three handles, one of them both. When the listing begins, no password is left.
+TEST_F(CatalogQuery, OfEachCatalogHasItsOwnFilesAndLeavesNoPassword) {
+  sqlplus("spool=$(sed -n '2s/^spool //p' $script); echo $script $spool >>" + dir_.path("names") +
+          "; printf 'shared\\nof%d\\n' $$ >$spool");
+  const support::ScopedEnv temporary("TMPDIR", dir_.path().c_str());
+  support::inChild([&] {
+    ut::ownStandardInput();
+    static orcObj_t orc = {};
+    orc.VEXO_ENABLESCRIPTINPUT[0] = 'y';
+    vexoOptionsInfo_t options = {};
+    options.numCatalogs = 2;
+    using support::Step;
+    support::ScriptedApi api(
+        {Step("vltQuerySessInfo").fill<VltSessInfo>([](VltSessInfo&) {
+           EXPECT_FALSE(support::inMemory("hidden-4711"));
+         }),
+         Step("vltBeginQuery"),
+         Step("vltGetNextQObj", "*", VLT_RC_MORE_DATA).fill<VltDataBlk>([](VltDataBlk& block) {
+           auto& object = *static_cast<VltQryRespBackup*>(block.buffer);
+           object.insDate = {2026, 3, 7, 8, 5, 9};
+           object.objName.lowLevel[0] = 'x';
+         }),
+         Step("vltGetNextQObj", "*", VLT_RC_FINISHED), Step("vltEndQuery")});
+    const nfDate day = ut::makeDate(2026, 3, 7);
+    support::Captured output;
+    const support::FedInput answers("rman\nhidden-4711\n\nrman\nhidden-4711\n\nq\n");
+    EXPECT_EQ(300, utSyncZylToRman(&orc, options, day, day, 0));
+    shown_ = output.take();
+    EXPECT_NE(std::string::npos, shown_.find("that Oracle reported (3).")) << shown_;
+  });
+  std::istringstream names(dir_.read("names"));
+  for (const char* end : {"_1.out", "_2.out"}) {
+    std::string script, spool;
+    names >> script >> spool;
+    EXPECT_TRUE(script.ends_with(".sql") && spool.ends_with(end)) << script << " " << spool;
+  }
 }
 
 TEST_F(CatalogQuery, NeverRunsAScriptThatWouldBeCut) {
@@ -125,8 +159,7 @@ TEST_F(CatalogQuery, NeverRunsAScriptThatWouldBeCut) {
   std::snprintf(record_.connString, sizeof record_.connString, "%s", connect.c_str());
   EXPECT_EQ(2533, query());
   expectTold("QRB2640E The SQL script for Catalog 3 ");
-  EXPECT_FALSE(dir_.has("seen"));
-  EXPECT_FALSE(std::filesystem::exists(script_));
+  EXPECT_FALSE(dir_.has("seen") || dir_.has("SQLIx.sql"));
 }
 
 // Interrupted, sqlplus stops its display and ends well.
@@ -140,8 +173,8 @@ TEST_F(CatalogQuery, TakesNoAnswerFromAQueryThatFailsOrIsInterrupted) {
     EXPECT_EQ(2533, query()) << end;
     expectTold(message);
     EXPECT_EQ(1u, support::occurrences(shown_, "QRB")) << shown_;
-    EXPECT_EQ(0u, shown_.find(std::string("\n") + message)) << "a line of its own: " << shown_;
-    EXPECT_TRUE(filesAreGone()) << end;
+    EXPECT_TRUE(shown_.starts_with(std::string("\n") + message)) << "a line of its own: " << shown_;
+    EXPECT_EQ(0, files()) << end;
   }
   // The parent may have this program ignore the end of its children.
   std::signal(SIGCHLD, SIG_IGN);
@@ -173,17 +206,23 @@ TEST_F(CatalogQuery, RunsSqlplusInEnglishWithoutTheUsersProfileAndInput) {
 }
 
 TEST_F(CatalogQuery, RemovesItsFilesBeforeASignalEndsTheProgram) {
-  for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) {
+  for (const auto& [number, kept] : {std::pair(SIGINT, false),
+                                     {SIGQUIT, false},
+                                     {SIGTERM, false},
+                                     {SIGHUP, false},
+                                     {SIGTERM, true}}) {
     dir_.write("SQLIx.sql", "rman/secret");
     dir_.write("SQLOx_3.out", "piece");
+    TR_ORCLEVEL2 = kept ? 1 : 0;
     EXPECT_EXIT(
         {
-          const utility::ExchangeGuard outer("/nonexistent", "/nonexistent");
           const utility::ExchangeGuard guard(script_.c_str(), spool_.c_str());
+          { const utility::ExchangeGuard nested("/nonexistent", "/nonexistent"); }
           std::raise(number);
         },
         testing::KilledBySignal(number), "");
-    EXPECT_TRUE(filesAreGone()) << number;
+    TR_ORCLEVEL2 = 0;
+    EXPECT_EQ(kept ? 2 : 0, files()) << number;
   }
 }
 
@@ -191,26 +230,23 @@ TEST_F(CatalogQuery, RemovesItsFilesBeforeASignalEndsTheProgram) {
 TEST_F(CatalogQuery, RejectsAFileThatTheQueryDidNotWrite) {
   const std::string other = dir_.write("other", "keep me\n");
   const std::string remove = "rm " + spool_ + "; ";
-  const struct {
-    std::string sqlplus;
-    unsigned short rc;
-    const char* message;
-  } rows[] = {{"exit 0", 2533, "QRB2644E"},
-              {"echo piece >" + spool_ + "; touch -d 2020-01-01 " + spool_, 2533, "QRB2644E"},
-              {remove + "ln -s " + other + " " + spool_, 2533, "QRB2644E"},
-              {remove + "ln " + other + " " + spool_, 2533, "QRB2644E"},
-              {remove + "mkfifo " + spool_, 2533, "QRB2644E"},
-              {remove + "mkdir " + spool_, 2533, "QRB2644E"},
-              {remove + "echo piece >" + spool_, 0, ""},
-              {remove, 2576, "QRB2576E"},
-              {": >" + spool_, 0, ""}};  // written, and empty: an answer
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.sqlplus);
+  const std::tuple<std::string, unsigned short, const char*> rows[] = {
+      {"exit 0", 2533, "QRB2644E"},
+      {"echo piece >" + spool_ + "; touch -d 2020-01-01 " + spool_, 2533, "QRB2644E"},
+      {remove + "ln -s " + other + " " + spool_, 2533, "QRB2644E"},
+      {remove + "ln " + other + " " + spool_, 2533, "QRB2644E"},
+      {remove + "mkfifo " + spool_, 2533, "QRB2644E"},
+      {remove + "mkdir " + spool_, 2533, "QRB2644E"},
+      {remove + "echo piece >" + spool_, 0, ""},
+      {remove, 2576, "QRB2576E"},
+      {": >" + spool_, 0, ""}};  // written, and empty: an answer
+  for (const auto& [lines, rc, message] : rows) {
+    SCOPED_TRACE(lines);
     dir_.write("vexoerror.log", "");
-    sqlplus(row.sqlplus);
+    sqlplus(lines);
     EXPECT_EQ(0, query());
-    EXPECT_EQ(row.rc, load());
-    expectTold(row.message);
+    EXPECT_EQ(rc, load());
+    expectTold(message);
     EXPECT_EQ("keep me\n", dir_.read("other"));
     std::filesystem::remove(spool_);
   }
@@ -232,10 +268,7 @@ TEST_F(CatalogQuery, RefusesWhatSomebodyElsePutInThePlaceOfItsFiles) {
 
 TEST_F(CatalogQuery, VoidsAListingThatIsNotSound) {
   const std::string many = "a\nb\nc\nd\ne\nf\n", full(80, 'f');
-  const struct {
-    std::string spool;
-    const char* message;
-  } rows[] = {
+  const std::pair<std::string, const char*> rows[] = {
       {"ORA-00942: table or view does not exist\n", "QRB2642E"},
       {many + "  ORA-01555: snapshot \x1btoo old\n\n6 rows selected.\n",
        ": ORA-01555: snapshot ?too"},
@@ -248,11 +281,13 @@ TEST_F(CatalogQuery, VoidsAListingThatIsNotSound) {
       {"a\n\nno rows selected\n", "QRB2643E"},
       {"\n1 row selected.\n", "QRB2643E"},
       {full + "\nrest\n\n2 rows selected.\n", "the handle in line 1 fills its line"},
-      {"a\n" + full + "\n" + full + "\nb\n\n3 rows selected.\n", "QRB2659E The answer in"},
+      {"a\n" + full + "\n" + full + "\nb\n\n3 rows selected.\n",
+       "the handle in line 2 fills its line"},
       {"a\n" + full + "\nb\n\n4 rows selected.\n", "\"4 rows selected.\", but 2 handles"},
       {many + "ERROR at line 1:\nsomething without a code\n", ": something without a code"},
       {"ERROR\n\n\n  ORA-1: x\n", "QRB2642E"},
       {many + "ERROR:\n", "QRB2642E"},
+      {"ORA-28001: the password has expired\n" + many, "ORA-28001"},  // no warning
       {"see RMAN-06004: no\n" + many, "RMAN-06004"},
       {many + "rows will be truncated\n\n6 rows selected.\n", "rows will be truncated"},
       {"a\n\nb\n\n\n\n6 rows selected.\n", "but 2 handles"},  // three blank ones, four missing
@@ -261,10 +296,10 @@ TEST_F(CatalogQuery, VoidsAListingThatIsNotSound) {
       {std::string("b\0c\n", 4) + many, "QRB2649E"},
       {std::string("\0\n", 2) + many, "QRB2649E"},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(2533, load(row.spool)) << row.spool;
-    EXPECT_NE(std::string::npos, shown_.find(row.message)) << row.spool << shown_;
-    EXPECT_FALSE(std::filesystem::exists(spool_));
+  for (const auto& [spool, message] : rows) {
+    EXPECT_EQ(2533, load(spool)) << spool;
+    EXPECT_NE(std::string::npos, shown_.find(message)) << spool << shown_;
+    EXPECT_EQ(0, files());
   }
   EXPECT_NE(std::string::npos, dir_.read("vexoerror.log").find("QRB2643E"));
 }
@@ -292,6 +327,7 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
       {a + "\n" + b + "\n" + c + count, "1 1",
        a + "|" + b + "|" + a + b + "|" + b + "c|" + a + b + "c|", ""},
       {padded("d") + a + "\n\n2 rows selected.\n", "2 2", a + "|d|", ""},
+      {a + "\n\n" + c + "\n2 rows selected.\n", "2 2", a + "|c|", a + "c|"},  // the blank ends it
       {a + "\n" + padded("Session") + count, "1 1", a + "Session|", "Session|"},
       {accents + "\n" + c + count, "1 1", accents + "c|", ""},
       {"p1\r\n" + padded("p2").substr(0, 80) + "\r\n" + a + "\r\nend\r\n\n3 rows selected.\r\n",
@@ -307,6 +343,9 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
        "SALES_df_7x|"},
       {padded("see ORA-1 below") + count, "1 1", "see ORA-1 below|", ""},  // padded: a handle
       {"SQL> set x\nHANDLE of it\n" + padded("p1") + count, "1 1", "p1|", ""},
+      {"see xORA-1 x\n", "0 0", "see xORA-1 x|", ""},
+      {times(40, "\xc3\xa9") + "\n" + c + count, "1 1", times(40, "\xc3\xa9") + "c|",
+       ""},  // by bytes
       {std::string(600, 'l') + "\n", "2 2",
        std::string(512, 'l') + "|" + std::string(88, 'l') + "|", ""},
   };
@@ -324,14 +363,27 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
   }
 }
 
+// A letter that was lost and the longest handle, which the last answer does not have.
+TEST_F(CatalogQuery, KeepsWhatTheAnswersOfAllCatalogsWereLike) {
+  for (const char* sign : {"?", "\xef\xbf\xbd", "\xc2\xbf"}) {
+    utility::Knowledge knowledge;
+    utility::RunRecord run(utility::ListKind::kOrphans);
+    dsBPlusTree tree;
+    for (const std::string& spool :
+         {std::string(80, 'f') + "\nlost" + sign + "\n", std::string("x\n")}) {
+      dir_.write("SQLOx_3.out", spool);
+      EXPECT_EQ(0, utility::takeAnswer(record_, spool_.c_str(), &tree, &knowledge, &run));
+      EXPECT_EQ(std::pair(85ul, true), std::pair(knowledge.longestHandle, knowledge.lettersLost))
+          << sign;
+    }
+  }
+}
+
 // Without a row count the answer may be whole or not; with few rows there is none.
 TEST_F(CatalogQuery, TellsWhetherTheRowsWereCounted) {
   const std::string five = "1\n2\n3\n4\n5\n", six = five + "6\n";
   const std::string heading = "of a profile\n";
-  const struct {
-    std::string spool;
-    bool counted, mayBeIncomplete;
-  } rows[] = {
+  const std::tuple<std::string, bool, bool> rows[] = {
       {five, false, false},
       {six, false, true},
       {std::string(80, 'f') + "\n" + five, false, true},  // two handles, or one
@@ -341,10 +393,11 @@ TEST_F(CatalogQuery, TellsWhetherTheRowsWereCounted) {
       {six + "\n6 rows selected.\n\nSQL> exit\n", true, false},
       {"\n3 rows selected.\n" + six + "\n6 rows selected.\n", true, false},  // of the profile
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(0, load(row.spool)) << row.spool << shown_;
-    EXPECT_EQ(row.counted, answer_.counted) << row.spool;
-    EXPECT_EQ(row.mayBeIncomplete, answer_.mayBeIncomplete()) << row.spool;
+  for (const auto& [spool, counted, mayBeIncomplete] : rows) {
+    EXPECT_EQ(0, load(spool)) << spool << shown_;
+    EXPECT_EQ(std::pair(counted, mayBeIncomplete),
+              std::pair(answer_.counted, answer_.mayBeIncomplete()))
+        << spool;
     EXPECT_EQ("", shown_);
   }
 }

@@ -1,10 +1,6 @@
 // doubts_test.cpp: which dates and which matches are doubted.
 #include "utility/doubts.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "tests/support/captured.h"
 #include "tests/utility/messages.h"
 

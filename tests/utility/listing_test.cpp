@@ -1,14 +1,6 @@
 // listing_test.cpp: which objects of the server are listed, and the dates that are asked for.
-#include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdio>
-#include <cstring>
-#include <functional>
-#include <string>
-#include <vector>
 
 #include "common/ut/trace.h"
 #include "tests/support/captured.h"
@@ -51,6 +43,7 @@ Step found(const std::string& lowLevel, VltDate date = {2026, 3, 7, 8, 5, 9}) {
     object.objId = {1, 2};
     object.insDate = date;
     object.sizeEstimate = {1, 5};
+    put(object.owner, "not the session's");
     object.compressType = 1;
     object.encryptionType = 8 + 16;
     object.clientDeduplicated = 1;
@@ -128,15 +121,41 @@ TEST_F(FileList, LeavesOutWhatTheTreeHolds) {
             names());
 }
 
+// With handles of at most five characters. Only a query that was run to its end is complete.
+TEST_F(FileList, CountsWhatItFinds) {
+  for (const auto& [more, rc, complete] : {std::tuple(false, VLT_RC_FINISHED, true),
+                                           {false, 2410, false},
+                                           {true, VLT_RC_FINISHED, false}}) {
+    dsBPlusTree tree;
+    std::string handles[] = {"k\xc3\xa4se1", "known"};
+    for (std::string& handle : handles) {
+      ASSERT_EQ(0, tree.IsertItem(handle.data(), static_cast<int>(handle.size()) + 1,
+                                  utInsertFilename, utFindFilename));
+    }
+    support::ScriptedApi api(started());
+    api.add({found("/known"), found("/known_2"), found("/k\xc3\xa4se1"), found("/k\xc3\xa4se12"),
+             found("/\xc3\xa4")});
+    if (more) api.add({Step("vltGetNextQObj", "7", VLT_RC_UNKNOWN_FORMAT)});
+    api.add({Step("vltGetNextQObj", "7", static_cast<std::int16_t>(rc)), Step("vltEndQuery", "7")});
+    utility::RangeCounts counts = {5, 0, 0, 0, 0, 0};
+    EXPECT_EQ(0, utGetFileList(ut::makeDate(2026, 3, 7), ut::makeDate(2026, 3, 31), &orc_, &list_,
+                               &tree, &counts));
+    EXPECT_EQ(std::tuple(5u, 2u, 1u, 2u, 2u, complete),
+              std::tuple(counts.objects, counts.known, counts.foreignKnown, counts.foreignOffered,
+                         counts.cutOff, counts.complete));
+  }
+}
+
 // A library may leave fields alone, or claim an object and fill nothing.
 TEST_F(FileList, TakesNothingFromTheObjectBefore) {
   list({found("/first"), object([](VltQryRespBackup&) {}), found("/second"),
         object([](VltQryRespBackup& object) { put(object.objName.lowLevel, "/low"); }),
         object([](VltQryRespBackup& object) { put(object.objName.fileSpace, "/f"); })});
   EXPECT_EQ("/fs/oracle/first /fs/oracle/second /low /f", names());
+  EXPECT_EQ("ORANODE DBA", std::string(list_.getFirst()->node) + " " + list_.getFirst()->owner);
   const utZylObj_s* low = list_.elementAt(3);
   ASSERT_NE(nullptr, low);
-  EXPECT_EQ(0u, low->objId.lo + low->sizeEstimate.lo + low->compressed + low->encryptionType +
+  EXPECT_EQ(0u, low->objId.lo | low->sizeEstimate.lo | low->compressed | low->encryptionType |
                     low->clientDeduplicated);
 }
 
@@ -144,17 +163,15 @@ TEST_F(FileList, WritesTheNamesOfAllObjectsToADiagnosticFileForItsUserOnly) {
   support::ScopedEnv temporary("TMPDIR", dir_.path().c_str());
   const mode_t before = ::umask(0);
   TR_ORCLEVEL2 = 1;
-  list({found("/a"), found("/b")});
+  list({found("/early", {2026, 3, 6, 23, 59, 59}), found("/a"), found("/b")});
   TR_ORCLEVEL2 = 0;
   ::umask(before);
-  for (const auto& file : std::filesystem::directory_iterator(dir_.path())) {
-    const std::string name = file.path().filename();
-    if (!name.starts_with("ZYLO")) continue;
-    EXPECT_EQ("a\nb\n", dir_.read(name));
-    EXPECT_EQ(0600u, static_cast<unsigned>(file.status().permissions()));
-    return;
-  }
-  FAIL() << "no such file";
+  std::filesystem::remove(dir_.path("vexo.opt"));
+  const std::filesystem::directory_entry file = *std::filesystem::directory_iterator(dir_.path());
+  const std::string name = file.path().filename();
+  EXPECT_TRUE(name.starts_with("ZYLO")) << name;
+  EXPECT_EQ("a\nb\n", dir_.read(name));
+  EXPECT_EQ(0600u, static_cast<unsigned>(file.status().permissions()));
 }
 
 TEST_F(FileList, ReadsRecordsOfAnyBytesWithinTheirBounds) {
@@ -176,6 +193,18 @@ TEST_F(FileList, ReadsRecordsOfAnyBytesWithinTheirBounds) {
   EXPECT_EQ(1280 + 64, std::ranges::count(output.take(), '?'));
   char entry[kEntryTextSize];
   EXPECT_EQ(0, pkFormatEntry(&list_, entry, 1, 1));
+}
+
+TEST(Totals, StopAtTheLargestSizeAndAtNone) {
+  utZylObj_s large = {}, small = {};
+  large.sizeEstimate = {~0u, ~0u - 1};
+  small.sizeEstimate = {0, 5};
+  utility::ObjectTotal total;
+  total.add(large);
+  total.add(small);
+  EXPECT_EQ(~0ull, total.bytes);
+  for (const utZylObj_s& object : {small, large}) total.remove(object);
+  EXPECT_EQ(0u, total.bytes + total.count);
 }
 
 TEST_F(FileList, OffersDefaultDatesInEveryFormat) {
