@@ -126,9 +126,11 @@ list_users_files() {
 # packages need, copied from this system.
 make_root() {
   local program library
-  mkdir -p "$root"/{dev,opt,tmp,usr/lib,usr/share/{doc,bash-completion/completions,man/man1,man/man5}}
+  mkdir -p "$root"/{dev,opt,tmp,usr/{bin,lib,lib64,sbin}}
+  mkdir -p "$root/usr/share"/{doc,bash-completion/completions,man/man1,man/man5}
+  ln -s usr/{bin,lib,lib64,sbin} "$root"
   mknod -m 666 "$root/dev/null" c 1 3
-  for program in bash sh env cat ls mkdir mktemp readlink rm tput ldconfig; do
+  for program in bash sh env cat dirname ls mkdir mktemp readlink rm tput ldconfig; do
     program=$(type -P "$program")
     cp -L --parents "$program" "$root"
     ldd "$program" >"$work/libraries" 2>/dev/null || true
@@ -139,7 +141,7 @@ make_root() {
     done
   done
 }
-rpm_here() { rpm --root "$root" --dbpath /var/lib/rpm --force-debian "$@"; }
+rpm_here() { rpm --root "$root" --dbpath /var/lib/rpm "$@"; }
 
 apt-get update -qq
 files >"$work/files.before"
@@ -190,19 +192,19 @@ echo "try: the archives work; $(wc -l <"$work/unpacked") files and directories, 
 root=$work/root
 files >"$work/files.before"
 rpm_here --initdb
-rpm_here -i --nodeps ./*.rpm
+rpm_here --force-debian -i --nodeps ./*.rpm
 rpm_here -V --nodeps vexosync vexosync-sandbox || fail "the files of the .rpm are not installed as packed"
 use_program
 use_sandbox
-rpm_here -U --nodeps --replacepkgs ./*.rpm
+rpm_here --force-debian -U --nodeps --replacepkgs ./*.rpm
 [[ $(cat "$root$agent/vexo.opt") == "VEXO_NODE MINE" ]] || fail "the user's options file is overwritten"
 list_users_files
-rpm_here -e --nodeps vexosync vexosync-sandbox
+rpm_here --force-debian -e --nodeps vexosync vexosync-sandbox
 expect_left "$work/users"
 echo "try: the .rpm work; left are $(tr '\n' ' ' <"$work/users")"
 rm "$root$agent/vexo.opt" "$root$agent/vexoerror.log"
-rpm_here -i --nodeps ./*.rpm
-rpm_here -e --nodeps vexosync vexosync-sandbox
+rpm_here --force-debian -i --nodeps ./*.rpm
+rpm_here --force-debian -e --nodeps vexosync vexosync-sandbox
 # The directories that were the user's are the package's own again.
 expect_left /dev/null
 echo "try: removed the .rpm without files of the user's; nothing is left"

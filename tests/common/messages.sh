@@ -33,7 +33,8 @@ check_german() {
   if wide_lines vexo || wide_lines vexo_de; then return 1; fi
 }
 
-# Compiles a statement and prints the compiler's messages.
+# Compiles a statement and prints the compiler's messages, whose words below are those of gcc and clang
+# alike ("could not convert", "no viable conversion").
 compile() {
   printf '#include "common/nls/nls.h"\nvoid f(const char* text) { %s; (void)text; }\n' "$3" |
     "$1" -std=c++20 -fsyntax-only -I"$root" -I"$2" -x c++ - 2>&1
@@ -57,8 +58,8 @@ an insert is missing|nlprintf(kPasswordFileNotRead)
 an insert is not used|nlsprintf(kBlankLine, text)
 an insert is of another kind|nlprintf(kPasswordFileNotRead, 7)
 an insert is of another kind|nlprintf(kListLine, text, 2u, text)
-could not convert|nls::plainText(kPasswordFileNotRead)
-could not convert|nls::ask(kAskCatalogUser, kNotAnAnswer)
+conver|nls::plainText(kPasswordFileNotRead)
+conver|nls::ask(kAskCatalogUser, kNotAnAnswer)
 END
 }
 

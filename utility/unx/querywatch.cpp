@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
-#include <utility>
 
 #include "common/nls/nls.h"
 #include "common/ut/result.h"
@@ -47,13 +46,16 @@ utility::QueryWatch::QueryWatch(const std::string& catalogName, const char* spoo
           },
           ut::Progress::Place::kBelow) {
   const NoSignals none;
-  thread_ = std::jthread([this](std::stop_token stop) { watch(std::move(stop)); });
+  thread_ = std::thread([this] { watch(); });
 }
 
 utility::QueryWatch::~QueryWatch() {
-  // Before the line is erased.
-  thread_.request_stop();
-  thread_.join();
+  {
+    const std::lock_guard lock(mutex_);
+    ended_ = true;
+  }
+  wakeUp_.notify_one();
+  thread_.join();  // before the line is erased
 }
 
 std::unique_ptr<utility::QueryWatch> utility::QueryWatch::begin(const std::string& catalogName,
@@ -66,9 +68,9 @@ std::unique_ptr<utility::QueryWatch> utility::QueryWatch::begin(const std::strin
   }
 }
 
-void utility::QueryWatch::watch(std::stop_token stop) {
+void utility::QueryWatch::watch() {
   std::unique_lock lock(mutex_);
-  while (!stopped_.wait_for(lock, stop, kInterval, [&stop] { return stop.stop_requested(); })) {
+  while (!wakeUp_.wait_for(lock, kInterval, [this] { return ended_; })) {
     if (countLines()) progress_.reach(lines_);
   }
 }

@@ -33,7 +33,7 @@ class QueryWatch {
  private:
   QueryWatch(const std::string& catalogName, const char* spoolPath);
 
-  void watch(std::stop_token stop);
+  void watch();
   // Counts the lines since the last call. False while nothing was written.
   bool countLines();
 
@@ -42,8 +42,9 @@ class QueryWatch {
   std::uint64_t lines_ = 0;
   off_t position_ = 0;
   std::mutex mutex_;
-  std::condition_variable_any stopped_;
-  std::jthread thread_;
+  std::condition_variable wakeUp_;
+  bool ended_ = false;  // under the mutex
+  std::thread thread_;
 };
 
 }  // namespace utility
