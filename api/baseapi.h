@@ -41,7 +41,7 @@ class DBaseApi {
   static void EndApiCall(DBaseApiStatus* status, const char* apiName);
 
   // Traces the total. The line says seconds, but the wrappers add milliseconds. Kept on purpose,
-  // pinned by Wrapper.TracesMillisecondsAsSeconds.
+  // pinned by Wrapper.PassesArgumentsAndCodesUnchanged.
   void LogApiStatus(DBaseApiStatus* status);
 
  protected:

@@ -118,7 +118,7 @@ unsigned short loadCatalogs(const CatalogList& catalogs, bool emptyInput, const 
     if (rc != 0) {
       TRACE(TR_ORCLEVEL0, " %s: Exit - utQueryCatalog() failed. rc = %d\n\n", kFunction, rc);
       // The query's own code is not passed on. Kept on purpose, pinned by
-      // Sync.EndsWithoutAListWhenOracleRefusesThePassword.
+      // Sync.EndsWithoutAListWhenOracleRefusesThePasswordOrTheQuery.
       return utility::kFailed;
     }
     rc = utility::takeAnswer(*catalog, spoolPath, tree, knowledge, run);
