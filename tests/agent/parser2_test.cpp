@@ -6,52 +6,45 @@
 namespace {
 
 using OptionsFile = Agent;
+using std::string_literals::operator""s;
 constexpr char kInstalled[] = "installed/agent/vexo.opt";
 
 TEST_F(OptionsFile, TakesValuesAsPeopleWriteThem) {
   using Field = char(orcObj_t::*)[kOptionSize];
   const std::string longest(500, 'x');
-  const struct {
-    std::string lines;
-    Field field;
-    std::string value;
-  } kRows[] = {{"vexo_fs   \"/ora fs\"  \n", &orcObj_t::VEXO_FS, "/ora fs"},
-               {"  \tVexo_Node\tN x \r\n", &orcObj_t::VEXO_NODE, "N x"},
-               {"VEXO_NODE,\"a\"b\"", &orcObj_t::VEXO_NODE, "ab"},
-               {"VEXO_NODE a\nvexo_node b\n", &orcObj_t::VEXO_NODE, "b"},
-               {"* VEXO_NODE b\n\n  \t \n  *\nVEXO_NODE a\n*", &orcObj_t::VEXO_NODE, "a"},
-               {"VEXO_TEST_FLAGS  \"A\" b \n", &orcObj_t::VEXO_TEST_FLAGS, " \"A\" b "},
-               {"VEXO_OWNER " + longest + "\n", &orcObj_t::VEXO_OWNER, longest},
-               {"VEXO_DATE_FMT 3\n", &orcObj_t::VEXO_DATE_FORMAT, "3"},
-               {"VEXO_NUM_FMT 5\n", &orcObj_t::VEXO_NUM_FORMAT, "5"},
-               {"VEXO_ENABLESCRIPTINPUT YES\n", &orcObj_t::VEXO_ENABLESCRIPTINPUT, "YES"}};
-  for (const auto& row : kRows) {
-    dir.write(kInstalled, row.lines);
-    EXPECT_EQ(0, vexoSetOptions(&orc)) << row.lines;
-    EXPECT_EQ(row.value, orc.*row.field) << row.lines;
-    const bool named = *orc.VEXO_NODE != '\0' || *orc.VEXO_OWNER != '\0';
-    EXPECT_EQ(named ? 0 : 1, orc.noNodeNoOwner) << row.lines;
+  const std::tuple<std::string, Field, std::string> kRows[] = {
+      {"vexo_fs   \"/ora fs\"  \n", &orcObj_t::VEXO_FS, "/ora fs"},
+      {"  \tVexo_Node\tN x \r\n", &orcObj_t::VEXO_NODE, "N x"},
+      {"VEXO_NODE,\"a\"b\"", &orcObj_t::VEXO_NODE, "ab"},
+      {"VEXO_NODE a\nvexo_node b\n", &orcObj_t::VEXO_NODE, "b"},
+      {"* VEXO_NODE b\n\n  \t \n  *\nVEXO_NODE a\n*", &orcObj_t::VEXO_NODE, "a"},
+      {"VEXO_TEST_FLAGS  \"A\" b \n", &orcObj_t::VEXO_TEST_FLAGS, " \"A\" b "},
+      {"VEXO_OWNER " + longest + "\n", &orcObj_t::VEXO_OWNER, longest},
+      {"VEXO_ENABLESCRIPTINPUT YES\n", &orcObj_t::VEXO_ENABLESCRIPTINPUT, "YES"}};
+  for (const auto& [lines, field, value] : kRows) {
+    dir.write(kInstalled, lines);
+    EXPECT_EQ(0, vexoSetOptions(&orc)) << lines;
+    EXPECT_EQ(value, orc.*field) << lines;
+    const std::string names = std::string(orc.VEXO_NODE) + orc.VEXO_OWNER;
+    EXPECT_EQ(names.empty() ? 1 : 0, orc.noNodeNoOwner) << lines;
   }
 }
 
 TEST_F(OptionsFile, StopsAtTheFirstLineInError) {
-  const struct {
-    std::string line, message, shown;
-  } kRows[] = {{"VEXO_TRACE x", "QRB2603E", "VEXO_TRACE"},
-               {"\"VEXO_NODE\" a", "QRB2603E", "\"VEXO_NODE\""},
-               {", ,", "QRB2603E", ": , installed"},
-               {"VEXO_NODE", "QRB2616E", "VEXO_NODE"},
-               {"VEXO_NODE  \"\" \t", "QRB2616E", "VEXO_NODE"},
-               {"vexo_test_flags", "QRB2616E", "VEXO_TEST_FLAGS"},
-               {"VEXO_NODE " + std::string(600, 'x'), "QRB2603E", "XXX"}};
-  for (const auto& row : kRows) {
-    dir.write(kInstalled, "VEXO_FS kept\n" + row.line + "\nVEXO_LANGUAGE later\n");
+  const std::tuple<std::string, std::string, std::string> kRows[] = {
+      {"VEXO_TRACE x", "QRB2603E", "VEXO_TRACE"},
+      {"\"VEXO_NODE\" a", "QRB2603E", "\"VEXO_NODE\""},
+      {", ,", "QRB2603E", ": , installed"},
+      {"VEXO_NODE", "QRB2616E", "VEXO_NODE"},
+      {"VEXO_NODE  \"\" \t", "QRB2616E", "VEXO_NODE"},
+      {"vexo_test_flags", "QRB2616E", "VEXO_TEST_FLAGS"},
+      {"VEXO_NODE " + std::string(600, 'x'), "QRB2603E", "XXX"}};
+  for (const auto& [line, message, part] : kRows) {
+    dir.write(kInstalled, "VEXO_FS kept\n" + line + "\nVEXO_LANGUAGE later\n");
     support::Captured shown(STDERR_FILENO);
-    EXPECT_EQ(2534, vexoSetOptions(&orc)) << row.line;
+    EXPECT_EQ(2534, vexoSetOptions(&orc)) << line;
     const std::string text = shown.take();
-    for (const std::string& part : {row.message, row.shown, std::string(kInstalled)}) {
-      EXPECT_HOLDS(text, part);
-    }
+    for (const std::string& told : {message, part, kInstalled + ""s}) EXPECT_HOLDS(text, told);
     EXPECT_HOLDS(log(), text) << "the log has the same";
     EXPECT_STREQ("kept", orc.VEXO_FS);
     EXPECT_STREQ("", orc.VEXO_LANGUAGE);

@@ -122,16 +122,17 @@ TEST_F(PasswordFile, KeepsItsOwnerAndNeitherOpensNorReplacesWhatOthersPut) {
       std::filesystem::remove(file);
       dir.write(name, good);
     }
-    ASSERT_EQ(0, ::chmod(file.c_str(), row.mode) + ::chown(file.c_str(), row.file, row.file));
+    ASSERT_EQ(0, ::chmod(file.c_str(), row.mode));
+    ASSERT_EQ(0, ::chown(file.c_str(), row.file, row.file));
     if (row.kind == kLink) {
       std::filesystem::create_symlink("target", path);
       ASSERT_EQ(0, ::lchown(path.c_str(), row.link, row.link));
     }
     struct stat entry = {};
     support::inChild([&] {
-      EXPECT_TRUE(row.user == 0 || ::setgid(row.user) + ::setuid(row.user) == 0);
+      EXPECT_TRUE(::setgid(row.user) == 0 && ::setuid(row.user) == 0);
       unsigned key[2] = {};
-      char password[kPasswordSize] = "";
+      char password[kPasswordSize] = "from before";
       ScriptedApi api;
       if (row.read) api.add({cipher("vltDecryptEx")});
       EXPECT_EQ(row.read ? 0 : 168, psvexoReadPswdFromFile(path.c_str(), password, key));
@@ -156,7 +157,7 @@ TEST_F(Session, SetUpTakesThePasswordOfTheLegacyFileOnce) {
   set(orc.VLTI_LOG, "/log");
   set(orc.VLTI_ORC_CONFIG, "/c.opt");
   const auto setUp = [] {
-    return Step("vltSetUp", "1").look<VltEnvSetUp>([](const VltEnvSetUp& record) {
+    return Step("vltSetUp", "1").fill<const VltEnvSetUp>([](const VltEnvSetUp& record) {
       EXPECT_EQ(4, record.structVersion);
       EXPECT_EQ(0, record.incExlCaseSensitive);
       EXPECT_EQ("/api/log/c.optvexoerror.log",
@@ -197,7 +198,8 @@ TEST_F(Session, TheLegacyWayAsksWithAnEmptyFileInTmpdir) {
   support::ScopedEnv temporary("TMPDIR", dir.path().c_str());
   TEST_LEGACYPWD = 1;
   std::string asked;
-  ScriptedApi api({version(13), Step("vltSetUp", "1").look<VltEnvSetUp>([&](const VltEnvSetUp& in) {
+  ScriptedApi api({version(13),
+                   Step("vltSetUp", "1").fill<const VltEnvSetUp>([&](const VltEnvSetUp& in) {
                      asked = in.vltiConfig;
                      EXPECT_EQ(0u, std::filesystem::file_size(asked));
                    }),
@@ -223,14 +225,13 @@ TEST_F(Session, TheLegacyWayDropsTheNamesOfALibraryThatKeepsThePassword) {
     set(orc.VEXO_NODE, node);
     set(orc.VEXO_OWNER, owner);
     set(orc.VEXO_PSWDPATH, directory);
-    ScriptedApi api(
-        {version(13), Step("vltSetUp"),
-         Step("vltQueryCliOptions").fill<VltOptions>([](VltOptions& options) {
-           options.passwordAccess = VLT_PASSWORD_GENERATE;
-         }),
-         logon("node=null owner=null password=''", 51).look<VltInitExIn>([](const VltInitExIn& in) {
-           EXPECT_STREQ("", in.options);
-         })});
+    ScriptedApi api({version(13), Step("vltSetUp"),
+                     Step("vltQueryCliOptions").fill<VltOptions>([](VltOptions& options) {
+                       options.passwordAccess = VLT_PASSWORD_GENERATE;
+                     }),
+                     logon("node=null owner=null password=''", 51)
+                         .fill<const VltInitExIn>(
+                             [](const VltInitExIn& in) { EXPECT_STREQ("", in.options); })});
     api.add(textSteps("0", 51, "ZYL0051E"));
     support::Captured shown;
     EXPECT_EQ(0, psDoVltSetUp(&orc));
@@ -258,7 +259,7 @@ TEST_F(Session, LogonFillsTheContext) {
   for (int again = 0; again < 2; ++again) {
     set(orc.legacyPassword, "secret");
     ScriptedApi api({logon("node=null owner='O' password='secret'", 0)
-                         .look<VltInitExIn>([](const VltInitExIn& in) {
+                         .fill<const VltInitExIn>([](const VltInitExIn& in) {
                            EXPECT_STREQ(" -PASSWORDACCESS=GENERATE -PASSWORDDIR=/p w", in.options);
                            EXPECT_STREQ("/c.opt", in.configFile);
                            EXPECT_EQ(5, in.structVersion);
@@ -282,7 +283,7 @@ TEST_F(Session, LogonWipesThePasswordRightAfterTheLastCall) {
   orc.bUsePwGenerate = 1;
   const char* buffer = nullptr;
   std::string given, left = "not looked at";
-  ScriptedApi api({Step("vltInitEx", "*", 51).look<VltInitExIn>([&](const VltInitExIn& in) {
+  ScriptedApi api({Step("vltInitEx", "*", 51).fill<const VltInitExIn>([&](const VltInitExIn& in) {
                      buffer = in.clientPassword;
                      given = buffer;
                    }),

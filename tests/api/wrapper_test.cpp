@@ -118,7 +118,7 @@ TEST(SetUp, IsDoneOnceAndUndoneOnceAndSaysWhichStepFailed) {
   const support::ScopedEnv dir("VLTI_DIR", "/dir/"), config("VLTI_CONFIG", "/not.this");
   support::ScopedEnv log("VLTI_LOG", std::string(1280, 'x').c_str());
   const auto setUp = [](std::int16_t rc) {
-    return Step("vltSetUp", "1", rc).look<VltEnvSetUp>([](const VltEnvSetUp& record) {
+    return Step("vltSetUp", "1", rc).fill<const VltEnvSetUp>([](const VltEnvSetUp& record) {
       EXPECT_EQ("/dir/log/own.opt",
                 std::string(record.vltiDir) + record.vltiLog + record.vltiConfig);
     });

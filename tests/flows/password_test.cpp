@@ -39,8 +39,8 @@ class Password : public Site {
     change(old + " " + fresh);
     changed(rc);
   }
-  void logsOn() {
-    run({"query"});
+  void logsOn(const char* user = "root") {
+    shell("exec setpriv --reuid " + std::string(user) + " vexosync query");
     dates();
     ends(0);
   }
@@ -57,14 +57,18 @@ TEST_F(Password, LogsOnWithTheAgentsFileAndThenWithThePasswordTakenFromIt) {
   change(kOld, kNew, 0);
   EXPECT_EQ(std::string::npos, zylstore("calls show").find("options=")) << "no options are given";
   EXPECT_EQ(39u + 2 * 9, dir_.read("passwords/VEXO.ORANODE").size());
-  logsOn();
+  shell("chmod -R a+rwX . && chmod a-w passwords/VEXO.ORANODE");
+  ends(0);
+  for (const char* user : {"root", "nobody"}) logsOn(user);
   // The next release: the library keeps the password, and has none yet.
   std::filesystem::remove(dir_.path("passwords/ZYL.ORANODE.pwd"));
   dir_.write("vlt.opt", "STORE " + dir_.path("store.db") + "\n");
   option("VEXO_TEST_FLAGS none");
   logsOn();
   EXPECT_TRUE(dir_.has("passwords/VEXO.ORANODE.save"));
-  logsOn();
+  change("nobody " + kNew + " " + kOld);
+  changed(0);
+  for (const char* user : {"root", "nobody"}) logsOn(user);
 }
 
 // Whoever may not change it, or has no place for it, is told so at once.

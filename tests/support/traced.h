@@ -14,7 +14,7 @@ std::string traced(const char* flags, Action act) {
   {
     VEXCTrace trace;
     EXPECT_EQ(0u, trace.trBegin("STDOUT", 0));
-    EXPECT_EQ(0u, trace.trEnable("-PID -TID", true) + trace.trEnable(flags, true));
+    for (const char* words : {"-PID -TID", flags}) EXPECT_EQ(0u, trace.trEnable(words, true));
     act();
     EXPECT_EQ(0u, trace.trEnable(flags, false));
   }

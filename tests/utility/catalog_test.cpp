@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "common/ut/stdinput.h"
+#include "common/ut/strutil.h"
 #include "common/ut/trace.h"
 #include "tests/support/captured.h"
 #include "tests/support/child.h"
@@ -80,7 +81,7 @@ class CatalogQuery : public WithErrorLog {
 TEST_F(CatalogQuery, HandsSqlplusThisScriptAndRemovesIt) {
   sqlplus("ls -l \"$script\" | cut -c1-10 >" + dir_.path("mode") + "; echo piece >" + spool_);
   EXPECT_EQ(0, support::deeper([&] { return query(); }));
-  EXPECT_FALSE(support::inMemory("\"&@;@pr")) << "the script's text";
+  EXPECT_FALSE(support::inMemory("an/pa'ss")) << "the script's text";
   EXPECT_EQ(
       "r\"m'&; an/pa'ss \"&@;@pr;&'\"@d\nspool " + spool_ +
           "\nset term off \nset heading on\nset pagesize 0\nset linesize 80\nset recsep off\n"
@@ -93,7 +94,8 @@ TEST_F(CatalogQuery, HandsSqlplusThisScriptAndRemovesIt) {
   EXPECT_FALSE(dir_.has("SQLIx.sql")) << "it holds a password";
   EXPECT_EQ("", shown_);
   TR_ORCLEVEL2 = 1;  // keeps the files
-  EXPECT_EQ(0, query() | load());
+  EXPECT_EQ(0, query());
+  EXPECT_EQ(0, load());
   TR_ORCLEVEL2 = 0;
   EXPECT_EQ(2, files());
   dir_.write("seen", "not run");
@@ -150,13 +152,11 @@ TEST_F(CatalogQuery, NeverRunsAScriptThatWouldBeCut) {
   sqlplus("echo piece >" + spool_);
   EXPECT_EQ(0, query());
   const std::size_t rest = dir_.read("seen").size() - std::strlen(record_.connString);
-  std::string connect(1024 - rest, 'c');
-  std::snprintf(record_.connString, sizeof record_.connString, "%s", connect.c_str());
+  ASSERT_TRUE(ut::copyText(record_.connString, std::string(1024 - rest, 'c')));
   EXPECT_EQ(0, query());
   EXPECT_EQ(1024u, dir_.read("seen").size());
   std::filesystem::remove(dir_.path("seen"));
-  connect += 'c';
-  std::snprintf(record_.connString, sizeof record_.connString, "%s", connect.c_str());
+  ASSERT_TRUE(ut::copyText(record_.connString, std::string(1025 - rest, 'c')));
   EXPECT_EQ(2533, query());
   expectTold("QRB2640E The SQL script for Catalog 3 ");
   EXPECT_FALSE(dir_.has("seen") || dir_.has("SQLIx.sql"));
@@ -206,11 +206,8 @@ TEST_F(CatalogQuery, RunsSqlplusInEnglishWithoutTheUsersProfileAndInput) {
 }
 
 TEST_F(CatalogQuery, RemovesItsFilesBeforeASignalEndsTheProgram) {
-  for (const auto& [number, kept] : {std::pair(SIGINT, false),
-                                     {SIGQUIT, false},
-                                     {SIGTERM, false},
-                                     {SIGHUP, false},
-                                     {SIGTERM, true}}) {
+  for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, -SIGTERM}) {
+    const bool kept = number < 0;
     dir_.write("SQLIx.sql", "rman/secret");
     dir_.write("SQLOx_3.out", "piece");
     TR_ORCLEVEL2 = kept ? 1 : 0;
@@ -218,9 +215,9 @@ TEST_F(CatalogQuery, RemovesItsFilesBeforeASignalEndsTheProgram) {
         {
           const utility::ExchangeGuard guard(script_.c_str(), spool_.c_str());
           { const utility::ExchangeGuard nested("/nonexistent", "/nonexistent"); }
-          std::raise(number);
+          std::raise(std::abs(number));
         },
-        testing::KilledBySignal(number), "");
+        testing::KilledBySignal(std::abs(number)), "");
     TR_ORCLEVEL2 = 0;
     EXPECT_EQ(kept ? 2 : 0, files()) << number;
   }
@@ -311,10 +308,8 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
   };
   const std::string a(80, 'a'), b(80, 'b'), c = padded("c"), count = "\n1 row selected.\n";
   const std::string accents = times(80, "\xc3\xa9");
-  const struct {
-    std::string spool, counts;   // rows and new handles
-    std::string known, unknown;  // each followed by "|"
-  } rows[] = {
+  // The spool file, its rows and new handles, what is known and what is not, each with "|".
+  const std::array<std::string, 4> rows[] = {
       {"\nSession altered.\n\n  first piece\nsecond,x\n\tthird\nfirst\nSessions\n", "3 2",
        "first|second|second,x|third|Sessions|first piece|", "Session|altered.|piece|x||"},
       {padded("p1") + padded("p2") + padded("p1") + "\n3 rows selected.\n", "3 2", "p1|p2|", ""},
@@ -350,11 +345,11 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
        std::string(512, 'l') + "|" + std::string(88, 'l') + "|", ""},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(0, load(row.spool)) << row.spool << shown_;
-    EXPECT_EQ(row.counts, std::to_string(answer_.rows) + " " + std::to_string(answer_.handles))
-        << row.spool;
+    EXPECT_EQ(0, load(row[0])) << row[0] << shown_;
+    EXPECT_EQ(row[1], std::to_string(answer_.rows) + " " + std::to_string(answer_.handles))
+        << row[0];
     for (const bool known : {true, false}) {
-      std::istringstream handles(known ? row.known : row.unknown);
+      std::istringstream handles(row[known ? 2 : 3]);
       for (std::string handle; std::getline(handles, handle, '|');) {
         EXPECT_EQ(known, holds(handle)) << handle;
       }

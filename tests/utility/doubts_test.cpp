@@ -16,35 +16,28 @@ std::string numbers(const utility::RunRecord& run) {
 }
 
 TEST_F(Doubts, OfTheDatesArise) {
-  const struct {
-    long start, end;  // days from today
-    bool noCatalog, endDateShown;
-    const char* doubts;
-  } rows[] = {
+  // Days from today; no catalog, the end date was shown.
+  const std::tuple<long, long, bool, bool, const char*> rows[] = {
       {-400, -1, false, false, ""},      {-7, -1, true, false, ""},
       {-8, -1, true, false, "2664W "},   {-8, 0, false, false, "2665W "},
       {-8, 300, false, false, "2665W "}, {-8, 0, true, false, "2665W 2664W "},
       {-8, 0, false, true, "2612W "},
   };
   const nfDate today = ut::localNow();
-  for (const auto& row : rows) {
+  for (const auto& [start, end, noCatalog, endDateShown, doubts] : rows) {
     utility::RunRecord run(utility::ListKind::kOrphans);
     support::Captured output;
-    utility::doubtDates(ut::addDays(today, row.start), ut::addDays(today, row.end), row.noCatalog,
-                        row.endDateShown, &run);
-    EXPECT_EQ(row.doubts, numbers(run)) << row.start << " " << row.end;
+    utility::doubtDates(ut::addDays(today, start), ut::addDays(today, end), noCatalog, endDateShown,
+                        &run);
+    EXPECT_EQ(doubts, numbers(run)) << start << " " << end;
     // The default end date's own message has been shown already.
-    EXPECT_EQ(row.endDateShown, output.take().empty() && !run.doubts.empty()) << row.doubts;
+    EXPECT_EQ(endDateShown, output.take().empty() && !run.doubts.empty()) << doubts;
   }
 }
 
 TEST_F(Doubts, OfTheMatchesArise) {
-  const struct {
-    std::uint64_t handles;
-    utility::RangeCounts counts;  // longest, objects, known, foreign known and offered, cut off
-    bool lettersLost;
-    const char* doubts;
-  } rows[] = {
+  // Handles; longest, objects, known, foreign known and offered, cut off; letters were lost.
+  const std::tuple<std::uint64_t, utility::RangeCounts, bool, const char*> rows[] = {
       {9, {5, 0, 0, 0, 0, 0}, true, ""},
       {0, {0, 9, 0, 0, 9, 0}, true, ""},
       {9, {5, 9, 0, 0, 9, 9}, true, "2661W "},
@@ -53,12 +46,12 @@ TEST_F(Doubts, OfTheMatchesArise) {
       {9, {5, 9, 1, 1, 1, 0}, false, ""},
       {9, {5, 9, 1, 1, 1, 0}, true, "2663W "},
   };
-  for (const auto& row : rows) {
+  for (const auto& [handles, counts, lettersLost, doubts] : rows) {
     utility::RunRecord run(utility::ListKind::kOrphans);
-    run.handles = row.handles;
+    run.handles = handles;
     const support::Captured output;
-    utility::doubtMatches(row.counts, row.lettersLost, &run);
-    EXPECT_EQ(row.doubts, numbers(run)) << row.counts.known << " " << row.lettersLost;
+    utility::doubtMatches(counts, lettersLost, &run);
+    EXPECT_EQ(doubts, numbers(run)) << counts.known << " " << lettersLost;
   }
 }
 

@@ -56,7 +56,7 @@ std::vector<Step> started() {
             put(info.owner, "DBA");
           }),
           Step("vltBeginQuery", "7 1 '/fs' '/*' '/*' owner='DBA'")
-              .look<VltQueryBackup>([](const VltQueryBackup& query) {
+              .fill<const VltQueryBackup>([](const VltQueryBackup& query) {
                 EXPECT_EQ(2, query.structVersion);
                 EXPECT_EQ(VLT_STATE_ACTIVE, query.objState);
                 const VltDate& end = query.pitDate;
@@ -204,7 +204,7 @@ TEST(Totals, StopAtTheLargestSizeAndAtNone) {
   total.add(small);
   EXPECT_EQ(~0ull, total.bytes);
   for (const utZylObj_s& object : {small, large}) total.remove(object);
-  EXPECT_EQ(0u, total.bytes + total.count);
+  EXPECT_EQ(std::pair(0ul, 0ul), std::pair(total.bytes, total.count));
 }
 
 TEST_F(FileList, OffersDefaultDatesInEveryFormat) {
@@ -220,10 +220,8 @@ TEST_F(FileList, OffersDefaultDatesInEveryFormat) {
 }
 
 TEST_F(FileList, AsksForDatesUntilTheRangeIsValid) {
-  const struct {
-    const char *answers, *range;  // without an end: until today
-    int usedDefault;
-  } rows[] = {
+  // Without an end in the range: until today.
+  const std::tuple<const char*, const char*, int> rows[] = {
       {"", "01/01/1990", 1},
       {"03/07/2026\n3/7/2026\n", "03/07/2026 03/07/2026", 0},
       {"x\n02/30/2026\n03/07/2026\n03/31/2026x\n03/31/2026\n", "03/07/2026 03/31/2026", 0},
@@ -234,17 +232,16 @@ TEST_F(FileList, AsksForDatesUntilTheRangeIsValid) {
       // The default end was used once: the flag is kept, whatever is answered later.
       {"12/31/9999\n\n03/01/2026\n03/06/2026\n", "03/01/2026 03/06/2026", 1},
   };
-  for (const auto& row : rows) {
-    support::FedInput input(row.answers);
-    support::Captured output;
+  for (const auto& [answers, wanted, wantedDefault] : rows) {
+    support::FedInput input(answers);
+    const support::Captured output;
     nfDate start = {}, end = {};
     int usedDefault = 0;
     utGetDates(&start, &end, usedDefault);
-    output.take();
     const std::string range =
         std::string(ut::formatDate(start).text) + " " + ut::formatDate(end).text;
-    EXPECT_TRUE(range.starts_with(row.range)) << row.answers << range;
-    EXPECT_EQ(row.usedDefault, usedDefault) << row.answers;
+    EXPECT_TRUE(range.starts_with(wanted)) << answers << range;
+    EXPECT_EQ(wantedDefault, usedDefault) << answers;
   }
 }
 
