@@ -44,16 +44,6 @@ exec {idle}<> <(:)
 pause() { read -rt "$(printf '%d.%06d' $(($1 / 1000000)) $(($1 % 1000000)))" -u "$idle" || true; }
 microseconds() { echo "${EPOCHREALTIME/[.,]/}"; }
 
-# Waits until a command succeeds; fails after 60 seconds.
-await() {
-  local begin
-  begin=$(microseconds)
-  until "$@" 2>/dev/null; do
-    pause 2000
-    (($(microseconds) - begin < 60000000)) || fail "waited 60 s for: $*"
-  done
-}
-
 # The answers that delete entries $1 to $2 of the list.
 answers() { printf '%s\n' "" +0 "$1:$2+" O y q; }
 
