@@ -9,22 +9,29 @@ rounds=$1
 # shellcheck source=tests/soak/site.sh
 source "$(dirname "$(readlink -f "$0")")/site.sh" "$2"
 
+# What a program reads: the answers up to the list, and when both show it, those that delete entries $1
+# to $2.
+feed() {
+  printf '\n+0\n'
+  until (($(cat "$site"/screen.* | grep -c 'Command ==>') >= 2)); do pause 2000; done
+  pause $((RANDOM % 4 * RANDOM / 4))
+  printf '%s\n' "$1:$2+" O y q
+}
+
 declare -A outcomes
 for ((round = 1; round <= rounds; round++)); do
   restore
   # Often the same entries, so that both programs delete the same objects at the same time.
   from=(0 301 $((301 + RANDOM % 3 * RANDOM % 600)))
   to=(0 $((from[1] + 700)) $((from[2] + 700)))
+  rm -f "$site"/screen.*
   for p in 1 2; do
-    # Time to list the objects: both show the same list before one deletes.
-    vexosync delete >"$site/screen.$p" 2>&1 < <(printf '\n+0\n'; pause $((500000 + RANDOM % 4 * RANDOM / 4))
-      printf '%s\n' "${from[p]}:${to[p]}+" O y q) &
+    vexosync delete >"$site/screen.$p" 2>&1 < <(feed "${from[p]}" "${to[p]}") &
     pid[p]=$!
   done
   for p in 1 2; do
     status[p]=0
     wait "${pid[p]}" || status[p]=$?
-    grep -q "all 2,000 of these dates" "$site/screen.$p" || fail "program $p did not list all objects"
   done
   [[ ${status[*]} =~ ^(44|2)\ (44|2)$ ]] || fail "ended with ${status[*]}"
   zylstore list | cut -f1 >"$site/after"
