@@ -93,6 +93,9 @@ TEST_F(CommandLine, GivesAResultForEveryLine) {
         {"sync -numcat=2 -numorcinst=2", 4, "-numorcinst=2"},
         {"password -vexo_optfile=a.opt abc xyz", 13, "(not shown)"},
         {"password abc xyz -vexo_optfile=a.opt", 0, ""},
+        {"password abc xyz -bad", 4, "(not shown)"},
+        {"synx", 1, ""},
+        {"", 12, ""},
         {"query " + longest, 0, ""},
         {"query " + longest + "x", 4, longest.substr(0, 255)}}) {
     const Parsed parsed = parse(line);
@@ -112,6 +115,7 @@ TEST_F(CommandLine, HasAMessageForEveryResult) {
   for (const auto& [result, begin, end] :
        {std::tuple(7, "\nQRB0102E ", "\nD\n\n"),
         {4, "\nQRB0103E The option -o ", "\nD\n\n"},
+        {12, "\nQRB0100E ", ".\n\n"},
         {13, "\nQRB0105E The option -o ", ".\n\n"},
         {610, "\nQRB2690E ", "(code 610). Install it again.\n\n"},
         {1702, "\nQRB2690E ", "(code 1702). Install it again.\n\n"}}) {
