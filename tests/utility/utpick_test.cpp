@@ -98,8 +98,8 @@ TEST_F(PickList, AppliesEveryFormOfAnswer) {
     Objects list(9);
     utility::PickTotal picked;  // as the answers keep it
     ProcessAnswer(&list, before, 9, &picked);
-    const string trace =
-        support::traced("ORCLEVEL0", [&] { ProcessAnswer(&list, answer, 9, &picked); });
+    const string trace = support::traced(
+        "ORCLEVEL0", [&, typed = answer] { ProcessAnswer(&list, typed, 9, &picked); });
     EXPECT_EQ(after, list.picks()) << answer;
     const utility::ObjectTotal counted = utility::summarizePicks(list).total;
     EXPECT_TRUE(counted.count == picked.total.count && counted.bytes == picked.total.bytes)
