@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <initializer_list>
 #include <sstream>
 #include <string>
@@ -94,8 +95,13 @@ TEST_F(Dates, TimesAndNumbersAreShownInTheRunsFormat) {
   }
   const std::string limits = std::string(ut::formatSize(1023).text) + "|" +
                              ut::formatSize(1048575).text + "|" + ut::formatSize(~0ull).text + "|" +
-                             ut::formatNumber(~0ull).text;
-  EXPECT_EQ("1,023 B|1,023.99 KB|15.99 EB|18,446,744,073,709,551,615", limits);
+                             ut::formatNumber(~0ull).text + "|" + ut::formatNumber(123456).text;
+  ut::setRunFormats({6, 5, -1});  // no such numbers
+  char today[16];
+  const std::time_t now = std::time(nullptr);
+  std::strftime(today, sizeof today, "%m/%d/%Y", std::localtime(&now));
+  EXPECT_STREQ(today, ut::formatDate(ut::localNow()).text);
+  EXPECT_EQ("1,023 B|1,023.99 KB|15.99 EB|18,446,744,073,709,551,615|123,456", limits);
 }
 
 }  // namespace

@@ -22,13 +22,15 @@ using support::Captured;
 TEST(MessageText, TakesItsInsertsOrIsRefused) {
   const std::vector<Insert> all = {"%n%s", 'c', -42, UINT64_MAX, INT64_MIN, "not an insert"};
   const std::span<const Insert> inserts = std::span(all).first(5);
-  for (const auto& [text, expected] : {std::pair("", ""),
-                                       {"100%% %s", "100% %n%s"},
-                                       {"%2$c then %1$s", "c then %n%s"},
-                                       {"<%1$5s|%1$-5s|%1$.2s|%1$3.1s>", "< %n%s|%n%s |%n|  %>"},
-                                       {"%3$05d %3$-4d| %3$hhi", "-0042 -42 | -42"},
-                                       {"%4$lu", "18446744073709551615"},
-                                       {"%5$d", "-9223372036854775808"}}) {
+  for (const auto& [text, expected] :
+       {std::pair("", ""),
+        {"100%% %s", "100% %n%s"},
+        {"%2$c then %1$s", "c then %n%s"},
+        {"<%1$5s|%1$-5s|%1$.2s|%1$3.1s>", "< %n%s|%n%s |%n|  %>"},
+        {"%3$05d %3$-4d| %3$hhi", "-0042 -42 | -42"},
+        {"%4$lu", "18446744073709551615"},
+        {"%4$#x %4$#X %4$X", "0xffffffffffffffff 0XFFFFFFFFFFFFFFFF FFFFFFFFFFFFFFFF"},
+        {"%5$d", "-9223372036854775808"}}) {
     std::string out = "kept ";
     EXPECT_TRUE(nls::render(text, inserts, out)) << text;
     EXPECT_EQ(std::string("kept ") + expected, out);
@@ -85,6 +87,8 @@ TEST_F(Messages, AreShownByTheirLetterAndReportedWhenDamaged) {
     nlprintf(nls::Message<'s'>(number), "x");
     EXPECT_EQ(text + (number == 12 ? "" : "\n"), out.take());
   }
+  EXPECT_EQ("QRB0020E Message not found in the message catalog: x, y, 7",
+            nlsprintf(nls::Message<'s', 'c', 'd'>(20), "x", 'y', 7));
 }
 
 TEST_F(Messages, ComeFromTheDefaultCatalogWhenTheWantedOneIsMissing) {

@@ -144,7 +144,7 @@ TEST_F(Run, ShowsItsListOnATerminalThatHasRoomForIt) {
     if (dashes > 0) answer("Command ==>", "q");
     ends(300);
     EXPECT_EQ(dashes > 0 ? 1 : 0, count("        " + string(dashes, '-') + "\r\n"));
-    EXPECT_EQ(dashes > 0 ? 0 : 1, count("QRB2530E"));
+    EXPECT_EQ(dashes > 0 ? 0 : 1, count("QRB2530E The\r\n")) << "wrapped";
     EXPECT_EQ(dashes > 0 ? 2 : 1, count("\x1b[H\x1b[J")) << "cleared at the start, and for a page";
   }
 }

@@ -6,6 +6,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <tuple>
 
 #include "common/ut/psmem.h"
 #include "common/ut/sanitized.h"
@@ -70,28 +71,24 @@ TEST(BPlusTree, ComparesCopiesAndAllocatesExactlyAsOftenAsEver) {
     ++copied;
     return utInsertFilename(from, to);
   };
-  const struct {
-    int first, step;
-    long insertCompares, copies;
-    std::size_t blocks;
-    long searchCompares;
-  } rows[] = {{0, 1, 342092, 34952, 39944, 189992},
-              {9999, 9999, 60903, 69919, 69927, 191228},
-              {0, 7919, 181769, 51409, 52187, 198921}};
-  for (const auto& row : rows) {
-    const auto name = [&](int i) {
-      return "piece_" + std::to_string(10000 + (row.first + i * row.step) % 10000);
+  // The order of the names, comparisons, copies, blocks, and the comparisons of a search for each.
+  for (const auto& [first, step, insertions, copies, blocks, searches] :
+       {std::tuple(0, 1, 342092, 34952, 39944u, 189992),
+        {9999, 9999, 60903, 69919, 69927, 191228},
+        {0, 7919, 181769, 51409, 52187, 198921}}) {
+    const auto name = [start = first, by = step](int i) {
+      return "piece_" + std::to_string(10000 + (start + i * by) % 10000);
     };
     dsBPlusTree tree;
     compared = copied = 0;
     const std::size_t taken = ut::trackedMemory().taken;
     for (int i = 0; i < 10000; ++i) ASSERT_EQ(kTreeStored, insert(tree, name(i), copy, compare));
-    EXPECT_EQ(row.insertCompares, compared) << row.step;
-    EXPECT_EQ(row.copies, copied) << row.step;
-    EXPECT_EQ(row.blocks, ut::trackedMemory().taken - taken) << row.step;
+    EXPECT_EQ(insertions, compared) << step;
+    EXPECT_EQ(copies, copied) << step;
+    EXPECT_EQ(blocks, ut::trackedMemory().taken - taken) << step;
     compared = 0;
     for (int i = 0; i < 10000; ++i) ASSERT_NE(nullptr, find(tree, name(i), compare));
-    EXPECT_EQ(row.searchCompares, compared) << row.step;
+    EXPECT_EQ(searches, compared) << step;
   }
 }
 

@@ -118,6 +118,7 @@ TEST_F(Deletion, SaysWhatIsAboutToHappen) {
     EXPECT_EQ(0u, shown_.find("\nQRB2580W ")) << shown_;
     EXPECT_NE(std::string::npos, shown_.find(shown)) << shown_;
     EXPECT_EQ(std::string::npos, shown_.find(notShown)) << shown_;
+    EXPECT_NE(std::string::npos, shown_.find("\n\nDo you want")) << shown_;
   }
 }
 

@@ -77,6 +77,10 @@ TEST_F(Limits, EndWithTheNamedCodeAndDamageNoExistingFile) {
   EXPECT_EQ("before\n", dir_.read("vexoerror.log"));
   EXPECT_FALSE(std::filesystem::exists(script));
   EXPECT_EQ(0, load()) << "with the limits gone";
+  EXPECT_FALSE(dir_.has("SQLO_1.out.room")) << "which tests whether there is room";
+  dir_.write("SQLO_1.out", "piece\n");
+  dir_.write("SQLO_1.out.room/in the way", "");
+  EXPECT_EQ(2533, load());
 }
 
 }  // namespace

@@ -111,14 +111,10 @@ class PlainLibrary : public DVltApi {
       *handle = 7;
       return kDone;
     };
-    m_fnvltTerminateP = [](std::uint32_t) {
-      server.loggedOn = false;
-      return kDone;
-    };
+    m_fnvltTerminateP = [](std::uint32_t) { return server.loggedOn = false, kDone; };
     m_fnvltQuerySessOptionsP = succeeds;
     m_fnvltQuerySessInfoP = [](std::uint32_t, VltSessInfo* info) {
-      info->maxObjPerTxn = 4;
-      return kDone;
+      return info->maxObjPerTxn = 4, kDone;
     };
     m_fnvltBeginQueryP = succeeds;
     m_fnvltEndQueryP = succeeds;
@@ -132,8 +128,7 @@ class PlainLibrary : public DVltApi {
       return VLT_RC_MORE_DATA;
     };
     m_fnvltBeginTxnP = [](std::uint32_t) {
-      EXPECT_FALSE(server.inTransaction);
-      server.inTransaction = true;
+      EXPECT_FALSE(std::exchange(server.inTransaction, true));
       return kDone;
     };
     m_fnvltDeleteObjP = [](std::uint32_t, std::uint8_t, const VltDelInfo* info) -> std::int16_t {
@@ -217,48 +212,41 @@ TEST_F(OutOfMemory, EndsTheRunInOrderOrIsSurvived) {
   PlainLibrary library;
   support::ScopedEnv temporary("TMPDIR", dir_.path().c_str());
   TEST_ENABLESCRIPTINPUT = 1;
+  const auto run = [](long n, const vexoCommandsInfo_t& commands) {
+    server = {};
+    std::fill(std::begin(server.there), std::end(server.there), true);
+    orcObj_t orc = {};
+    orc.bUsePwGenerate = 1;
+    vexoOptionsInfo_t options = {};
+    support::FedInput input("\n+0\nrman\nrman\nprod\n11:30+\n1 2\nO\ny\nq\n");
+    support::Captured output;
+    struck = false;
+    countdown = n;
+    const unsigned short rc = vexoProcessCommand(&orc, options, commands);
+    countdown = -1;
+    return rc;
+  };
+  EXPECT_EQ(65535, run(-1, {})) << "of a command that it does not know";
+  vexoCommandsInfo_t commands = {};
+  commands.syncdb = 1;
   std::set<int> seen;
   for (const bool single : {true, false}) {
-    for (long n = 1;; ++n) {
-      server = {};
-      std::fill(std::begin(server.there), std::end(server.there), true);
-      orcObj_t orc = {};
-      orc.bUsePwGenerate = 1;
-      vexoOptionsInfo_t options = {};
-      vexoCommandsInfo_t commands = {};
-      commands.syncdb = 1;
-      support::FedInput input("\n+0\nrman\nrman\nprod\n11:30+\n1 2\nO\ny\nq\n");
-      support::Captured output;
-      onlyOne = single;
-      struck = false;
-      countdown = n;
-      const unsigned short rc = vexoProcessCommand(&orc, options, commands);
-      countdown = -1;
-      output.take();
+    onlyOne = single;
+    struck = true;
+    for (long n = 1; struck; ++n) {
+      seen.insert(run(n, commands));
       const std::string where = std::to_string(n) + (single ? " alone" : " and all after it");
-      ASSERT_FALSE(server.inTransaction) << where;
-      ASSERT_FALSE(server.loggedOn) << where;
+      ASSERT_FALSE(server.inTransaction || server.loggedOn) << where;
       int gone = 0;
       for (int i = 0; i < kObjects; ++i) {
-        if (server.there[i]) continue;
-        ++gone;
-        ASSERT_TRUE(i < 2 || i >= 10) << where << ": " << i << " was not picked";
+        gone += server.there[i] ? 0 : 1;
+        ASSERT_TRUE(server.there[i] || i < 2 || i >= 10) << where << ": " << i << " was not picked";
       }
       ASSERT_EQ(0, gone % 3) << where << ": whole transactions";
-      seen.insert(rc);
-      if (!struck) break;
       ASSERT_LT(n, 5000) << "there is no end";
     }
     EXPECT_EQ(1u, seen.erase(VLT_RC_NO_MATCH))
         << "survived: the run got as far as the failed deletion";
-  }
-  {
-    support::FedInput input("");
-    support::Captured output;
-    orcObj_t orc = {};
-    orc.bUsePwGenerate = 1;
-    vexoOptionsInfo_t options = {};
-    EXPECT_EQ(65535, vexoProcessCommand(&orc, options, {})) << "it is none of the commands";
   }
   TEST_ENABLESCRIPTINPUT = 0;
   // The tree, the list, anything else, no temporary name, no room beside the spool file; and a list

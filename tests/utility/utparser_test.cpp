@@ -47,75 +47,67 @@ class CommandLine : public WithMessages {
   }
 };
 
+// Each command, its flag, and which of the options it takes.
 TEST_F(CommandLine, TakesEachWordFromItsShortestFormOnAndEachOptionWhereItBelongs) {
   using Flags = vexoCommandsInfo_t;
-  const struct {
-    const char* word;
-    std::uint32_t Flags::*flag;
-    const char* takes;  // these of the options
-  } rows[] = {
-      {"SHOWENVironment", &Flags::showEnvironment, "++---"},
-      {"SHOWCLIOPtions", &Flags::showCliOptions, "++---"},
-      {"SHOWSESSOPtions", &Flags::showSessOptions, "++---"},
-      {"SHOWSESSINFO", &Flags::showSessInfo, "++---"},
-      {"SHOWVERsions", &Flags::showVersions, "++---"},
-      {"PASSWord", &Flags::password, "+----"},
-      {"SYNCdb", &Flags::syncdb, "+-+++"},
-      {"DELETE", &Flags::deleteObj, "+----"},
-      {"Query", &Flags::query, "+----"},
-      {"HELP", &Flags::help, "-----"},
-  };
-  const std::pair<const char*, const char*> options[] = {{"-VEXO_OPTfile", "=f"},
+  const std::pair<std::string, const char*> options[] = {{"-VEXO_OPTfile", "=f"},
                                                          {"-OUTfile", "=f"},
                                                          {"-NUMCATalogs", "=2"},
                                                          {"-NOCATalog", ""},
                                                          {"-NUMORCINSTances", "=2"}};
-  for (const auto& [word, flag, takes] : rows) {
-    expectForms("", word, "", 1);
-    EXPECT_EQ(1u, parse(word).commands.*flag) << word;
-    for (std::size_t i = 0; i < std::size(options); ++i) {
-      const auto& [option, value] = options[i];
-      const unsigned short rc = parse(word + (" " + std::string(option)) + value).rc;
-      EXPECT_EQ(takes[i] == '+' ? 0 : 4, rc) << word << " " << option;
+  for (const auto& [command, flag, takes] :
+       {std::tuple(std::string("SHOWENVironment"), &Flags::showEnvironment, "++---"),
+        {"SHOWCLIOPtions", &Flags::showCliOptions, "++---"},
+        {"SHOWSESSOPtions", &Flags::showSessOptions, "++---"},
+        {"SHOWSESSINFO", &Flags::showSessInfo, "++---"},
+        {"SHOWVERsions", &Flags::showVersions, "++---"},
+        {"PASSWord", &Flags::password, "+----"},
+        {"SYNCdb", &Flags::syncdb, "+-+++"},
+        {"DELETE", &Flags::deleteObj, "+----"},
+        {"Query", &Flags::query, "+----"},
+        {"HELP", &Flags::help, "-----"}}) {
+    expectForms("", command, "", 1);
+    EXPECT_EQ(1u, parse(command).commands.*flag) << command;
+    for (const char* taken = takes; const auto& [option, value] : options) {
+      const unsigned short rc = *taken++ == '+' ? 0 : 4;
+      EXPECT_EQ(rc, parse(command + " " + option + value).rc) << command << option;
     }
   }
   for (const auto& [option, value] : options) {
-    expectForms(std::string(option) == "-OUTfile" ? "showver " : "sync ", option, value, 4);
+    expectForms(option == "-OUTfile" ? "showver " : "sync ", option, value, 4);
   }
 }
 
+// A line, its result, and as much as is kept of the argument that is refused.
 TEST_F(CommandLine, GivesAResultForEveryLine) {
   const std::string longest = "-vexo_opt=" + std::string(1024, 'x');
-  const struct {
-    std::string line;
-    unsigned short rc;
-    std::string refused = "";  // as much of it as is kept
-  } rows[] = {
-      {"sync -numcat=10", 14, "-numcat=10"},
-      {"sync -numcat=2147483648", 14, "-numcat=2147483648"},
-      {"sync -numcat=99999999999999999999", 14, "-numcat=99999999999999999999"},
-      {"sync -numcat=", 13, "-numcat="},
-      {"sync -numcat=2 -nocat -bad", 4, "-nocat"},
-      {"sync -nocat -numcat=2", 4, "-numcat=2"},
-      {"sync -nocat=whatever -numorcinst=2", 0},
-      {"sync -numorcinst=2 -numcat=2", 4, "-numcat=2"},
-      {"sync -numcat=2 -numorcinst=2", 4, "-numorcinst=2"},
-      {"password -vexo_optfile=a.opt abc xyz", 13, "(not shown)"},
-      {"password abc xyz -vexo_optfile=a.opt", 0},
-      {"query " + longest, 0},
-      {"query " + longest + "x", 4, longest.substr(0, 255)},
-  };
-  for (const auto& row : rows) {
-    const Parsed parsed = parse(row.line);
-    EXPECT_EQ(row.rc, parsed.rc) << row.line;
-    EXPECT_EQ(row.refused, parsed.options.refused) << row.line;
-    EXPECT_TRUE(row.rc == 0 || parsed.commands.help == 1) << row.line;
+  for (const auto& [line, rc, refused] :
+       {std::tuple(std::string("sync -numcat=10"), 14, std::string("-numcat=10")),
+        {"sync -numcat=2147483648", 14, "-numcat=2147483648"},
+        {"sync -numcat=99999999999999999999", 14, "-numcat=99999999999999999999"},
+        {"sync -numcat=", 13, "-numcat="},
+        {"sync -numcat=2 -nocat -bad", 4, "-nocat"},
+        {"sync -nocat -numcat=2", 4, "-numcat=2"},
+        {"sync -nocat=whatever -numorcinst=2", 0, ""},
+        {"sync -numorcinst=2 -numcat=2", 4, "-numcat=2"},
+        {"sync -numcat=2 -numorcinst=2", 4, "-numorcinst=2"},
+        {"password -vexo_optfile=a.opt abc xyz", 13, "(not shown)"},
+        {"password abc xyz -vexo_optfile=a.opt", 0, ""},
+        {"password abc xyz -bad", 4, "(not shown)"},
+        {"synx", 1, ""},
+        {"", 12, ""},
+        {"query " + longest, 0, ""},
+        {"query " + longest + "x", 4, longest.substr(0, 255)}}) {
+    const Parsed parsed = parse(line);
+    EXPECT_EQ(rc, parsed.rc) << line;
+    EXPECT_EQ(refused, parsed.options.refused) << line;
+    EXPECT_TRUE(rc == 0 || parsed.commands.help == 1) << line;
   }
   EXPECT_STREQ("/a/B=c.opt", parse("query -vexo_opt=/a/B=c.opt").options.optFile);
   EXPECT_STREQ("o", parse("showver -out=o").options.outFile);
-  const vexoOptionsInfo_t two = parse("sync -nocat -numorcinst=25").options;
-  EXPECT_TRUE(two.numOrcInstances == 25 && two.noCatalog == 1);
-  EXPECT_EQ(1999999999, parse("sync -numcat=1999999999").options.numCatalogs);
+  const vexoOptionsInfo_t two = parse("sync -nocat -numorcinst=1999999999").options;
+  EXPECT_TRUE(two.numOrcInstances == 1999999999 && two.noCatalog == 1);
+  EXPECT_EQ(25, parse("sync -numcat=25").options.numCatalogs);
 }
 
 // The result, and what is said of it; "D" is the command and "-o" the option that was refused.
@@ -123,6 +115,7 @@ TEST_F(CommandLine, HasAMessageForEveryResult) {
   for (const auto& [result, begin, end] :
        {std::tuple(7, "\nQRB0102E ", "\nD\n\n"),
         {4, "\nQRB0103E The option -o ", "\nD\n\n"},
+        {12, "\nQRB0100E ", ".\n\n"},
         {13, "\nQRB0105E The option -o ", ".\n\n"},
         {610, "\nQRB2690E ", "(code 610). Install it again.\n\n"},
         {1702, "\nQRB2690E ", "(code 1702). Install it again.\n\n"}}) {
