@@ -32,6 +32,7 @@ TEST_F(Run, SaysWhatIsWrongWithACommandLineAfterTheHelp) {
   for (const auto& [arguments, code, message] :
        {tuple("", 12, "QRB0100E"),
         {"synx", 1, "QRB0102E"},
+        {"--version -h", 1, "QRB0102E"},
         {"delete -out=x\x1b", 4, "QRB0103E The option -out=x? is"},
         {"syncdb -numcat", 13, "QRB0105E The option -numcat has"},
         {"syncdb -nocat -numorcinst=10", 14, "QRB2622E The number in the option -numorcinst=10 "},
@@ -71,8 +72,24 @@ TEST_F(Run, EndsIfAFileIsMissingOrDoesNotFit) {
     run({"syncdb", argument});
     ends(2534);
     EXPECT_TRUE(showed("QRB2615E The options file " + dir_.path("absent.opt")));
-    EXPECT_TRUE(showed("QRB2534E") && !showed("QRB0103E"));
+    EXPECT_TRUE(showed("QRB2534E") && !showed("QRB0103E") && !showed("QRB2699I"));
     EXPECT_EQ(help, showed("Usage: vexosync"));
+  }
+  // What a user tries first, without options file and library.
+  settings_.unset.push_back("VEXO_OPTFILE");
+  settings_.environment.erase("VEXO_OPTFILE");
+  settings_.columns = 240;
+  const string agent = BUILD_DIRECTORY "/client/oracle/bin64/vexo.opt";
+  for (const auto& [arguments, code, text] :
+       {tuple("--version", 0, string("vexosync 8.1.13.0")),
+        {"--version >/dev/full; echo = $?", 0, "= 255"},
+        {"--help", 0, "Usage: vexosync"},
+        {"-h", 0, "Usage: vexosync"},
+        {"help", 2534, "QRB2699I The options file is looked for as " + agent + ", unless"},
+        {"query", 2534, "  cp " + agent + ".sample " + agent + "\r\n"}}) {
+    shell(string("vexosync ") + arguments);
+    ends(code);
+    EXPECT_TRUE(showed(text)) << arguments << terminal_->transcript();
   }
 }
 
