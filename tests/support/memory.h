@@ -3,8 +3,13 @@
 #define TESTS_SUPPORT_MEMORY_H
 
 #include <fcntl.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <fstream>
+#include <string>
+#include <string_view>
 
 namespace support {
 
@@ -17,13 +22,15 @@ inline bool inMemory(std::string_view text) {
   const int memory = ::open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
   std::ifstream maps("/proc/self/maps");
   for (std::string line; !found && std::getline(maps, line);) {
-    unsigned long at = 0, end = 0;
+    unsigned long long at = 0, end = 0;
     char mode[5] = "";
-    std::sscanf(line.c_str(), "%lx-%lx %4s", &at, &end, mode);
-    if (mode[1] != 'w' || end - at > 1ul << 30) continue;
+    std::sscanf(line.c_str(), "%llx-%llx %4s", &at, &end, mode);
+    if (mode[1] != 'w' || end - at > 1ull << 30) continue;
     for (; !found && at < end; at += sizeof part - text.size()) {
       const ssize_t got =
-          ::pread(memory, part, std::min(sizeof part, end - at), static_cast<off_t>(at));
+          ::pread(memory, part,
+                  static_cast<std::size_t>(std::min<unsigned long long>(sizeof part, end - at)),
+                  static_cast<off_t>(at));
       found = got > 0 && std::string_view(part, static_cast<std::size_t>(got)).find(text) !=
                              std::string_view::npos;
     }

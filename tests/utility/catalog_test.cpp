@@ -368,7 +368,8 @@ TEST_F(CatalogQuery, KeepsWhatTheAnswersOfAllCatalogsWereLike) {
          {std::string(80, 'f') + "\nlost" + sign + "\n", std::string("x\n")}) {
       dir_.write("SQLOx_3.out", spool);
       EXPECT_EQ(0, utility::takeAnswer(record_, spool_.c_str(), &tree, &knowledge, &run));
-      EXPECT_EQ(std::pair(85ul, true), std::pair(knowledge.longestHandle, knowledge.lettersLost))
+      EXPECT_EQ(std::pair(std::size_t{85}, true),
+                std::pair(knowledge.longestHandle, knowledge.lettersLost))
           << sign;
     }
   }

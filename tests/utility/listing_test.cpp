@@ -204,7 +204,7 @@ TEST(Totals, StopAtTheLargestSizeAndAtNone) {
   total.add(small);
   EXPECT_EQ(~0ull, total.bytes);
   for (const utZylObj_s& object : {small, large}) total.remove(object);
-  EXPECT_EQ(std::pair(0ul, 0ul), std::pair(total.bytes, total.count));
+  EXPECT_EQ(std::pair(std::uint64_t{0}, std::uint64_t{0}), std::pair(total.bytes, total.count));
 }
 
 TEST_F(FileList, OffersDefaultDatesInEveryFormat) {
