@@ -9,5 +9,5 @@ void fuzz::check(const std::string& input, char* text) {
   trace.trEnable(text, false);
   hold(std::strcmp(input.c_str(), text) == 0, "a list is only read");
   const std::string unknown = ut::unknownTraceWords(text);
-  hold(ut::unknownTraceWords(unknown.c_str()) == unknown, "unknown words stay unknown");
+  hold(unknown.size() <= input.size(), "unknown words are words of the list");
 }
