@@ -53,7 +53,8 @@ TEST_F(ErrorLog, KeepsLinesWholeAcrossProcesses) {
     }
     ::_exit(0);
   }
-  while (::wait(nullptr) > 0) continue;
+  while (::wait(nullptr) > 0) {
+  }
   std::map<std::string, int> counts, wanted = {{"torn", 1}};
   for (char name = 'a'; name < 'a' + kProcesses; ++name) wanted[textOf(name)] = kLines;
   std::istringstream text(log());

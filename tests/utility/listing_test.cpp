@@ -203,7 +203,7 @@ TEST(Totals, StopAtTheLargestSizeAndAtNone) {
   total.add(large);
   total.add(small);
   EXPECT_EQ(~0ull, total.bytes);
-  for (const utZylObj_s& object : {small, large}) total.remove(object);
+  for (const utZylObj_s& removed : {small, large}) total.remove(removed);
   EXPECT_EQ(std::pair(std::uint64_t{0}, std::uint64_t{0}), std::pair(total.bytes, total.count));
 }
 

@@ -255,10 +255,11 @@ TEST_F(OutOfMemory, EndsTheRunInOrderOrIsSurvived) {
 }
 
 // The status of the whole program if the n-th allocation fails; -1 if it does not take so many.
-int statusOf(std::string command, std::string option, long n) {
+int statusOf(const std::string& command, const std::string& option, long n) {
   const pid_t child = ::fork();
   if (child == 0) {
-    char* arguments[] = {command.data(), command.data(), option.data(), nullptr};
+    std::string words[] = {command, option};  // the parser changes them
+    char* arguments[] = {words[0].data(), words[0].data(), words[1].data(), nullptr};
     destroyNlsGlobalObject();
     countdown = n;
     const int rc = vexosyncMain(3, arguments);
