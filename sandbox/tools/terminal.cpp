@@ -32,9 +32,9 @@ constexpr Timeout kGrace{50};
 
 // A limit, on this machine.
 Timeout patient(Timeout limit) {
-  static const int factor = [] {
+  static const long factor = [] {
     const char* text = std::getenv("VEXO_TEST_PATIENCE");
-    return text != nullptr ? std::max(1, std::atoi(text)) : 1;
+    return text != nullptr ? std::max(1L, std::strtol(text, nullptr, 10)) : 1L;
   }();
   return limit * factor;
 }
