@@ -161,12 +161,12 @@ TEST_F(Start, TracesEachOptionUnderItsName) {
 TEST_F(Start, NamesTheUserAndTheHost) {
   for (const auto& [user, name] : {std::pair(0, ""), {65534, "nobody"}, {4321, ""}}) {
     if (::getuid() != 0) GTEST_SKIP() << "needs root";
-    support::inChild([user = user, name = name] {
-      ASSERT_EQ(0, ::setuid(static_cast<uid_t>(user)));
+    support::inChild([id = user, wanted = name] {
+      ASSERT_EQ(0, ::setuid(static_cast<uid_t>(id)));
       char text[65] = "?";
       EXPECT_EQ(0, psvexoGetOwnerName(text, sizeof text));
-      EXPECT_STREQ(name, text);
-      EXPECT_EQ(*name == '\0' ? 0 : api::kPathTooLong, psvexoGetOwnerName(text, 6));
+      EXPECT_STREQ(wanted, text);
+      EXPECT_EQ(*wanted == '\0' ? 0 : api::kPathTooLong, psvexoGetOwnerName(text, 6));
       EXPECT_STREQ("", text);
     });
   }

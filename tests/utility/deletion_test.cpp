@@ -186,8 +186,8 @@ TEST_F(Deletion, RecordsEveryObjectBeforeItsTransactionEndsAndTheEndAfterIt) {
     api.add({Step("vltDeleteObj", "7 2 id=2", deleteRc)});
     if (fails) api.add({Step("vltRCMsg", "7 54").text("no")});
     api.add({Step("vltEndTxn", fails ? "7 2" : "7 1", endRc)
-                 .fill<std::uint16_t>([&, why = why](std::uint16_t& reason) {
-                   reason = static_cast<std::uint16_t>(why);
+                 .fill<std::uint16_t>([&, code = why](std::uint16_t& reason) {
+                   reason = static_cast<std::uint16_t>(code);
                    beforeCommit = dir_.read("vexodeleted.log");
                  })});
     if (endRc != 0 || why != 0) api.add({Step("vltRCMsg")});
