@@ -39,16 +39,17 @@ class Password : public Site {
     change(old + " " + fresh);
     changed(rc);
   }
-  void logsOn(const char* user = "root") {
-    shell("exec setpriv --reuid " + std::string(user) + " vexosync query");
+  // `as` runs a command as another user, which only root can do.
+  void logsOn(const std::string& as = "") {
+    shell("exec " + as + "vexosync query");
     dates();
     ends(0);
   }
   // As root, and as another user unless the build is in a directory that only root may enter.
   void everybodyLogsOn() {
     logsOn();
-    const char* reach = "setpriv --reuid nobody test -r " BUILD_DIRECTORY "/bin/vexosync";
-    if (std::system(reach) == 0) logsOn("nobody");
+    const std::string as = "setpriv --reuid nobody ";
+    if (std::system((as + "test -r " BUILD_DIRECTORY "/bin/vexosync").c_str()) == 0) logsOn(as);
   }
 };
 
