@@ -37,7 +37,6 @@ bool utility::DeletionLog::canWrite() const { return agent::appendLocked(path(),
 void utility::DeletionLog::begin(unsigned number) {
   transaction_ = runName() + "-" + std::to_string(number);
   objects_ = 0;
-  reported_.clear();
 }
 
 void utility::DeletionLog::add(const utZylObj_s& object) {
@@ -46,7 +45,7 @@ void utility::DeletionLog::add(const utZylObj_s& object) {
   addObject(object, &line);
   const std::string text = line.text("name", object.name).finish();
   lines_ += text;
-  if (report_ != nullptr) reported_ += text;
+  if (report_ != nullptr) report_->hold(text);
   ++objects_;
   if (lines_.size() > kLargestBatch) flush();
 }
@@ -65,7 +64,5 @@ void utility::DeletionLog::end(Outcome outcome, std::int16_t code, std::uint16_t
                                .finish();
   lines_ += text;
   flush();
-  if (report_ == nullptr) return;
-  if (outcome != Outcome::kCommitted) reported_.clear();
-  report_->add(reported_ + text);
+  if (report_ != nullptr) report_->endTransaction(outcome == Outcome::kCommitted, text);
 }

@@ -57,7 +57,6 @@ class DeletionLog {
   RunReport* report_;
   std::string path_, transaction_;
   std::string lines_;          // not yet in the record
-  std::string reported_;       // the transaction's lines for the report
   std::uint64_t objects_ = 0;  // in this transaction
   bool failed_ = false;
 };

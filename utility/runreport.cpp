@@ -66,6 +66,16 @@ void utility::RunReport::add(std::string_view lines) {
   });
 }
 
+void utility::RunReport::hold(std::string_view line) {
+  if (isOpen()) guarded([&] { held_ += line; });
+}
+
+void utility::RunReport::endTransaction(bool committed, std::string_view line) {
+  if (committed) add(held_);
+  held_.clear();
+  add(line);
+}
+
 void utility::RunReport::logon(const char* node, const char* owner) {
   if (!isOpen()) return;
   guarded([&] {

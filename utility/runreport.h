@@ -49,8 +49,10 @@ class RunReport {
   void listing(const RangeCounts& counts, const ObjectList& list);
   // A message with its identifier.
   void doubt(std::string_view message);
-  // Complete lines, of the record of deletions.
-  void add(std::string_view lines);
+  // A line of the record of deletions, for an object of the open transaction; and the transaction's
+  // last line, with which the others are written if it was committed, else dropped.
+  void hold(std::string_view line);
+  void endTransaction(bool committed, std::string_view line);
   void deleted(const ObjectTotal& committed);
   // `code` is the run's result, `status` what the shell will see.
   void finish(int code, int status);
@@ -59,6 +61,7 @@ class RunReport {
   template <typename Action>
   void guarded(Action&& action);
   void begin(const nfDate* from, const nfDate* to);
+  void add(std::string_view lines);
   void flush();
   void giveUp();
 
@@ -66,6 +69,7 @@ class RunReport {
   const char* command_;
   std::string node_, owner_;
   std::string lines_;  // not yet in the file
+  std::string held_;   // of the open transaction
   bool begun_ = false;
   RangeCounts counts_;
   ObjectTotal listed_, deleted_;
