@@ -83,43 +83,21 @@ expect_gone() {
 #   incomplete  any line; what is there must be true
 expect_recorded() {
   local lines=$record
+  local -A lacks=([whole]=0 [killed]=1 [incomplete]=1000000)
   [[ -e $lines ]] || lines=/dev/null
   [[ $1 != whole || -z $(tail -c 1 "$lines") ]] || fail "the last line of the record is torn"
-  # A line of the record has a fixed number of quotes, so a torn or mixed one has the wrong fields.
-  awk -F '"' -v may_lack="$1" '
-    function refuse(why) { print why; refused = 1; exit 1 }
-    BEGIN { most = may_lack == "whole" ? 0 : may_lack == "killed" ? 1 : 1e9 }
-    file == "after" { there[$1]; next }
-    file == "before" { if (!($1 in there)) gone[$1]; next }
-    /^{"v":1,"event":"delete","time":"/ && NF == 43 && $30 == "id" && $43 == "}" {
-      if ($20 in outcome) refuse("transaction " $20 " goes on after its end")
-      held[$20] = held[$20] " " $32
-      next
-    }
-    /^{"v":1,"event":"end","time":"/ && NF == 31 && $22 == "outcome" && $31 ~ /^:[0-9]+}$/ {
-      if ($20 in outcome) refuse("transaction " $20 " ends twice")
-      outcome[$20] = $24
-      if (may_lack != "incomplete" && substr($31, 2) + 0 != split(held[$20], ids, " "))
-        refuse("transaction " $20 " has lost lines")
-      next
-    }
-    ++torn > most { refuse("torn: " $0) }
-    END {
-      if (refused) exit 1
-      for (transaction in held) {
-        how = outcome[transaction]
-        if (how == "taken back") continue
-        if (how != "committed" && ++unproven > most)
-          refuse("transaction " transaction " has no outcome")
-        count = split(held[transaction], ids, " ")
-        for (i = 1; i <= count; i++) {
-          if (how == "committed" && ids[i] in there) refuse(ids[i] " was committed, but is there")
-          if (how == "committed" && committed[ids[i]]++) refuse(ids[i] " was committed twice")
-          has_line[ids[i]]
-        }
-      }
-      if (may_lack == "incomplete") exit
-      for (id in gone) if (!(id in has_line)) refuse(id " is gone without a line")
-    }' file=after "$site/after" file=before "$site/before" file=record "$lines" >"$site/why" ||
-    fail "the record of deletions: $(<"$site/why")"
+  # shellcheck disable=SC2016 # jq has variables of its own
+  jq -nRc --argjson most "${lacks[$1]}" --rawfile before "$site/before" --rawfile after "$site/after" '
+    ($after / "\n" | INDEX(.)) as $there | [inputs | [fromjson?][0]] as $lines
+    | ($lines | map(values) | group_by(.transaction)) as $transactions
+    | ($transactions | map(select(.[-1].outcome != "taken back")[] | .id // "") | INDEX(.)) as $mentioned
+    | ($transactions | map(select(.[-1].outcome == "committed")[:-1][].id)) as $committed
+    | { untorn: ($lines | map(select(. == null)) | length <= $most),
+        ended: ($transactions | map(select(.[-1].outcome | IN("committed", "taken back") | not)) | length <= $most),
+        ended_once: ($transactions | all(.[:-1] | all(.event == "delete"))),
+        whole: ($most > 1 or ($transactions | all(.[-1].outcome == null or .[-1].objects == length - 1))),
+        gone: ($committed | all(in($there) | not)), once: ($committed | length == (unique | length)),
+        mentioned: ($most > 1 or ($before / "\n" | all(in($there) or in($mentioned)))) }
+    ' "$lines" >"$site/why" || fail "the record of deletions has lines of other kinds"
+  ! grep -q false "$site/why" || fail "the record of deletions: $(<"$site/why")"
 }
