@@ -6,32 +6,8 @@
 
 namespace {
 
-using fuzz::hold;
-
-struct Option {
-  const char* keyword;
-  char (orcObj_t::*value)[kOptionSize];
-};
-
-// All are read alike, but VEXO_TEST_FLAGS, which is taken as it is.
-constexpr Option kOptions[] = {{"VLTI_DIR", &orcObj_t::VLTI_DIR},
-                               {"VEXO_NODE", &orcObj_t::VEXO_NODE},
-                               {"VEXO_TRACE_FLAGS", &orcObj_t::VEXO_TRACE_FLAGS}};
-
 ut::FilePtr opened(std::string& bytes) {
   return ut::FilePtr(::fmemopen(bytes.data(), bytes.size(), "r"));
-}
-
-void checkValue(const Option& option, const std::string& value) {
-  // A value that begins with white space was in quotes.
-  const bool quoted = std::strchr(" \t\v\f\r", value[0]) != nullptr;
-  std::string file = std::string(option.keyword) + (quoted ? " \"" : " ") + value + "\n";
-  orcObj_t again = {};
-  hold(vexoParseOptionFile(&again, opened(file).get(), "fuzz") == 0, "what was read is readable");
-  hold(again.*option.value == value, "a value reads as itself");
-  char found[kOptionSize] = "";
-  hold(vexoGetOption(opened(file).get(), option.keyword, found) == 0, "a keyword is found");
-  hold(found == value && value.find('"') == value.npos, "a keyword has its value");
 }
 
 }  // namespace
@@ -41,8 +17,19 @@ void fuzz::check(const std::string& input, char*) {
   std::string bytes = input;
   // What comes before a line in error has been read; it is checked whatever the result is.
   [[maybe_unused]] const unsigned short rc = vexoParseOptionFile(&orc, opened(bytes).get(), "fuzz");
-  for (const Option& option : kOptions) {
-    const std::string value = orc.*option.value;
-    if (!value.empty()) checkValue(option, value);
+  // All are read alike, but VEXO_TEST_FLAGS, which is taken as it is.
+  for (const auto& [keyword, member] : {std::pair("VLTI_DIR", &orcObj_t::VLTI_DIR),
+                                        {"VEXO_NODE", &orcObj_t::VEXO_NODE},
+                                        {"VEXO_TRACE_FLAGS", &orcObj_t::VEXO_TRACE_FLAGS}}) {
+    const std::string value = orc.*member;
+    if (value.empty()) continue;
+    // A value that begins with white space was in quotes.
+    const bool quoted = std::strchr(" \t\v\f\r", value[0]) != nullptr;
+    std::string file = keyword + std::string(quoted ? " \"" : " ") + value + "\n";
+    orcObj_t again = {};
+    hold(vexoParseOptionFile(&again, opened(file).get(), "fuzz") == 0, "what was read is readable");
+    char found[kOptionSize] = "";
+    hold(vexoGetOption(opened(file).get(), keyword, found) == 0, "a keyword is found");
+    hold(again.*member == value && found == value, "a value reads as itself");
   }
 }

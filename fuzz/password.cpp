@@ -7,20 +7,14 @@
 #include "api/vltapid.h"
 #include "fuzz/fuzz.h"
 
-namespace {
-
-struct Library : DVltApiDL {
-  Library() {
-    m_fnvltDecryptExP = [](const std::uint32_t*, const std::uint8_t* in, std::uint8_t* out) {
-      std::copy(in, in + 8, out);
-    };
-  }
-};
-
-}  // namespace
-
 void fuzz::check(const std::string& input, char*) {
-  static Library library;
+  static struct Library : DVltApiDL {
+    Library() {
+      m_fnvltDecryptExP = [](const std::uint32_t*, const std::uint8_t* in, std::uint8_t* out) {
+        std::copy(in, in + 8, out);
+      };
+    }
+  } library;
   gVltApiObjP = &library;
   unsigned key[2] = {};
   std::vector<char> password(kPasswordSize, '?');  // on the heap, where its bounds are watched

@@ -6,18 +6,15 @@
 #include <stdio_ext.h>
 #include <unistd.h>
 
+#include <regex>
+
 #define EXPECT_HOLDS(text, part) EXPECT_NE(std::string::npos, (text).find(part)) << (text)
 
 namespace support {
 
 // The text with "#" instead of every run of digits, for lines with times and process numbers.
 inline std::string masked(const std::string& text) {
-  std::string result;
-  for (const char c : text) {
-    const bool digit = c >= '0' && c <= '9';
-    if (!digit || result.empty() || result.back() != '#') result += digit ? '#' : c;
-  }
-  return result;
+  return std::regex_replace(text, std::regex("[0-9]+"), "#");
 }
 
 // How often a part is found in a text.

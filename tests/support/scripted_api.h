@@ -97,38 +97,34 @@ class ScriptedApi : public DVltApi {
   template <typename... Args>
   std::int16_t answer(const char* function, Args... args) {
     std::string text;
-    (describe(text, args), ...);
+    ((text += text.empty() || described(args).empty() ? "" : " ", text += described(args)), ...);
     const Step* step = match(function, text);
     if (step != nullptr) (applyAll(*step, args), ...);
     return step == nullptr ? kOffScript : step->rc;
   }
 
-  static std::string quoted(const char* text) {
+  static std::string described(const char* text) {
     return text == nullptr ? "null" : "'" + std::string(text) + "'";
   }
+  static std::string described(const VltDelInfo* info) {
+    return "id=" + std::to_string(api::toNumber(info->objId));
+  }
+  static std::string described(const VltInitExIn* in) {
+    return "node=" + described(in->clientNodeName) + " owner=" + described(in->clientOwnerName) +
+           " password=" + described(in->clientPassword);
+  }
+  static std::string described(const VltQueryBackup* query) {
+    const VltObjName& name = *query->objName;
+    return described(name.fileSpace) + " " + described(name.highLevel) + " " +
+           described(name.lowLevel) + " owner=" + described(query->owner);
+  }
+  static std::string described(const VltRcMsgIn* in) {
+    return described(in->handle) + " " + described(in->rc) + " " + described(in->withIdentifier);
+  }
   template <typename Argument>
-  static void describe(std::string& out, Argument argument) {
-    std::string text;
-    if constexpr (std::is_integral_v<Argument>) {
-      text = std::to_string(argument);
-    } else if constexpr (std::is_same_v<Argument, const char*>) {
-      text = quoted(argument);
-    } else if constexpr (std::is_same_v<Argument, const VltDelInfo*>) {
-      text = "id=" + std::to_string(api::toNumber(argument->objId));
-    } else if constexpr (std::is_same_v<Argument, const VltInitExIn*>) {
-      text = "node=" + quoted(argument->clientNodeName) +
-             " owner=" + quoted(argument->clientOwnerName) +
-             " password=" + quoted(argument->clientPassword);
-    } else if constexpr (std::is_same_v<Argument, const VltQueryBackup*>) {
-      const VltObjName& name = *argument->objName;
-      text = quoted(name.fileSpace) + " " + quoted(name.highLevel) + " " + quoted(name.lowLevel) +
-             " owner=" + quoted(argument->owner);
-    } else if constexpr (std::is_same_v<Argument, const VltRcMsgIn*>) {
-      text = std::to_string(argument->handle) + " " + std::to_string(argument->rc) + " " +
-             std::to_string(argument->withIdentifier);
-    }
-    if (!text.empty() && !out.empty()) out += ' ';
-    out += text;
+  static std::string described(Argument argument) {
+    if constexpr (std::is_integral_v<Argument>) return std::to_string(argument);
+    return "";
   }
 
   template <typename Argument>
