@@ -68,10 +68,8 @@ class Scanner {
     return c == '-' || c == '0' || c == '#';
   }
 
-  // Without digits the value is left alone.
+  // The value is 0, and stays so without digits.
   bool takeNumber(std::size_t* value) {
-    if (rest_.empty() || !ut::isDigit(rest_.front())) return true;
-    *value = 0;
     for (; !rest_.empty() && ut::isDigit(rest_.front()); rest_.remove_prefix(1)) {
       *value = *value * 10 + static_cast<std::size_t>(rest_.front() - '0');
       if (*value > kMaxWidth) return false;
