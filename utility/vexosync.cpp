@@ -90,7 +90,7 @@ void explainMissingOptionsFile() {
       psvexoGetVexoDir(directory, sizeof directory) != 0) {
     return;
   }
-  if (::access(path, F_OK) == 0 || errno != ENOENT) return;
+  if (::access(path, F_OK) != -1 || errno != ENOENT) return;
   nlprintf(msg::kBlankLine);
   nlprintf(msg::kMakeOptionsFile, path, directory, path);
 }
