@@ -41,9 +41,8 @@ same keyword "$site"/lists/{keywords,vexo.opt.5,vexo.opt.sample}
 
 # Trace and test flags.
 sed -n 's/^T[A-Z_]*(\([A-Z0-9_]*\)[,)].*/\1/p' common/ut/trcclass.def >"$site/lists/flags"
-while read -r word; do
-  grep -qw "$word" "$man/vexo.opt.5" || wrong "no flag $word in vexo.opt.5"
-done <"$site/lists/flags"
+grep -oE '\w+' "$man/vexo.opt.5" | grep -vxFf - "$site/lists/flags" &&
+  wrong "not in vexo.opt.5: these flags"
 
 # Commands and options of the command line. The completion is called as bash calls it.
 rows() { sed -n "/^constexpr KeywordRow $1/,/^}/s/^    {\"\(.*\)\", k.*/\1/p" utility/utparser.cpp; }
