@@ -33,7 +33,7 @@ same() {
 tags() { grep -E '^\.It (Ic|Fl) ' "$man/$1" | grep -oE "$2 $3" | sed "s/^$2 //"; }
 
 # Keywords of the options file.
-mkdir "$site/lists"
+mkdir "$site"/{lists,log}
 sed -n 's/^    {"\([A-Z0-9_]*\)", &orcObj_t.*/\1/p' agent/parser2.cpp >"$site/lists/keywords"
 tags vexo.opt.5 Ic 'V(LTI|EXO)_[A-Z0-9_]+' >"$site/lists/vexo.opt.5"
 sed -n 's/^\*\([^ *][^ ]*\) .*/\1/p' "$sample" >"$site/lists/vexo.opt.sample"
@@ -165,7 +165,6 @@ if ! cmp "$site"/{plain,written}.screen || grep -vxFf "$site"/{written,plain}.va
   wrong "the sample states other defaults than the program has"
 fi
 
-mkdir "$site/log"
 moved | sed "s|^\*\([^ *]\)|\1|; s|/etc/|$site/|
      s|/var/log/vexo|$site/log|; s|/var/lib/vexo|$site|" >"$site/vexo.opt"
 if ! vexosync query -VEXO_OPTFILE="$site/vexo.opt" </dev/null >"$site/screen" 2>&1 ||
