@@ -12,25 +12,19 @@ catalogs=$root/common/nls/catalog
 
 make_from() { awk -v make="$1" -f "$catalogs/catalog.awk" "$catalogs/$2.msg"; }
 
-# Lines that are wider than a screen, of the texts that are shown without an identifier.
-wide_lines() {
-  sed -n 's/^[0-9]* "QRB[0-9]*Z\(.*\)"$/\1/p' "$catalogs/$1.msg" | sed 's/\\n/\n/g' |
-    LC_ALL=C.UTF-8 grep -E '.{81}'
-}
-
 check_document() {
-  if ! make_from document vexo | diff "$root/docs/messages.md" -; then
-    echo "messages.sh: docs/messages.md is out of date; run ./dev messages" >&2
-    return 1
-  fi
+  make_from document vexo | diff "$root/docs/messages.md" - && return
+  echo "messages.sh: docs/messages.md is out of date; run ./dev messages" >&2
+  return 1
 }
 
 check_german() {
-  local english german
   english=$(make_from rows vexo)
   german=$(make_from rows vexo_de)
   diff <(echo "$english") <(echo "$german")
-  if wide_lines vexo || wide_lines vexo_de; then return 1; fi
+  # Lines that are wider than a screen, of the texts that are shown without an identifier.
+  ! sed -n 's/^[0-9]* "QRB[0-9]*Z\(.*\)"$/\1/p' "$catalogs"/vexo{,_de}.msg | sed 's/\\n/\n/g' |
+    LC_ALL=C.UTF-8 grep -E '.{81}'
 }
 
 # Compiles a statement and prints the compiler's messages, whose words below are those of gcc and clang
@@ -41,16 +35,13 @@ compile() {
 }
 
 check_misfits() {
-  local reason statement said
   compile "$1" "$2" 'using namespace msg; nlprintf(kPasswordFileNotRead, text);
     nlprintf(kListLine, char(1), 2u, text); nls::ask(kAskContinue, kNotAnAnswer)'
   while IFS='|' read -r reason statement; do
     statement="using namespace msg; $statement"
-    if said=$(compile "$1" "$2" "$statement") || [[ $said != *"$reason"* ]]; then
-      echo "$said"
-      echo "messages.sh: not refused for $reason: $statement" >&2
-      return 1
-    fi
+    ! said=$(compile "$1" "$2" "$statement") && [[ $said == *"$reason"* ]] && continue
+    echo "messages.sh: not refused for $reason: $statement"$'\n'"$said" >&2
+    return 1
   done <<'END'
 kNoSuchMessage|nlprintf(kNoSuchMessage)
 no matching function|nlprintf(131)

@@ -1,9 +1,7 @@
 // change_password.cpp: the password change as a separate program, because no command of vexosync
-// reaches it: `change_password [nobody] [OLD NEW]`. Prints "rc=CODE" in the end. With "nobody" it
+// reaches it: `change_password [OLD NEW] [nobody]`. Prints "rc=CODE" in the end. With "nobody" it
 // gives up root's rights before the change.
 #include <unistd.h>
-
-#include <cstring>
 
 #include "agent/parser2.h"
 #include "agent/session2.h"
@@ -12,7 +10,6 @@
 #include "common/nls/nls.h"
 #include "common/ut/agttrc.h"
 #include "common/ut/psmem.h"
-#include "common/ut/result.h"
 #include "common/ut/strutil.h"
 #include "utility/unx/psutpswd.h"
 
@@ -30,16 +27,9 @@ int main(int argc, char** argv) {
   if (vexoSetOptions(&orc) != 0 || callNlinit(&orc) != 0) return 2;
   vexoInitTrace(&orc);
   if (library.Setup() != 0 || psDoVltSetUp(&orc) != 0) return 3;
-  if (argc > 1 && std::strcmp(argv[1], "nobody") == 0) {
-    if (::getuid() == 0 && ::setuid(65534) != 0) return 4;
-    --argc;
-    ++argv;
-  }
-  vexoOptionsInfo_t options = {};
-  if (argc > 2) {
-    ut::ignoreResult(ut::copyText(options.oldPassword, argv[1]), "test passwords are short");
-    ut::ignoreResult(ut::copyText(options.newPassword, argv[2]), "test passwords are short");
-  }
-  std::printf("rc=%d\n", psvexoPassWord(&orc, options));
-  return 0;
+  if (argc % 2 == 0 && ::setuid(65534) != 0) return 4;
+  vexoOptionsInfo_t info = {};
+  if (argc > 2 && !ut::copyText(info.oldPassword, argv[1])) return 5;
+  if (argc > 2 && !ut::copyText(info.newPassword, argv[2])) return 6;
+  std::printf("rc=%d\n", psvexoPassWord(&orc, info));
 }

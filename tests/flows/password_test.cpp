@@ -1,70 +1,59 @@
 // password_test.cpp: the password change on a terminal, and logons before and after it.
-
 #include "tests/flows/site.h"
 
 namespace {
 
-// A part of every password in these tests; it must not appear anywhere.
-const std::string kMark = "MaRk-4711";
-const std::string kOld = kMark + "old", kNew = kMark + "new";
+// The first is a part of every password in these tests; it must not appear anywhere.
+const std::string kMark = "MaRk-4711", kOld = kMark + "old", kNew = kMark + "new";
 
 class Password : public Site {
  protected:
-  void SetUp() override {
+  Password() {
     zylstore("node ORANODE --password " + kOld + " --save-password " + dir_.path("passwords"));
-    option("VEXO_TRACE_FILE " + dir_.path("trace"));
-    option("VEXO_TRACE_FLAGS ALL PREFIX");
+    option("VEXO_TRACE_FILE " + dir_.path("trace") + "\nVEXO_TRACE_FLAGS ALL PREFIX");
   }
   // No file, log or trace of the test holds a password, and the terminal showed none.
   void TearDown() override {
     EXPECT_FALSE(terminal_ != nullptr && showed(kMark));
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(dir_.path())) {
-      if (!entry.is_regular_file()) continue;
-      const std::string name = std::filesystem::relative(entry.path(), dir_.path());
-      EXPECT_EQ(std::string::npos, dir_.read(name).find(kMark)) << name;
-    }
+    const string search = "grep -r " + kMark + " " + dir_.path();
+    EXPECT_EQ(1, WEXITSTATUS(std::system(search.c_str()))) << "found, or not searched";
   }
 
   // Makes the agent keep the password itself; only root can change it then.
-  void ownFile() {
+  void ownFile(const string& access = "prompt") {
     option("VEXO_TEST_FLAGS LEGACYPWD");
-    dir_.write("vlt.opt", dir_.read("vlt.opt") + "PASSWORDACCESS prompt\n");
+    dir_.write("vlt.opt", "STORE " + dir_.path("store.db") + "\nPASSWORDACCESS " + access + "\n");
   }
-  void change(const std::string& arguments = "") { shell("exec change_password " + arguments); }
-  void changed(int rc) {
+  // The end of a password change, and a whole one: its arguments, its code and what it shows.
+  void changed(int rc, const strings& texts = {}) {
+    ends(0, texts);
     see("rc=" + std::to_string(rc) + "\r\n");
-    ends(0);
   }
-  void change(const std::string& old, const std::string& fresh, int rc) {
-    change(old + " " + fresh);
-    changed(rc);
+  void change(const string& arguments, int rc, const strings& texts = {}) {
+    run("exec change_password " + arguments);
+    changed(rc, texts);
   }
-  // `as` runs a command as another user, which only root can do.
-  void logsOn(const std::string& as = "") {
-    shell("exec " + as + "vexosync query");
-    dates();
+  void logsOn(const string& as = "") {
+    begin(as + " vexosync query");
     ends(0);
   }
   // As root, and as another user unless the build is in a directory that only root may enter.
   void everybodyLogsOn() {
     logsOn();
-    const std::string as = "setpriv --reuid nobody ";
-    if (std::system((as + "test -r " BUILD_DIRECTORY "/bin/vexosync").c_str()) == 0) logsOn(as);
+    logsOn("as='setpriv --reuid nobody'; $as test -r " BUILD_DIRECTORY "/bin/vexosync || as=; $as");
   }
 };
 
 TEST_F(Password, LogsOnWithTheAgentsFileAndThenWithThePasswordTakenFromIt) {
   if (::getuid() != 0) GTEST_SKIP() << "needs root";
   ownFile();
-  run({"query"});
-  ends(168);  // no file yet
-  EXPECT_TRUE(showed("QRB0168E The password file"));
+  run("vexosync query");
+  ends(168, {"QRB0168E The password file"});  // no file yet
   EXPECT_FALSE(showed("ZYL")) << "its own failure has its own words";
   zylstore("calls on");
-  change(kOld, kNew, 0);
-  EXPECT_EQ(std::string::npos, zylstore("calls show").find("options=")) << "no options are given";
-  EXPECT_EQ(39u + 2 * 9, dir_.read("passwords/VEXO.ORANODE").size());
-  shell("chmod -R a+rwX . && chmod a-w passwords/VEXO.ORANODE");
+  change(kOld + " " + kNew, 0);
+  EXPECT_EQ(0u, support::occurrences(zylstore("calls show"), "options=")) << "none are given";
+  run("chmod -R a+rwX . && chmod a-w passwords/VEXO.ORANODE");
   ends(0);
   everybodyLogsOn();
   // The next release: the library keeps the password, and has none yet.
@@ -73,65 +62,57 @@ TEST_F(Password, LogsOnWithTheAgentsFileAndThenWithThePasswordTakenFromIt) {
   option("VEXO_TEST_FLAGS none");
   logsOn();
   EXPECT_TRUE(dir_.has("passwords/VEXO.ORANODE.save"));
-  change("nobody " + kNew + " " + kOld);
-  changed(0);
+  change(kNew + " " + kOld + " nobody", 0);
   everybodyLogsOn();
 }
 
 // Whoever may not change it, or has no place for it, is told so at once.
 TEST_F(Password, ChangeIsRefusedBeforeAnythingIsAsked) {
   if (::getuid() != 0) GTEST_SKIP() << "needs root";
-  for (const char* name : {"", "passwords", "tmp"}) {
-    std::filesystem::permissions(dir_.path(name), std::filesystem::perms::all);
-  }
-  const std::string store = dir_.read("vlt.opt") + "PASSWORDACCESS ";
+  run("chmod a+rwx . passwords tmp");
+  ends(0);
   zylstore("calls on");
-  option("VEXO_TEST_FLAGS LEGACYPWD");
   for (const auto& [access, place, user, rc] : {std::tuple("prompt", "passwords", "nobody", 2620),
                                                 {"prompt", "absent", "nobody", 2620},
                                                 {"prompt", "absent", "", 2521},
                                                 {"generate", "passwords", "", 2621}}) {
-    dir_.write("vlt.opt", store + access + "\n");
+    ownFile(access);
     option("VEXO_PSWDPATH " + dir_.path(place));
-    change(user);
-    changed(rc);
-    EXPECT_TRUE(showed("QRB" + std::to_string(rc) + "E")) << terminal_->transcript();
+    change(user, rc, {"QRB" + std::to_string(rc) + "E"});
     EXPECT_FALSE(showed("password: "));
   }
-  EXPECT_EQ(std::string::npos, zylstore("calls show").find("InitEx"));
+  EXPECT_EQ(0u, support::occurrences(zylstore("calls show"), "InitEx"));
 }
 
 TEST_F(Password, IsChangedEvenIfTheAgentsFileCannotBeWritten) {
   if (::getuid() != 0) GTEST_SKIP() << "needs root";
   ownFile();
   dir_.write("passwords/VEXO.ORANODE/in the way", "");
-  change(kOld, kNew, 0);
-  EXPECT_TRUE(showed("QRB0160E"));
-  EXPECT_EQ(2, std::distance(std::filesystem::directory_iterator(dir_.path("passwords")), {}))
-      << "the library's file and what is in the way";
+  change(kOld + " " + kNew, 0, {"QRB0160E"});
+  // There is the library's file and what is in the way.
+  EXPECT_EQ(2, std::distance(std::filesystem::directory_iterator(dir_.path("passwords")), {}));
   std::filesystem::remove_all(dir_.path("passwords/VEXO.ORANODE"));
-  change(kNew, kNew, 0);
-  EXPECT_TRUE(showed("QRB0260I"));
+  change(kNew + " " + kNew, 0, {"QRB0260I"});
   logsOn();
 }
 
 // Oracle's passwords are kept just as secret. Nothing is offered if Oracle knows every object.
 TEST_F(Password, OfACatalogLeavesNoTraceBelowLevelTwo) {
   option("VEXO_TRACE_FLAGS ALL PREFIX -ORCLEVEL2");
-  object("/a");
-  catalog("prod", {"a"});
+  objects("/a");
+  catalog("prod", "a");
   zylstore("catalog add prod --user rman --password " + kNew);
-  syncdb("prod", kNew);
-  ends(65535);
-  EXPECT_TRUE(showed("QRB2599I"));
+  begin("vexosync syncdb");
+  logon("prod", kNew);
+  ends(65535, {"QRB2599I"});
   EXPECT_FALSE(showed("Command ==>"));
-  EXPECT_NE(std::string::npos, dir_.read("trace").find(" utSyncZylToRman(): EXIT, rc = 65535\n"));
+  EXPECT_HOLDS(dir_.read("trace"), " utSyncZylToRman(): EXIT, rc = 65535\n");
 }
 
 TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
-  const std::string longest = kMark + std::string(64 - kMark.size(), 'x');
-  // The answers after the old password, in pairs.
-  const std::tuple<std::vector<std::string>, int, const char*> rows[] = {
+  const string longest = kMark + string(64 - kMark.size(), 'x');
+  // The answers after the old password, in pairs; the code; what is shown.
+  const std::tuple<strings, int, string> rows[] = {
       {{kNew, "a", longest, longest + "x"}, -1, "QRB0161E"},
       {{kNew, "a", kNew, "b", kNew, kMark + "NEW"}, -1, "QRB0161E"},
       {{kNew, ""}, -1, "QRB0258E"},
@@ -141,15 +122,13 @@ TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
       {{kNew, "a", kNew, "b", longest, longest}, 0, "QRB0260I"},
   };
   for (const auto& [given, rc, message] : rows) {
-    change();
-    secret("current password: ", kOld);
+    run("change_password");
+    answer("current password: ", kOld);
     for (std::size_t i = 0; i < given.size(); ++i) {
-      secret(i % 2 == 0 ? "new password: " : "new password again: ", given[i]);
+      answer(i % 2 == 0 ? "new password: " : "new password again: ", given[i]);
     }
-    changed(rc);
-    EXPECT_TRUE(showed(message)) << terminal_->transcript();
-    const bool refused = dir_.read("trace").ends_with(" psvexoPassWord(): EXIT, rc = -1\n");
-    EXPECT_EQ(rc == -1, refused);
+    changed(rc, {message});
+    EXPECT_EQ(rc == -1, dir_.read("trace").ends_with(" psvexoPassWord(): EXIT, rc = -1\n"));
     EXPECT_EQ(given.size() > 3, showed("QRB0162E"));
     EXPECT_FALSE(showed(kMark));
     EXPECT_EQ(rc == 0, logged(" QRB0260I") && !logged("> QRB0260I")) << "after the time alone";
@@ -158,40 +137,31 @@ TEST_F(Password, IsAskedAgainUntilTheNewOnesAgree) {
 }
 
 TEST_F(Password, RestoresTheEchoHoweverTheProgramIsEndedOrStopped) {
-  const char* prompts[] = {"current password: ", "new password: ", "new password again: "};
-  shell("ulimit -c unlimited; trap : QUIT; change_password; echo over; read x");
-  see(prompts[0]);
-  ASSERT_TRUE(terminal_->expectEchoOff());
-  terminal_->send("half\x1c");  // Ctrl-backslash
-  see("over");
-  EXPECT_TRUE(terminal_->echoIsOn());
-  // Stopped and continued by a shell with job control.
-  shell("exec bash --norc --noediting -ic 'change_password; echo stopped; read x; fg'");
-  see(prompts[0]);
-  ASSERT_TRUE(terminal_->expectEchoOff());
-  terminal_->send("\x1a");
-  see("stopped\r\n");
-  EXPECT_TRUE(terminal_->echoIsOn());
+  // Ended by Ctrl-backslash; stopped, and continued by a shell with job control, which leaves the
+  // terminal as it finds it.
+  for (const char* keys : {"half\x1c", "\x1a"}) {
+    run("set -m; ulimit -c unlimited; change_password; echo over; read x; fg");
+    see("current password: ");
+    terminal_->send(keys);
+    see("over\r\n");
+    EXPECT_TRUE(terminal_->echoIsOn());
+  }
   terminal_->send("\n");
   ASSERT_TRUE(terminal_->expectEchoOff());
   terminal_->send(kOld + "\n");
-  secret(prompts[1], kNew);
-  secret(prompts[2], kNew);
+  answers({{"new password: ", kNew}, {"new password again: ", kNew}});
   changed(0);
 }
 
 TEST_F(Password, ReplacesAnExpiredOneAndReportsWhatTheServerRefuses) {
   zylstore("node ORANODE --password " + kOld + " --expired");
-  run({"query"});
+  run("vexosync query");
   ends(52);
-  change(kMark, kNew, 51);
-  EXPECT_TRUE(showed("ZYL0051"));
+  change(kMark + " " + kNew, 51, {"ZYL0051"});
   zylstore("fault ChangePW 54");
   zylstore("calls on");
-  change(kOld, kNew, 54);
-  change(kOld, kNew, 0);
-  const std::string calls = zylstore("calls show");
-  EXPECT_EQ(2, countIn(calls, "Terminate")) << "after each change, refused or not: " << calls;
+  for (const int rc : {54, 0}) change(kOld + " " + kNew, rc);
+  EXPECT_EQ(2u, support::occurrences(zylstore("calls show"), "Terminate")) << "refused or not";
   logsOn();
 }
 

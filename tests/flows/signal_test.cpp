@@ -6,68 +6,51 @@
 
 namespace {
 
-constexpr struct {
-  const char *text, *answer;
-} kPrompts[] = {{"Start date", ""},         {"End date", "+0"},
-                {"user name: ", "rman"},    {"password: ", "rman"},
-                {"connect string", "prod"}, {"Command ==>", "+"},
-                {"Command ==>", "O"},       {"Do you want to continue?", "n"}};
-constexpr std::size_t kPassword = 3;
-
 class Signal : public Site {
  protected:
-  // Answers the prompts before number `number` and waits for that one.
-  void stopAt(std::size_t number, const std::string& command) {
-    shell(command);
-    for (std::size_t i = 0; i < number; ++i) {
-      i == kPassword ? secret(kPrompts[i].text, "rman")
-                     : answer(kPrompts[i].text, kPrompts[i].answer);
-    }
-    see(kPrompts[number].text);
-    ASSERT_TRUE(number != kPassword || terminal_->expectEchoOff());
-  }
-  void expectNothingDone() {
+  // Sends a signal: the program ends with this code, nothing is deleted, and no temporary file is
+  // left besides the test's own.
+  void endsBy(int number, int code, const strings& texts = {}) {
+    number == SIGHUP ? terminal_->hangUp() : void(terminal_->sendSignal(number));
+    ends(code, texts);
     EXPECT_EQ("/a /b", stored());
-    EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(dir_.path("tmp")), {}))
-        << "a temporary file is left, besides the test's own";
+    EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(dir_.path("tmp")), {}));
   }
 };
 
 TEST_F(Signal, AtAPromptEndsTheProgramAndLeavesNothing) {
-  objects({"/a", "/b"});
-  catalog("prod", {});
-  for (std::size_t at = 0; at < std::size(kPrompts); ++at) {
-    SCOPED_TRACE(kPrompts[at].text);
-    for (const int number : {SIGINT, SIGTERM}) {
-      // The shell outlives the program, so that the terminal can still be examined.
-      stopAt(at, "trap : INT TERM; vexosync syncdb; echo =$?=; read x");
-      ASSERT_TRUE(terminal_->sendSignal(number));
-      see("=" + std::to_string(128 + number) + "=");
-      EXPECT_TRUE(terminal_->echoIsOn());
-      expectNothingDone();
+  objects("/a /b");
+  catalog("prod", "");
+  const Answers prompts = {{"Start date", ""},         {"End date", "+0"},
+                           {"user name: ", "rman"},    {"password: ", "rman"},
+                           {"connect string", "prod"}, {"Command ==>", "+"},
+                           {"Command ==>", "O"},       {"Do you want to continue?", "n"}};
+  for (auto at = prompts.begin(); at != prompts.end(); ++at) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+      SCOPED_TRACE(at->first + std::to_string(number));
+      // The shell outlives the program, unless it is hung up, and shows the terminal's settings.
+      const bool shell = number != SIGHUP;
+      run(shell ? "trap : INT TERM; vexosync syncdb; s=$?; stty -a; exit $s"
+                : "exec vexosync syncdb");
+      answers({prompts.begin(), at});
+      see(at->first);
+      endsBy(number, 128 + number, shell ? strings{" icanon ", " echo "} : strings());
     }
-    stopAt(at, "exec vexosync syncdb");
-    terminal_->hangUp();
-    EXPECT_EQ(128 + SIGHUP, terminal_->wait());
-    expectNothingDone();
   }
 }
 
 // The script of the query holds a password. Ctrl-C reaches sqlplus as well, which then ends well
 // with half an answer.
 TEST_F(Signal, WhileSqlplusRunsLeavesNothing) {
-  objects({"/a", "/b"});
+  objects("/a /b");
   replaceSqlplus(
       "#!/bin/bash\numask >mask\ntrap 'exit 0' INT\nsed -n '2s/^spool //p' \"${2#@}\" >spool\n"
       "echo piece >\"$(cat spool)\"\necho asked\nfor i in {1..600}; do sleep 0.1; done\n");
   for (const int number : {SIGTERM, SIGHUP, SIGINT}) {
-    syncdb("prod");
+    begin("exec vexosync syncdb");
+    logon("prod");
     see("asked");
-    if (number == SIGTERM) terminal_->sendSignal(number);
-    if (number == SIGHUP) terminal_->hangUp();
-    if (number == SIGINT) terminal_->send("\x03");
-    EXPECT_EQ(number == SIGINT ? 255 : 128 + number, terminal_->wait());
-    expectNothingDone();
+    endsBy(number, number == SIGINT ? 255 : 128 + number);
   }
   EXPECT_TRUE(showed("QRB2660E") && logged("QRB2660E")) << terminal_->transcript();
   EXPECT_EQ("0077\n", dir_.read("mask")) << "a spool file is its user's alone";
@@ -75,12 +58,12 @@ TEST_F(Signal, WhileSqlplusRunsLeavesNothing) {
 
 // In a list that is drawn again and again Ctrl-C must not end the clearing of the screen only.
 TEST_F(Signal, FromTheKeyboardEndsTheList) {
-  object("/a");
+  objects("/a");
   dir_.write("answers", "\n+0\n");
-  shell("exec vexosync delete <answers");
+  run("exec vexosync delete <answers");
   for (int page = 0; page < 2; ++page) see("Command ==>");
   terminal_->send("\x03");
-  EXPECT_EQ(128 + SIGINT, terminal_->wait());
+  ends(128 + SIGINT);
 }
 
 }  // namespace

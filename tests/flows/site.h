@@ -3,7 +3,7 @@
 #ifndef TESTS_FLOWS_SITE_H
 #define TESTS_FLOWS_SITE_H
 
-#include <sstream>
+#include <regex>
 
 #include "sandbox/tools/terminal.h"
 #include "tests/support/captured.h"
@@ -11,20 +11,12 @@
 
 class Site : public testing::Test {
  protected:
+  using string = std::string;
+  using strings = std::vector<string>;
+  using Answers = std::vector<std::pair<string, string>>;  // to a prompt each
+
   // Makes the store with node ORANODE; the library's generated password is in place.
   Site() {
-    settings_.rows = 30;
-    settings_.columns = 100;
-    settings_.environment = {{"SANDBOX_HOME", dir_.path()},
-                             {"VEXO_OPTFILE", dir_.path("vexo.opt")},
-                             {"PATH", BUILD_DIRECTORY "/bin:" BUILD_DIRECTORY "/bin/sandbox:" +
-                                          std::string(std::getenv("PATH"))},
-                             {"LD_LIBRARY_PATH", BUILD_DIRECTORY "/lib"},
-                             {"TMPDIR", dir_.path("tmp")},
-                             {"TERM", "ansi"}};
-    settings_.unset = {"VLTI_DIR",    "VLTI_LOG",    "VLTI_CONFIG", "NLS_LANG",
-                       "ORACLE_HOME", "ORACLE_PATH", "SQLPATH"};
-    settings_.directory = dir_.path();
     dir_.write("tmp/.keep", "");
     dir_.write("vlt.opt", "STORE " + dir_.path("store.db") + "\n");
     option("VLTI_ORC_CONFIG " + dir_.path("vlt.opt") + "\nVLTI_LOG " + dir_.path() +
@@ -34,116 +26,96 @@ class Site : public testing::Test {
   }
 
   // Runs a command line of zylstore and returns what it printed; a failure fails the test.
-  std::string zylstore(const std::string& arguments) const {
-    const std::string output = dir_.path("tmp/.keep"),
-                      command = "SANDBOX_HOME=" + dir_.path() +
-                                " " BUILD_DIRECTORY "/bin/zylstore " + arguments + " >" + output +
-                                " 2>&1";
+  string zylstore(const string& arguments) const {
+    const string command =
+        BUILD_DIRECTORY "/bin/zylstore " + arguments + " >" + dir_.path("tmp/.keep") + " 2>&1";
     EXPECT_EQ(0, std::system(command.c_str())) << command << dir_.read("tmp/.keep");
     return dir_.read("tmp/.keep");
   }
 
-  // Puts objects of ORANODE into the store.
-  void object(const std::string& lowLevel, const std::string& more = "") const {
-    zylstore("put --node ORANODE --fs /marlorc --ll " + lowLevel + " " + more);
+  // Puts objects of ORANODE into the store, whose low-level names are separated by blanks.
+  void objects(const string& lowLevels, const string& more = "") const {
+    std::istringstream names(lowLevels);
+    const string put = "put --node ORANODE --fs /marlorc " + more + " --ll ";
+    for (string name; names >> name;) zylstore(put + name);
   }
-  void objects(const std::vector<std::string>& lowLevels) const {
-    for (const std::string& name : lowLevels) object(name);
+  // The low-level names in the store, in the order of their identifiers, separated by blanks.
+  string stored() const {
+    const std::regex row("(?:[^\t]*\t){6}([^\t\n]*).*\n");
+    return std::regex_replace(zylstore("list"), row, " $1").erase(0, 1);
   }
 
-  // Makes a catalog (user rman, password rman) that knows the handles; kind: recovery, target.
-  void catalog(const std::string& name, const std::vector<std::string>& handles,
-               const std::string& kind = "recovery") const {
-    std::string lines;
-    for (const std::string& handle : handles) lines += handle + "\t2026-03-07T08:05:09\n";
+  // Makes a catalog (user rman, password rman) that knows the handles, separated by blanks; kind:
+  // recovery, target.
+  void catalog(const string& name, const string& handles, const string& kind = "recovery") const {
+    const string line = "$1\t2026-03-07T08:05:09\n",
+                 lines = std::regex_replace(handles, std::regex("(\\S+) ?"), line);
     zylstore("catalog add " + name + " --user rman --password rman --kind " + kind);
     zylstore("catalog load " + name + " " + dir_.write("pieces", lines));
   }
 
-  // The low-level names in the store, in the order of their identifiers, separated by blanks.
-  std::string stored() const {
-    std::istringstream list(zylstore("list"));
-    std::string names;
-    for (std::string line; std::getline(list, line);) {
-      std::istringstream fields(line);
-      std::string field;
-      for (int column = 0; column < 7; ++column) std::getline(fields, field, '\t');
-      names += (names.empty() ? "" : " ") + field;
-    }
-    return names;
-  }
-
   // Adds a line to the agent's options file.
-  void option(const std::string& line) {
-    dir_.write("vexo.opt", dir_.read("vexo.opt") + line + "\n");
-  }
-
-  // Starts vexosync, or a command line of the shell.
-  void run(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), BUILD_DIRECTORY "/bin/vexosync");
-    terminal_ = std::make_unique<sandbox::Terminal>(arguments, settings_);
-  }
-  void shell(const std::string& command) {
-    terminal_ = std::make_unique<sandbox::Terminal>(
-        std::vector<std::string>{"/bin/sh", "-c", command}, settings_);
-  }
+  void option(const string& line) { dir_.write("vexo.opt", dir_.read("vexo.opt") + line + "\n"); }
   // Makes a script the sqlplus that vexosync finds.
-  void replaceSqlplus(const std::string& script) {
-    std::filesystem::permissions(dir_.write("bin/sqlplus", script),
-                                 std::filesystem::perms::owner_all);
-    settings_.environment["PATH"] = dir_.path("bin") + ":" + settings_.environment["PATH"];
+  void replaceSqlplus(const string& script) {
+    const string file = dir_.write("bin/sqlplus", script);
+    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
   }
 
-  // Waits for a text; with an answer, types it and Enter.
-  void see(const std::string& text) {
-    ASSERT_TRUE(terminal_->expect(text)) << "no '" << text << "' in\n" << terminal_->transcript();
+  // Runs a command line of the shell on a terminal.
+  void run(const string& command) {
+    terminal_.reset(new sandbox::Terminal({"/bin/sh", "-c", command}, settings_));
   }
-  void answer(const std::string& prompt, const std::string& text) {
+  // Waits for a text, and for a password's prompt until the echo is off; types the answer and
+  // Enter.
+  void see(const string& text) {
+    ASSERT_TRUE(terminal_->expect(text)) << "no '" << text << "' in\n" << terminal_->transcript();
+    ASSERT_TRUE(text.find("password") == text.npos || terminal_->expectEchoOff());
+  }
+  void answer(const string& prompt, const string& text) {
     ASSERT_NO_FATAL_FAILURE(see(prompt));
     terminal_->send(text + "\n");
   }
-  void answers(const std::vector<std::pair<std::string, std::string>>& pairs) {
+  void answers(const Answers& pairs) {
     for (const auto& [prompt, text] : pairs) answer(prompt, text);
   }
-  // The same for a password: waits until the echo is off.
-  void secret(const std::string& prompt, const std::string& text) {
-    ASSERT_NO_FATAL_FAILURE(see(prompt));
-    ASSERT_TRUE(terminal_->expectEchoOff());
-    terminal_->send(text + "\n");
-  }
-  void dates(const std::string& start = "", const std::string& end = "+0") {
+  // Runs a command up to what follows the dates.
+  void begin(const string& command, const string& start = "", const string& end = "+0") {
+    run(command);
     answers({{"Start date", start}, {"End date", end}});
   }
   // User rman, with password rman unless another is given.
-  void logon(const std::string& connect, const std::string& password = "rman") {
-    answer("user name: ", "rman");
-    secret("password: ", password);
-    answer("connect string", connect);
-  }
-  // A run of SYNCDB up to its list, or to what keeps it from one.
-  void syncdb(const std::string& connect, const std::string& password = "rman") {
-    run({"syncdb"});
-    dates();
-    logon(connect, password);
+  void logon(const string& connect, const string& password = "rman") {
+    answers({{"user name: ", "rman"}, {"password: ", password}, {"connect string", connect}});
   }
 
-  // Waits for the end; the low eight bits of the program's code are `code`.
-  void ends(int code) {
-    const std::optional<int> status = terminal_->wait();
-    ASSERT_TRUE(status.has_value()) << "still running:\n" << terminal_->transcript();
-    EXPECT_EQ(code & 0xff, *status) << terminal_->transcript();
+  // Waits for the end; the low eight bits of the program's code are `code`, and it showed `texts`.
+  void ends(int code, const strings& texts = {}) {
+    EXPECT_EQ(code & 0xff, terminal_->wait(std::chrono::seconds(30))) << terminal_->transcript();
+    for (const string& text : texts) EXPECT_TRUE(showed(text)) << text << terminal_->transcript();
   }
   // How often the terminal showed a text.
-  int count(const std::string& text) const { return countIn(terminal_->transcript(), text); }
-  static int countIn(const std::string& all, const std::string& text) {
-    return static_cast<int>(support::occurrences(all, text));
+  unsigned count(const string& text) const {
+    return support::occurrences(terminal_->transcript(), text);
   }
-  bool showed(const std::string& text) const { return count(text) > 0; }
-  bool logged(const std::string& text) const { return errorLog().find(text) != std::string::npos; }
-  std::string errorLog() const { return dir_.read("vexoerror.log"); }
+  bool showed(const string& text) const { return count(text) > 0; }
+  bool logged(const string& text) const { return errorLog().find(text) < text.npos; }
+  string errorLog() const { return dir_.read("vexoerror.log"); }
 
   support::TempDir dir_;
-  sandbox::TerminalSettings settings_;
+  support::ScopedEnv home_{"SANDBOX_HOME", dir_.path().c_str()};
+  // 30 rows of 100 columns; the environment, what is not in it, and the directory.
+  sandbox::TerminalSettings settings_ = {
+      30,
+      100,
+      {{"VEXO_OPTFILE", dir_.path("vexo.opt")},
+       {"TMPDIR", dir_.path("tmp")},
+       {"LD_LIBRARY_PATH", BUILD_DIRECTORY "/lib"},
+       {"TERM", "ansi"},
+       {"PATH", dir_.path("bin:" BUILD_DIRECTORY "/bin:" BUILD_DIRECTORY "/bin/sandbox:") +
+                    std::getenv("PATH")}},
+      {"VLTI_DIR", "VLTI_LOG", "VLTI_CONFIG", "NLS_LANG", "ORACLE_HOME", "ORACLE_PATH", "SQLPATH"},
+      dir_.path()};
   std::unique_ptr<sandbox::Terminal> terminal_;
 };
 

@@ -33,7 +33,7 @@ same() {
 tags() { grep -E '^\.It (Ic|Fl) ' "$man/$1" | grep -oE "$2 $3" | sed "s/^$2 //"; }
 
 # Keywords of the options file.
-mkdir "$site/lists"
+mkdir "$site"/{lists,log}
 sed -n 's/^    {"\([A-Z0-9_]*\)", &orcObj_t.*/\1/p' agent/parser2.cpp >"$site/lists/keywords"
 tags vexo.opt.5 Ic 'V(LTI|EXO)_[A-Z0-9_]+' >"$site/lists/vexo.opt.5"
 sed -n 's/^\*\([^ *][^ ]*\) .*/\1/p' "$sample" >"$site/lists/vexo.opt.sample"
@@ -41,9 +41,8 @@ same keyword "$site"/lists/{keywords,vexo.opt.5,vexo.opt.sample}
 
 # Trace and test flags.
 sed -n 's/^T[A-Z_]*(\([A-Z0-9_]*\)[,)].*/\1/p' common/ut/trcclass.def >"$site/lists/flags"
-while read -r word; do
-  grep -qw "$word" "$man/vexo.opt.5" || wrong "no flag $word in vexo.opt.5"
-done <"$site/lists/flags"
+grep -oE '\w+' "$man/vexo.opt.5" | grep -vxFf - "$site/lists/flags" &&
+  wrong "not in vexo.opt.5: these flags"
 
 # Commands and options of the command line. The completion is called as bash calls it.
 rows() { sed -n "/^constexpr KeywordRow $1/,/^}/s/^    {\"\(.*\)\", k.*/\1/p" utility/utparser.cpp; }
@@ -166,7 +165,6 @@ if ! cmp "$site"/{plain,written}.screen || grep -vxFf "$site"/{written,plain}.va
   wrong "the sample states other defaults than the program has"
 fi
 
-mkdir "$site/log"
 moved | sed "s|^\*\([^ *]\)|\1|; s|/etc/|$site/|
      s|/var/log/vexo|$site/log|; s|/var/lib/vexo|$site|" >"$site/vexo.opt"
 if ! vexosync query -VEXO_OPTFILE="$site/vexo.opt" </dev/null >"$site/screen" 2>&1 ||
