@@ -26,6 +26,7 @@ class Agent : public testing::Test {
   ~Agent() override {
     destroyNlsGlobalObject();
     ut::setRunFormats({1, 1, 1});
+    TEST_LEGACYPWD = TEST_SYNCDBNORMAN = 0;
   }
   std::string log() const { return dir.read("installed/agent/vexoerror.log"); }
   // Fills options: each is followed by its value.

@@ -13,6 +13,9 @@ TEST_F(OptionsFile, TakesValuesAsPeopleWriteThem) {
   const string longest(500, 'x');
   for (const auto& [lines, field, value] :
        {tuple("vexo_fs   \"/ora fs\"  \n"s, &orcObj_t::VEXO_FS, "/ora fs"s),
+        {"VEXO_FS ora//", &orcObj_t::VEXO_FS, "/ora"},
+        {"VEXO_FS ///", &orcObj_t::VEXO_FS, "/"},
+        {"VEXO_FS //a", &orcObj_t::VEXO_FS, "//a"},
         {"  \tVexo_Node\tN x \r\n", &orcObj_t::VEXO_NODE, "N x"},
         {"VEXO_NODE,\"a\"b\"", &orcObj_t::VEXO_NODE, "ab"},
         {"VEXO_NODE a\nvexo_node b\n", &orcObj_t::VEXO_NODE, "b"},
@@ -58,30 +61,18 @@ TEST_F(OptionsFile, IsFoundThroughTheEnvironment) {
   dir.write(kInstalled, "VEXO_NODE installed");
   dir.write("my.opt", "VEXO_NODE mine");
   support::Captured shown(STDERR_FILENO);
+  const string tooLong(1025, 'x');
   // The variable, and the node that was read; the last file is a directory.
-  for (const auto& [variable, node] : {pair(""s, "installed"),
-                                       {"my.opt", "mine"},
-                                       {"'my.opt'", "mine"},
-                                       {"\"my.opt\"", "mine"},
-                                       {string(1025, 'x'), "installed"},
-                                       {"'my.opt\"", ""},
-                                       {"''", ""},
-                                       {"installed", ""}}) {
+  const pair<string, const char*> rows[] = {
+      {"", "installed"},      {"my.opt", "mine"}, {"'my.opt'", "mine"}, {"\"my.opt\"", "mine"},
+      {tooLong, "installed"}, {"'my.opt\"", ""},  {"''", ""},           {"installed", ""}};
+  for (const auto& [variable, node] : rows) {
     optionFile.set(variable.c_str());
     EXPECT_EQ(*node == '\0' ? 2534 : 0, vexoSetOptions(&orc)) << variable;
     EXPECT_STREQ(node, orc.VEXO_NODE) << variable;
   }
   const string text = shown.take();
   for (const char* part : {": 'my.opt\"\nQRB2615E", ": installed\n"}) EXPECT_HOLDS(text, part);
-}
-
-TEST_F(OptionsFile, FileSpaceGetsItsShape) {
-  for (const auto& [given, shaped] :
-       {pair("", agent::kDefaultFileSpace), {"ora///", "/ora"}, {"///", "/"}, {"//a", "//a"}}) {
-    set(orc.VEXO_FS, given);
-    vexoCheckFS(&orc);
-    EXPECT_STREQ(shaped, orc.VEXO_FS) << given;
-  }
 }
 
 }  // namespace

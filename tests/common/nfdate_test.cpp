@@ -9,16 +9,9 @@ namespace {
 
 using std::pair, std::string, std::to_string;
 
-// Restores the default formats when a test ends.
-class Dates : public testing::Test {
- protected:
-  ~Dates() override { ut::setRunFormats({1, 1, 1}); }
-  static bool parses(const string& answer, nfDate* date) {
-    return dateParse(answer.c_str(), date, 0) == 0;
-  }
-};
+bool parses(const string& answer, nfDate* date) { return dateParse(answer.c_str(), date, 0) == 0; }
 
-TEST_F(Dates, FollowTheirFormatToTheLetter) {
+TEST(Dates, FollowTheirFormatToTheLetter) {
   const string kLeapDay[] = {"02/29/2024", "02/29/2024", "29-02-2024",
                              "2024-02-29", "29.02.2024", "2024.02.29"};
   const nfDate untouched = ut::makeDate(1, 2, 3, 4, 5, 6), leapDay = ut::makeDate(2024, 2, 29);
@@ -44,9 +37,10 @@ TEST_F(Dates, FollowTheirFormatToTheLetter) {
       EXPECT_EQ(good, parses(answer, &date)) << "'" << answer << "'";
     }
   }
+  ut::setRunFormats({1, 1, 1});
 }
 
-TEST_F(Dates, CountDaysAheadUpToTheEndOfTheCalendar) {
+TEST(Dates, CountDaysAheadUpToTheEndOfTheCalendar) {
   using namespace std::chrono;
   nfDate date;
   const auto ahead = [&](const string& answer) {
@@ -68,7 +62,7 @@ TEST_F(Dates, CountDaysAheadUpToTheEndOfTheCalendar) {
   }
 }
 
-TEST_F(Dates, TimesAndNumbersAreShownInTheRunsFormat) {
+TEST(Dates, TimesAndNumbersAreShownInTheRunsFormat) {
   const char* const kShown[] = {
       "00:00:07 23:00:07 1,234 1.17 MB",   "00:00:07 23:00:07 1,234 1.17 MB",
       "00,00,07 23,00,07 1,234 1,17 MB",   "00.00.07 23.00.07 1 234 1,17 MB",
@@ -85,10 +79,9 @@ TEST_F(Dates, TimesAndNumbersAreShownInTheRunsFormat) {
                 ut::formatSize(~0ull).text + "|" + ut::formatNumber(~0ull).text + "|" +
                 ut::formatNumber(123456).text);
   ut::setRunFormats({6, 5, -1});  // no such numbers
-  char today[16];
   const std::time_t now = std::time(nullptr);
-  std::strftime(today, sizeof today, "%m/%d/%Y", std::localtime(&now));
-  EXPECT_STREQ(today, ut::formatDate(ut::localNow()).text);
+  EXPECT_EQ((std::ostringstream() << std::put_time(std::localtime(&now), "%m/%d/%Y")).str(),
+            ut::formatDate(ut::localNow()).text);
 }
 
 }  // namespace
