@@ -64,7 +64,7 @@ TEST(CodeText, IsCutToTheBufferAndReportedWithItsFullLength) {
     EXPECT_EQ(pair(string(wanted), whole), pair(string(text), length));
     EXPECT_EQ('?', text[size]) << "nothing is written past the buffer";
   }
-  for (const std::size_t length : {255, 256, VLT_MAX_RC_TEXT}) {
+  for (const unsigned length : {255u, 256u, unsigned{VLT_MAX_RC_TEXT}}) {
     const string text(length, 't');  // one that was cut is asked for again
     ScriptedApi api(std::vector(length > 255 ? 2 : 1, Step("vltRCMsg", "7 51").text(text)));
     api.add({Step("vltLogMessage", "7 3 'error 51 returned from vltInit: " + text + "'")});
