@@ -3,24 +3,15 @@
 //
 // malloc and the start of programs are replaced at link time (--wrap), the allocation operators
 // here. The storage library is a table in this file, which allocates nothing.
-#include <gtest/gtest.h>
 #include <spawn.h>
 #include <sys/wait.h>
 
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <new>
-#include <set>
-#include <string>
-#include <utility>
 
 #include "api/vltapi.h"
-#include "common/ut/linklist.h"
 #include "common/ut/psmem.h"
 #include "common/ut/trace.h"
-#include "tests/support/captured.h"
 #include "tests/support/traced.h"
 #include "tests/utility/messages.h"
 #include "utility/bplus.h"
@@ -29,16 +20,15 @@
 
 namespace {
 
+using std::string;
+
 long countdown = -1;  // allocations until one fails; negative: none does
 bool onlyOne = true;  // false: all later ones fail too
-bool struck = false;
-bool environmentIsFull = false;
+bool struck = false, environmentIsFull = false;
 
 bool fails() {
-  if (countdown < 0) return false;
-  if (countdown == 0) return !onlyOne;
-  --countdown;
-  if (countdown == 0) struck = true;
+  if (countdown <= 0) return countdown == 0 && !onlyOne;
+  struck = struck || --countdown == 0;
   return countdown == 0;
 }
 
