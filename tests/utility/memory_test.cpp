@@ -224,11 +224,10 @@ TEST_F(OutOfMemory, EndsTheRunInOrderOrIsSurvived) {
 }
 
 // The status of the whole program if the n-th allocation fails; -1 if it does not take so many.
-int statusOf(const string& command, const string& option, long n) {
+int statusOf(string option, long n) {
   const pid_t child = ::fork();
   if (child == 0) {
-    string words[] = {command, option};  // the parser changes them
-    char* arguments[] = {words[0].data(), words[0].data(), words[1].data(), nullptr};
+    char query[] = "query", *arguments[] = {query, query, option.data(), nullptr};
     destroyNlsGlobalObject();
     countdown = n;
     const int rc = vexosyncMain(3, arguments);
@@ -246,12 +245,12 @@ TEST_F(OutOfMemory, NeverLooksLikeSuccess) {
   std::set<int> seen;
   struck = false;
   onlyOne = true;
-  for (long n = 1; !seen.contains(-1); ++n) seen.insert(statusOf("query", option, n));
+  for (long n = 1; !seen.contains(-1); ++n) seen.insert(statusOf(option, n));
   output.take();
   // The end; no catalog, no library (all was well until then), the codes 2522 and 2534, no trace.
   EXPECT_EQ((std::set<int>{-1, 98, 104, 218, 230, 255}), seen);
   environmentIsFull = true;
-  EXPECT_EQ(255, statusOf("query", option, -1));
+  EXPECT_EQ(255, statusOf(option, -1));
   environmentIsFull = false;
 }
 
