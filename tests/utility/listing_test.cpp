@@ -42,10 +42,9 @@ std::vector<Step> started() {
           }),
           Step("vltBeginQuery", "7 1 '/fs' '/*' '/*' owner='DBA'")
               .fill<const VltQueryBackup>([](const VltQueryBackup& query) {
-                const auto& [year, month, day, hour, minute, second] = query.pitDate;
+                const auto& [year, month, day, h, m, s] = query.pitDate;
                 EXPECT_EQ(tuple(2, VLT_STATE_ACTIVE, 2026, 3, 31, 23, 59, 59),
-                          tuple(query.structVersion, query.objState, year, month, day, hour, minute,
-                                second));
+                          tuple(query.structVersion, query.objState, year, month, day, h, m, s));
               })};
 }
 
@@ -97,12 +96,12 @@ TEST_F(FileList, CountsTheStartDateByWholeDays) {
 // Everything depends on this comparison: one leading "/" is dropped, the rest must be equal byte by
 // byte.
 TEST_F(FileList, LeavesOutWhatTheTreeHolds) {
-  const string longest(255, 'x'), fs = "/fs/oracle";
+  const string longest(255, 'x'), d = "/fs/oracle";
   list({found("/known"), found("known"), found("//deep"), found("/deep"), found("/Known"),
         found("/know"), found("/known "), found("/"), found("/" + longest), found("x" + longest)},
        know({"known", "/deep", longest}).get());
-  EXPECT_EQ(fs + "/deep " + fs + "/Known " + fs + "/know " + fs + "/known  " + fs + "/ " + fs +
-                "x" + longest + " ",
+  EXPECT_EQ(d + "/deep " + d + "/Known " + d + "/know " + d + "/known  " + d + "/ " + d + "x" +
+                longest + " ",
             names());
 }
 

@@ -212,8 +212,7 @@ TEST_F(PickList, SaysWhatTheLastAnswerDid) {
     const string text = run(list, answers + "\nq\n", kPickCancelled, &record);
     const string last = text.substr(text.rfind(kLeave));
     EXPECT_EQ(kLeave + "  Picked " + picked + "  ! 1 doubt, see the question" + changes,
-              last.substr(0, last.find('\n')))
-        << answers;
+              last.substr(0, last.find('\n')));
   }
 }
 
