@@ -6,7 +6,6 @@
 // faults are put into the spool file afterwards. The storage library is a list in this file.
 #include "common/ut/ascii.h"
 #include "common/ut/strutil.h"
-#include "tests/support/captured.h"
 #include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"
 #include "utility/syncdb_catalog.h"
@@ -124,16 +123,6 @@ class Answers : public WithErrorLog {
  protected:
   Answers() { dir_.enter(); }
 
-  void makeCatalog(const Texts& handles) {
-    string lines;
-    for (const string& handle : handles) lines += handle + "\t2026-03-07T08:05:09\n";
-    dir_.write("handles", lines);
-    std::filesystem::remove_all("catalogs");
-    ASSERT_EQ(0,
-              std::system("{ zylstore catalog add prod --user rman --password rman --kind recovery "
-                          "&& zylstore catalog load prod handles; } >/dev/null"));
-  }
-
   // The lines that sqlplus answers with a profile and a language; none if the query fails.
   Texts answer(const Profile& profile, const char* language) {
     dir_.write("sqlplus/admin/glogin.sql", profile.text + string("\n"));
@@ -184,14 +173,20 @@ class Answers : public WithErrorLog {
           if (handles.back().size() < VLT_MAX_LOWLEVEL) objects.push_back(handles.back());
         }
         objects.insert(objects.begin() + static_cast<std::ptrdiff_t>(objects.size() / 2), kOrphan);
-        makeCatalog(handles);
+        string lines;
+        for (const string& handle : handles) lines += handle + "\t2026-03-07T08:05:09\n";
+        dir_.write("handles", lines);
+        std::filesystem::remove_all("catalogs");
+        ASSERT_EQ(0, std::system(
+                         "{ zylstore catalog add prod --user rman --password rman --kind recovery "
+                         "&& zylstore catalog load prod handles; } >/dev/null"));
         for (const Profile& profile : kProfiles) {
           const Texts answered = answer(profile, language);
           for (const Fault& fault : kFaults) {
-            Texts lines = answered, offered;
-            if (!apply(fault, &lines)) continue;
+            Texts changed = answered, offered;
+            if (!apply(fault, &changed)) continue;
             utility::RunRecord run(utility::ListKind::kOrphans);
-            const bool refused = !accepts(lines, objects, &run, &offered);
+            const bool refused = !accepts(changed, objects, &run, &offered);
             SCOPED_TRACE(kind.name + (", " + std::to_string(rows)) +
                          " rows, profile: " + profile.text + ", fault: " + fault.name);
             if (isOrdinary(kind, rows, profile, fault, name)) {

@@ -2,7 +2,6 @@
 #include <pwd.h>
 
 #include "common/ut/result.h"
-#include "tests/support/captured.h"
 #include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"
 #include "utility/syncdb_deletion.h"

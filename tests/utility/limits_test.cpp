@@ -6,7 +6,6 @@
 
 #include "agent/errormsg.h"
 #include "agent/password.h"
-#include "tests/support/captured.h"
 #include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"
 #include "utility/bplus.h"

@@ -2,7 +2,6 @@
 #include <algorithm>
 
 #include "common/ut/trace.h"
-#include "tests/support/captured.h"
 #include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"
 #include "utility/dialogue.h"

@@ -2,10 +2,9 @@
 #ifndef TESTS_UTILITY_MESSAGES_H
 #define TESTS_UTILITY_MESSAGES_H
 
-#include <gtest/gtest.h>
-
 #include "common/nls/nls.h"
 #include "common/ut/installdirs.h"
+#include "tests/support/captured.h"
 #include "tests/support/tempdir.h"
 
 class WithMessages : public testing::Test {

@@ -3,45 +3,42 @@
 
 #include <algorithm>
 
-#include "tests/support/captured.h"
 #include "tests/utility/messages.h"
 
 namespace {
 
 using std::string, std::tuple, std::pair;
 
-struct Parsed {
-  unsigned short rc;
-  vexoCommandsInfo_t commands = {};
-  vexoOptionsInfo_t options = {};
-  string arguments;  // what the parser left of the words after the command
-};
-
 class CommandLine : public WithMessages {
  protected:
-  static Parsed parse(const string& line) {
+  int parse(const string& line) {
     std::istringstream in("vexosync " + line);
     string words[6];
     char* arguments[6];
     int count = 0;
     for (; in >> words[count]; ++count) arguments[count] = words[count].data();
-    Parsed result = {};
-    result.rc = vexoParseCmdLine(count, arguments, &result.commands, &result.options);
-    result.arguments = words[2] + words[3];
-    return result;
+    commands_ = {};
+    options_ = {};
+    const int rc = vexoParseCmdLine(count, arguments, &commands_, &options_);
+    left_ = words[2] + words[3];
+    return rc;
   }
 
   // Tries each beginning of a word, and the word with a letter too many. Its capitals are the
   // shortest form; a value may follow it.
-  static void expectForms(const string& before, const string& text, int otherwise) {
+  void expectForms(const string& before, const string& text, int otherwise) {
     const string word = text.substr(0, text.find('=')), value = text.substr(word.size());
     const auto shortest = std::ranges::count_if(word, [](char c) { return c < 'a'; });
     for (std::size_t length = 1; length <= word.size() + 1; ++length) {
       const string form = (word + "x").substr(0, length);
       const bool fits = static_cast<long>(length) >= shortest && length <= word.size();
-      EXPECT_EQ(fits ? 0 : otherwise, parse(before + form + value).rc) << form;
+      EXPECT_EQ(fits ? 0 : otherwise, parse(before + form + value)) << form;
     }
   }
+
+  vexoCommandsInfo_t commands_;
+  vexoOptionsInfo_t options_;
+  string left_;  // what the parser left of the words after the command
 };
 
 // Each command, its flag, and which of the options it takes.
@@ -58,9 +55,9 @@ TEST_F(CommandLine, TakesEachWordFromItsShortestFormOnAndEachOptionWhereItBelong
   };
   for (const auto& [command, flag, takes] : commands) {
     expectForms("", command, 1);
-    EXPECT_EQ(1u, parse(command).commands.*flag) << command;
+    EXPECT_EQ(std::pair(0, 1u), std::pair(parse(command), commands_.*flag)) << command;
     for (const char* taken = takes; const string& option : options) {
-      EXPECT_EQ(*taken++ == '+' ? 0 : 4, parse(command + " " + option).rc) << command << option;
+      EXPECT_EQ(*taken++ == '+' ? 0 : 4, parse(command + " " + option)) << command << option;
     }
   }
   for (const string& option : options)
@@ -87,15 +84,18 @@ TEST_F(CommandLine, GivesAResultForEveryLine) {
       {"query " + longest, 0, ""},
       {"query " + longest + "x", 4, longest.substr(0, 255)}};
   for (const auto& [line, rc, refused] : rows) {
-    const Parsed parsed = parse(line);
-    EXPECT_EQ(tuple(rc, refused), tuple(parsed.rc, parsed.options.refused)) << line;
-    EXPECT_TRUE(rc == 0 || parsed.commands.help == 1) << line;
+    EXPECT_EQ(rc, parse(line)) << line;
+    EXPECT_EQ(refused, options_.refused) << line;
+    EXPECT_TRUE(rc == 0 || commands_.help == 1) << line;
   }
-  EXPECT_STREQ("/a/B=c.opt", parse("query -vexo_opt=/a/B=c.opt").options.optFile);
-  EXPECT_STREQ("o", parse("showver -out=o").options.outFile);
-  const vexoOptionsInfo_t two = parse("sync -nocat -numorcinst=1999999999").options;
-  EXPECT_TRUE(two.numOrcInstances == 1999999999 && two.noCatalog == 1);
-  EXPECT_EQ(25, parse("sync -numcat=25").options.numCatalogs);
+  EXPECT_EQ(0, parse("query -vexo_opt=/a/B=c.opt"));
+  EXPECT_STREQ("/a/B=c.opt", options_.optFile);
+  EXPECT_EQ(0, parse("showver -out=o"));
+  EXPECT_STREQ("o", options_.outFile);
+  EXPECT_EQ(0, parse("sync -nocat -numorcinst=1999999999"));
+  EXPECT_TRUE(options_.numOrcInstances == 1999999999 && options_.noCatalog == 1);
+  EXPECT_EQ(0, parse("sync -numcat=25"));
+  EXPECT_EQ(25, options_.numCatalogs);
 }
 
 // The result, and what is said of it; "D" is the command and "-o" the option that was refused.
@@ -119,9 +119,9 @@ TEST_F(CommandLine, HasAMessageForEveryResult) {
 
 // They are parsed as options first, which upper-cases them and cuts them at "=". Kept on purpose.
 TEST_F(CommandLine, TakesPasswordsAsTheTrialAsOptionsLeavesThem) {
-  const Parsed parsed = parse("password " + string(99, 'x') + " b=c");
-  EXPECT_EQ(string(64, 'X'), parsed.options.oldPassword);
-  EXPECT_STREQ("B", parsed.options.newPassword);
+  EXPECT_EQ(0, parse("password " + string(99, 'x') + " b=c"));
+  EXPECT_EQ(string(64, 'X'), options_.oldPassword);
+  EXPECT_STREQ("B", options_.newPassword);
 }
 
 // Every user can read the arguments of a process.
@@ -129,8 +129,8 @@ TEST_F(CommandLine, LeavesNoPasswordInTheArguments) {
   for (const auto& [line, wiped] : {pair("password abc=d xyz", true),
                                     {"password abc xyz -vexo_opt=f", true},
                                     {"password abc -vexo_opt=f", false}}) {
-    const string left = parse(line).arguments;
-    EXPECT_EQ(wiped, left.find_first_not_of('\0') == left.npos) << line << ": " << left;
+    EXPECT_EQ(wiped ? 0 : 4, parse(line)) << line;
+    EXPECT_EQ(wiped, left_.find_first_not_of('\0') == left_.npos) << line << ": " << left_;
   }
 }
 
