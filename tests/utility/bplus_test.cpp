@@ -4,9 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <set>
-#include <string>
-#include <tuple>
 
 #include "common/ut/psmem.h"
 #include "common/ut/sanitized.h"
@@ -14,43 +11,43 @@
 
 namespace {
 
-short insert(dsBPlusTree& tree, const std::string& name,
-             dsBPlusTree::CopyFn copy = utInsertFilename,
+using std::string;
+
+short insert(dsBPlusTree& tree, const string& name, dsBPlusTree::CopyFn copy = utInsertFilename,
              dsBPlusTree::CompareFn compare = utFindFilename) {
   return tree.IsertItem(const_cast<char*>(name.c_str()), static_cast<int>(name.size()) + 1, copy,
                         compare);
 }
 
-const char* find(dsBPlusTree& tree, const std::string& name,
+const char* find(dsBPlusTree& tree, const string& name,
                  dsBPlusTree::CompareFn compare = utFindFilename) {
   return static_cast<const char*>(tree.SearchItem(const_cast<char*>(name.c_str()), compare));
 }
 
 // Names of very different lengths: a buffer that is reused would overflow if its size were mixed up
 // with another.
-std::string randomName(std::mt19937& random) {
-  std::string name(random() % (random() % 8 == 0 ? 300 : 6) + 1, 'a');
+string randomName(std::mt19937& random) {
+  string name(random() % (random() % 8 == 0 ? 300 : 6) + 1, 'a');
   for (char& c : name) c = static_cast<char>('a' + random() % 5);
   return name;
 }
 
 TEST(BPlusTree, AgreesWithASetAndReleasesAllButAStagingBufferForEachInsertion) {
-  constexpr unsigned kSeed = 4711;
-  std::mt19937 random(kSeed);
+  std::mt19937 random(4711);
   for (int round = 0; round < 20; ++round) {
     const ut::MemoryUse before = ut::trackedMemory();
     std::size_t staged = 0;
     {
       dsBPlusTree tree(utFreeTree);
-      std::set<std::string> oracle;
+      std::set<string> oracle;
       for (int i = 0; i < 600; ++i) {
-        const std::string name = randomName(random), other = randomName(random);
+        const string name = randomName(random), other = randomName(random);
         const short expected = oracle.insert(name).second ? kTreeStored : DUP_VAL;
-        ASSERT_EQ(expected, insert(tree, name)) << "seed " << kSeed << ", " << name;
-        ASSERT_EQ(oracle.count(other) == 1, find(tree, other) != nullptr) << other;
+        ASSERT_EQ(expected, insert(tree, name)) << "seed 4711, " << name;
+        ASSERT_EQ(oracle.contains(other), find(tree, other) != nullptr) << other;
         staged += name.size() + 1;
       }
-      for (const std::string& name : oracle) ASSERT_STREQ(name.c_str(), find(tree, name));
+      for (const string& name : oracle) ASSERT_STREQ(name.c_str(), find(tree, name));
     }
     EXPECT_EQ(600u, ut::trackedMemory().blocks - before.blocks);
     // How a block's size is rounded up is the allocator's affair.
@@ -64,13 +61,9 @@ TEST(BPlusTree, AgreesWithASetAndReleasesAllButAStagingBufferForEachInsertion) {
 TEST(BPlusTree, ComparesCopiesAndAllocatesExactlyAsOftenAsEver) {
   static long compared, copied;
   const auto compare = [](void* searched, void* stored) {
-    ++compared;
-    return utFindFilename(searched, stored);
+    return ++compared, utFindFilename(searched, stored);
   };
-  const auto copy = [](void* from, void* to) {
-    ++copied;
-    return utInsertFilename(from, to);
-  };
+  const auto copy = [](void* from, void* to) { return ++copied, utInsertFilename(from, to); };
   // The order of the names, comparisons, copies, blocks, and the comparisons of a search for each.
   for (const auto& [first, step, insertions, copies, blocks, searches] :
        {std::tuple(0, 1, 342092, 34952, 39944u, 189992),
@@ -83,9 +76,8 @@ TEST(BPlusTree, ComparesCopiesAndAllocatesExactlyAsOftenAsEver) {
     compared = copied = 0;
     const std::size_t taken = ut::trackedMemory().taken;
     for (int i = 0; i < 10000; ++i) ASSERT_EQ(kTreeStored, insert(tree, name(i), copy, compare));
-    EXPECT_EQ(insertions, compared) << step;
-    EXPECT_EQ(copies, copied) << step;
-    EXPECT_EQ(blocks, ut::trackedMemory().taken - taken) << step;
+    EXPECT_EQ(std::tuple(insertions, copies, blocks),
+              std::tuple(compared, copied, ut::trackedMemory().taken - taken));
     compared = 0;
     for (int i = 0; i < 10000; ++i) ASSERT_NE(nullptr, find(tree, name(i), compare));
     EXPECT_EQ(searches, compared) << step;

@@ -1,15 +1,11 @@
 // limits_test.cpp: files that can no longer be written or opened. A limit on the size of files acts
 // as a full disk, a limit on descriptors as a system that has none left.
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <csignal>
-#include <functional>
 
 #include "agent/errormsg.h"
 #include "agent/password.h"
-#include "common/ut/agttrc.h"
-#include "tests/support/captured.h"
 #include "tests/support/scripted_api.h"
 #include "tests/utility/messages.h"
 #include "utility/bplus.h"
@@ -21,65 +17,52 @@ namespace {
 using Limits = WithErrorLog;
 
 TEST_F(Limits, EndWithTheNamedCodeAndDamageNoExistingFile) {
-  const std::string passwords = dir_.path(), password = dir_.write("VEXO.N", "the old one");
-  const std::string script = dir_.path("SQLI.sql"), spool = dir_.path("SQLO_1.out");
-  const std::string trace = dir_.path("trace");
-  const auto query = [&] {
+  dir_.enter();
+  const auto query = [] {
     const objCatInfo_s catalog = {};
-    const nfDate day = ut::makeDate(2026, 3, 7);
-    return utQueryCatalog(&catalog, script.c_str(), spool.c_str(), day, day);
+    return utQueryCatalog(&catalog, "i.sql", "o_1.out", {}, {});
   };
-  const auto load = [&] {
-    dsBPlusTree tree;
-    dsBPlusTree* pointer = &tree;
-    return utLoadBTree(spool.c_str(), &pointer);
+  const auto load = [] {
+    dsBPlusTree tree, *pointer = &tree;
+    return utLoadBTree("o_1.out", &pointer);
   };
   std::signal(SIGXFSZ, SIG_IGN);
   unsigned key[2] = {};
   VEXCTrace tracing;
-  const struct {
-    const char* what;
-    std::function<int()> act;
-    int onFullDisk, withoutDescriptors;
-    const char* message;  // empty: nothing may be shown
-  } rows[] = {
-      {"script", query, 2575, 2575, "QRB2575E"},
-      {"spool", load, 2533, 2576, "Nothing was deleted."},
-      {"password",
-       [&] { return psvexoWritePswdToFile(passwords.c_str(), password.c_str(), "x", key); }, -1,
-       2521, ""},
-      {"trace", [&] { return static_cast<int>(tracing.trBegin(trace.c_str(), 0)); }, 406, 406,
-       "Unable to open trace output file"},
-      {"error log", [&] { return vexoErrorMsg("lost", 0), 0; }, 0, 0, ""},
-  };
-  const std::string log = dir_.write("vexoerror.log", "before\n");
-  for (const bool fullDisk : {true, false}) {
-    for (const auto& row : rows) {
-      dir_.write("SQLO_1.out", "piece\n");
-      const std::size_t enciphers = fullDisk && row.onFullDisk == -1 ? 1 : 0;
-      support::ScriptedApi api(
-          std::vector<support::Step>(enciphers, support::Step("vltEncryptEx")));
+  // Each step, its code on a full disk and without descriptors, and what is shown; empty: nothing.
+  const std::tuple<std::function<long()>, int, int, const char*> rows[] = {
+      {query, 2575, 2575, "QRB2575E"},
+      {load, 2533, 2576, "Nothing was deleted."},
+      {[&] { return psvexoWritePswdToFile(".", "VEXO.N", "x", key); }, -1, 2521, ""},
+      {[&] { return tracing.trBegin("trace", 0); }, 406, 406, "Unable to open trace output file"},
+      {[&] { return vexoErrorMsg("lost", 0), 0; }, 0, 0, ""}};
+  dir_.write("VEXO.N", "the old one");
+  dir_.write("vexoerror.log", "before\n");
+  for (const auto limit : {RLIMIT_FSIZE, RLIMIT_NOFILE}) {
+    for (const auto& [act, onFullDisk, withoutDescriptors, message] : rows) {
+      SCOPED_TRACE(onFullDisk);
+      dir_.write("o_1.out", "piece\n");
+      support::ScriptedApi api;
+      if (limit == RLIMIT_FSIZE && onFullDisk == -1) api.add({support::Step("vltEncryptEx")});
       support::Captured output;
-      const auto limit = fullDisk ? RLIMIT_FSIZE : RLIMIT_NOFILE;
       struct rlimit before;
       ::getrlimit(limit, &before);
       const struct rlimit none = {0, before.rlim_max};
       ::setrlimit(limit, &none);
-      const int rc = row.act();
+      const long rc = act();
       ::setrlimit(limit, &before);
       const std::string shown = output.take();
-      EXPECT_EQ(fullDisk ? row.onFullDisk : row.withoutDescriptors, rc) << row.what;
-      EXPECT_NE(std::string::npos, shown.find(row.message)) << row.what << shown;
-      EXPECT_EQ(*row.message == '\0', shown.empty()) << row.what << shown;
+      EXPECT_EQ(limit == RLIMIT_FSIZE ? onFullDisk : withoutDescriptors, rc);
+      EXPECT_TRUE(*message == '\0' ? shown.empty() : shown.find(message) != shown.npos) << shown;
     }
   }
   EXPECT_EQ("the old one", dir_.read("VEXO.N"));
   EXPECT_EQ("before\n", dir_.read("vexoerror.log"));
-  EXPECT_FALSE(std::filesystem::exists(script));
+  EXPECT_FALSE(dir_.has("i.sql"));
   EXPECT_EQ(0, load()) << "with the limits gone";
-  EXPECT_FALSE(dir_.has("SQLO_1.out.room")) << "which tests whether there is room";
-  dir_.write("SQLO_1.out", "piece\n");
-  dir_.write("SQLO_1.out.room/in the way", "");
+  EXPECT_FALSE(dir_.has("o_1.out.room")) << "which tests whether there is room";
+  dir_.write("o_1.out", "piece\n");
+  dir_.write("o_1.out.room/in the way", "");
   EXPECT_EQ(2533, load());
 }
 

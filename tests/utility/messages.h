@@ -2,10 +2,9 @@
 #ifndef TESTS_UTILITY_MESSAGES_H
 #define TESTS_UTILITY_MESSAGES_H
 
-#include <gtest/gtest.h>
-
 #include "common/nls/nls.h"
 #include "common/ut/installdirs.h"
+#include "tests/support/captured.h"
 #include "tests/support/tempdir.h"
 
 class WithMessages : public testing::Test {
@@ -22,13 +21,9 @@ class WithMessages : public testing::Test {
 
 class WithErrorLog : public WithMessages {
  protected:
-  void SetUp() override {
-    WithMessages::SetUp();
-    options_.set(dir_.write("vexo.opt", "VLTI_LOG " + dir_.path() + "\n").c_str());
-  }
-
   support::TempDir dir_;
-  support::ScopedEnv options_{"VEXO_OPTFILE", nullptr};
+  support::ScopedEnv options_{"VEXO_OPTFILE",
+                              dir_.write("vexo.opt", "VLTI_LOG " + dir_.path() + "\n").c_str()};
 };
 
 #endif  // TESTS_UTILITY_MESSAGES_H

@@ -1,119 +1,107 @@
 // utparser_test.cpp: the results and values of command lines.
 #include "utility/utparser.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <sstream>
-#include <string>
-#include <tuple>
 
-#include "tests/support/captured.h"
 #include "tests/utility/messages.h"
 
 namespace {
 
-struct Parsed {
-  unsigned short rc;
-  vexoCommandsInfo_t commands = {};
-  vexoOptionsInfo_t options = {};
-  std::string arguments;  // what the parser left of the words after the command
-};
+using std::string, std::tuple, std::pair;
 
 class CommandLine : public WithMessages {
  protected:
-  static Parsed parse(const std::string& line) {
+  int parse(const string& line) {
     std::istringstream in("vexosync " + line);
-    std::string words[6];
+    string words[6];
     char* arguments[6];
     int count = 0;
     for (; in >> words[count]; ++count) arguments[count] = words[count].data();
-    Parsed result = {};
-    result.rc = vexoParseCmdLine(count, arguments, &result.commands, &result.options);
-    result.arguments = words[2] + words[3];
-    return result;
+    commands_ = {};
+    options_ = {};
+    const int rc = vexoParseCmdLine(count, arguments, &commands_, &options_);
+    left_ = words[2] + words[3];
+    return rc;
   }
 
   // Tries each beginning of a word, and the word with a letter too many. Its capitals are the
-  // shortest form.
-  static void expectForms(const std::string& before, const std::string& word,
-                          const std::string& after, unsigned short otherwise) {
+  // shortest form; a value may follow it.
+  void expectForms(const string& before, const string& text, int otherwise) {
+    const string word = text.substr(0, text.find('=')), value = text.substr(word.size());
     const auto shortest = std::ranges::count_if(word, [](char c) { return c < 'a'; });
     for (std::size_t length = 1; length <= word.size() + 1; ++length) {
-      const std::string form = (word + "x").substr(0, length);
+      const string form = (word + "x").substr(0, length);
       const bool fits = static_cast<long>(length) >= shortest && length <= word.size();
-      EXPECT_EQ(fits ? 0 : otherwise, parse(before + form + after).rc) << form;
+      EXPECT_EQ(fits ? 0 : otherwise, parse(before + form + value)) << form;
     }
   }
+
+  vexoCommandsInfo_t commands_;
+  vexoOptionsInfo_t options_;
+  string left_;  // what the parser left of the words after the command
 };
 
 // Each command, its flag, and which of the options it takes.
 TEST_F(CommandLine, TakesEachWordFromItsShortestFormOnAndEachOptionWhereItBelongs) {
-  using Flags = vexoCommandsInfo_t;
-  const std::pair<std::string, const char*> options[] = {{"-VEXO_OPTfile", "=f"},
-                                                         {"-OUTfile", "=f"},
-                                                         {"-NUMCATalogs", "=2"},
-                                                         {"-NOCATalog", ""},
-                                                         {"-NUMORCINSTances", "=2"}};
-  for (const auto& [command, flag, takes] :
-       {std::tuple(std::string("SHOWENVironment"), &Flags::showEnvironment, "++---"),
-        {"SHOWCLIOPtions", &Flags::showCliOptions, "++---"},
-        {"SHOWSESSOPtions", &Flags::showSessOptions, "++---"},
-        {"SHOWSESSINFO", &Flags::showSessInfo, "++---"},
-        {"SHOWVERsions", &Flags::showVersions, "++---"},
-        {"PASSWord", &Flags::password, "+----"},
-        {"SYNCdb", &Flags::syncdb, "+-+++"},
-        {"DELETE", &Flags::deleteObj, "+----"},
-        {"Query", &Flags::query, "+----"},
-        {"HELP", &Flags::help, "-----"}}) {
-    expectForms("", command, "", 1);
-    EXPECT_EQ(1u, parse(command).commands.*flag) << command;
-    for (const char* taken = takes; const auto& [option, value] : options) {
-      const unsigned short rc = *taken++ == '+' ? 0 : 4;
-      EXPECT_EQ(rc, parse(command + " " + option + value).rc) << command << option;
+  using Info = vexoCommandsInfo_t;
+  const string options[] = {"-VEXO_OPTfile=f", "-OUTfile=f", "-NUMCATalogs=2", "-NOCATalog",
+                            "-NUMORCINSTances=2"};
+  const tuple<string, decltype(&Info::help), const char*> commands[] = {
+      {"PASSWord", &Info::password, "+----"}, {"SHOWENVironment", &Info::showEnvironment, "++---"},
+      {"SYNCdb", &Info::syncdb, "+-+++"},     {"SHOWCLIOPtions", &Info::showCliOptions, "++---"},
+      {"DELETE", &Info::deleteObj, "+----"},  {"SHOWSESSOPtions", &Info::showSessOptions, "++---"},
+      {"Query", &Info::query, "+----"},       {"SHOWSESSINFO", &Info::showSessInfo, "++---"},
+      {"HELP", &Info::help, "-----"},         {"SHOWVERsions", &Info::showVersions, "++---"},
+  };
+  for (const auto& [command, flag, takes] : commands) {
+    expectForms("", command, 1);
+    EXPECT_EQ(std::pair(0, 1u), std::pair(parse(command), commands_.*flag)) << command;
+    for (const char* taken = takes; const string& option : options) {
+      EXPECT_EQ(*taken++ == '+' ? 0 : 4, parse(command + " " + option)) << command << option;
     }
   }
-  for (const auto& [option, value] : options) {
-    expectForms(option == "-OUTfile" ? "showver " : "sync ", option, value, 4);
-  }
+  for (const string& option : options)
+    expectForms(option[1] == 'O' ? "showver " : "sync ", option, 4);
 }
 
 // A line, its result, and as much as is kept of the argument that is refused.
 TEST_F(CommandLine, GivesAResultForEveryLine) {
-  const std::string longest = "-vexo_opt=" + std::string(1024, 'x');
-  for (const auto& [line, rc, refused] :
-       {std::tuple(std::string("sync -numcat=10"), 14, std::string("-numcat=10")),
-        {"sync -numcat=2147483648", 14, "-numcat=2147483648"},
-        {"sync -numcat=99999999999999999999", 14, "-numcat=99999999999999999999"},
-        {"sync -numcat=", 13, "-numcat="},
-        {"sync -numcat=2 -nocat -bad", 4, "-nocat"},
-        {"sync -nocat -numcat=2", 4, "-numcat=2"},
-        {"sync -nocat=whatever -numorcinst=2", 0, ""},
-        {"sync -numorcinst=2 -numcat=2", 4, "-numcat=2"},
-        {"sync -numcat=2 -numorcinst=2", 4, "-numorcinst=2"},
-        {"password -vexo_optfile=a.opt abc xyz", 13, "(not shown)"},
-        {"password abc xyz -vexo_optfile=a.opt", 0, ""},
-        {"password abc xyz -bad", 4, "(not shown)"},
-        {"synx", 1, ""},
-        {"", 12, ""},
-        {"query " + longest, 0, ""},
-        {"query " + longest + "x", 4, longest.substr(0, 255)}}) {
-    const Parsed parsed = parse(line);
-    EXPECT_EQ(rc, parsed.rc) << line;
-    EXPECT_EQ(refused, parsed.options.refused) << line;
-    EXPECT_TRUE(rc == 0 || parsed.commands.help == 1) << line;
+  const string longest = "-vexo_opt=" + string(1024, 'x');
+  const tuple<string, int, string> rows[] = {
+      {"sync -numcat=10", 14, "-numcat=10"},
+      {"sync -numcat=2147483648", 14, "-numcat=2147483648"},
+      {"sync -numcat=", 13, "-numcat="},
+      {"sync -numcat=2 -nocat -bad", 4, "-nocat"},
+      {"sync -nocat -numcat=2", 4, "-numcat=2"},
+      {"sync -nocat=whatever -numorcinst=2", 0, ""},
+      {"sync -numorcinst=2 -numcat=2", 4, "-numcat=2"},
+      {"sync -numcat=2 -numorcinst=2", 4, "-numorcinst=2"},
+      {"password -vexo_optfile=a.opt abc xyz", 13, "(not shown)"},
+      {"password abc xyz -vexo_optfile=a.opt", 0, ""},
+      {"password abc xyz -bad", 4, "(not shown)"},
+      {"synx", 1, ""},
+      {"", 12, ""},
+      {"query " + longest, 0, ""},
+      {"query " + longest + "x", 4, longest.substr(0, 255)}};
+  for (const auto& [line, rc, refused] : rows) {
+    EXPECT_EQ(rc, parse(line)) << line;
+    EXPECT_EQ(refused, options_.refused) << line;
+    EXPECT_TRUE(rc == 0 || commands_.help == 1) << line;
   }
-  EXPECT_STREQ("/a/B=c.opt", parse("query -vexo_opt=/a/B=c.opt").options.optFile);
-  EXPECT_STREQ("o", parse("showver -out=o").options.outFile);
-  const vexoOptionsInfo_t two = parse("sync -nocat -numorcinst=1999999999").options;
-  EXPECT_TRUE(two.numOrcInstances == 1999999999 && two.noCatalog == 1);
-  EXPECT_EQ(25, parse("sync -numcat=25").options.numCatalogs);
+  EXPECT_EQ(0, parse("query -vexo_opt=/a/B=c.opt"));
+  EXPECT_STREQ("/a/B=c.opt", options_.optFile);
+  EXPECT_EQ(0, parse("showver -out=o"));
+  EXPECT_STREQ("o", options_.outFile);
+  EXPECT_EQ(0, parse("sync -nocat -numorcinst=1999999999"));
+  EXPECT_TRUE(options_.numOrcInstances == 1999999999 && options_.noCatalog == 1);
+  EXPECT_EQ(0, parse("sync -numcat=25"));
+  EXPECT_EQ(25, options_.numCatalogs);
 }
 
 // The result, and what is said of it; "D" is the command and "-o" the option that was refused.
 TEST_F(CommandLine, HasAMessageForEveryResult) {
   for (const auto& [result, begin, end] :
-       {std::tuple(7, "\nQRB0102E ", "\nD\n\n"),
+       {tuple(7, "\nQRB0102E ", "\nD\n\n"),
         {4, "\nQRB0103E The option -o ", "\nD\n\n"},
         {12, "\nQRB0100E ", ".\n\n"},
         {13, "\nQRB0105E The option -o ", ".\n\n"},
@@ -121,9 +109,9 @@ TEST_F(CommandLine, HasAMessageForEveryResult) {
         {1702, "\nQRB2690E ", "(code 1702). Install it again.\n\n"}}) {
     support::Captured output;
     vexoPrintError(static_cast<unsigned short>(result), "D", "-o");
-    const std::string shown = output.take();
+    const string shown = output.take();
     EXPECT_TRUE(shown.starts_with(begin) && shown.ends_with(end)) << shown;
-    const std::string problem = utility::startProblem(static_cast<unsigned short>(result));
+    const string problem = utility::startProblem(static_cast<unsigned short>(result));
     EXPECT_EQ(result > 14, problem.find("rc = " + std::to_string(result) + "\n") != problem.npos);
     EXPECT_EQ(result <= 14, problem.empty());
   }
@@ -131,18 +119,18 @@ TEST_F(CommandLine, HasAMessageForEveryResult) {
 
 // They are parsed as options first, which upper-cases them and cuts them at "=". Kept on purpose.
 TEST_F(CommandLine, TakesPasswordsAsTheTrialAsOptionsLeavesThem) {
-  const Parsed parsed = parse("password " + std::string(99, 'x') + " b=c");
-  EXPECT_EQ(std::string(64, 'X'), parsed.options.oldPassword);
-  EXPECT_STREQ("B", parsed.options.newPassword);
+  EXPECT_EQ(0, parse("password " + string(99, 'x') + " b=c"));
+  EXPECT_EQ(string(64, 'X'), options_.oldPassword);
+  EXPECT_STREQ("B", options_.newPassword);
 }
 
 // Every user can read the arguments of a process.
 TEST_F(CommandLine, LeavesNoPasswordInTheArguments) {
-  for (const auto& [line, wiped] : {std::pair("password abc=d xyz", true),
+  for (const auto& [line, wiped] : {pair("password abc=d xyz", true),
                                     {"password abc xyz -vexo_opt=f", true},
                                     {"password abc -vexo_opt=f", false}}) {
-    const std::string left = parse(line).arguments;
-    EXPECT_EQ(wiped, left.find_first_not_of('\0') == left.npos) << line << ": " << left;
+    EXPECT_EQ(wiped ? 0 : 4, parse(line)) << line;
+    EXPECT_EQ(wiped, left_.find_first_not_of('\0') == left_.npos) << line << ": " << left_;
   }
 }
 
