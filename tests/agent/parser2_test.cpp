@@ -65,7 +65,8 @@ TEST_F(OptionsFile, IsFoundThroughTheEnvironment) {
   // The variable, and the node that was read; the last file is a directory.
   const pair<string, const char*> rows[] = {
       {"", "installed"},      {"my.opt", "mine"}, {"'my.opt'", "mine"}, {"\"my.opt\"", "mine"},
-      {tooLong, "installed"}, {"'my.opt\"", ""},  {"''", ""},           {"installed", ""}};
+      {tooLong, "installed"}, {"'my.opt\"", ""},  {"''", ""},           {"'", ""},
+      {"installed", ""}};
   for (const auto& [variable, node] : rows) {
     optionFile.set(variable.c_str());
     EXPECT_EQ(*node == '\0' ? 2534 : 0, vexoSetOptions(&orc)) << variable;
