@@ -49,10 +49,11 @@ TEST_F(OptionsFile, StopsAtTheFirstLineInError) {
 TEST_F(OptionsFile, LeavesDefaultsWhereItSaysNothing) {
   dir.write(kInstalled, "");
   EXPECT_EQ(0, vexoSetOptions(&orc));
-  EXPECT_EQ("50,1,installed/api,installed/agent,installed/agent,installed/agent/vlt.opt",
+  *orc.VEXO_FS = '\0';
+  vexoCheckFS(&orc);
+  EXPECT_EQ("50,1,installed/api,installed/agent,installed/agent,installed/agent/vlt.opt/marlorc",
             orc.VEXO_AVG_SIZE + ","s + orc.VEXO_NUM_BUFFERS + "," + orc.VLTI_DIR + "," +
-                orc.VLTI_LOG + "," + orc.VLTI_ORC_DIR + "," + orc.VLTI_ORC_CONFIG);
-  EXPECT_STREQ(agent::kDefaultFileSpace, orc.VEXO_FS);
+                orc.VLTI_LOG + "," + orc.VLTI_ORC_DIR + "," + orc.VLTI_ORC_CONFIG + orc.VEXO_FS);
   config.set(string(600, 'x').c_str());
   EXPECT_EQ(1702, vexoSetOptions(&orc)) << "a path that does not fit is not cut";
 }
@@ -65,7 +66,8 @@ TEST_F(OptionsFile, IsFoundThroughTheEnvironment) {
   // The variable, and the node that was read; the last file is a directory.
   const pair<string, const char*> rows[] = {
       {"", "installed"},      {"my.opt", "mine"}, {"'my.opt'", "mine"}, {"\"my.opt\"", "mine"},
-      {tooLong, "installed"}, {"'my.opt\"", ""},  {"''", ""},           {"installed", ""}};
+      {tooLong, "installed"}, {"'my.opt\"", ""},  {"''", ""},           {"'", ""},
+      {"installed", ""}};
   for (const auto& [variable, node] : rows) {
     optionFile.set(variable.c_str());
     EXPECT_EQ(*node == '\0' ? 2534 : 0, vexoSetOptions(&orc)) << variable;

@@ -44,8 +44,8 @@ TEST(TempName, IsNewAndInTheChosenDirectory) {
   }
 }
 
-// From a file, and through the program's own buffer of standard input, which ends before the first
-// line feed.
+// From a file, and through the program's own buffer of standard input, which ends between the
+// carriage return and the line feed of "one".
 TEST(InputLine, IsCutAndItsRestDoesNotBecomeTheNextAnswer) {
   using enum ut::ReadResult;
   const auto readAll = [](std::FILE* input) {
@@ -63,8 +63,8 @@ TEST(InputLine, IsCutAndItsRestDoesNotBecomeTheNextAnswer) {
   };
   const support::TempDir dir;
   const string text(
-      "\r\none\n\ntoo long\nfour\nb\0c\ntwo\r\n\r\nfour\r\nlonger\r\na\rb\n\r\r\n\xff\nlast\r", 60);
-  const string path = dir.write("input", string(4095, 'x') + text);
+      "\none\r\n\ntoo long\nfour\nb\0c\ntwo\r\n\r\nfour\r\nlonger\r\na\rb\n\r\r\n\xff\nlast\r", 60);
+  const string path = dir.write("input", string(4091, 'x') + text);
   readAll(ut::FilePtr(std::fopen(path.c_str(), "r")).get());
   support::inChild([&] {
     ASSERT_NE(nullptr, std::freopen(path.c_str(), "r", stdin));

@@ -74,11 +74,11 @@ TEST(Dates, TimesAndNumbersAreShownInTheRunsFormat) {
                                   ut::formatTime(ut::makeDate(1, 1, 1, 23, 0, 7)).text + " " +
                                   ut::formatNumber(1234).text + " " + ut::formatSize(1234567).text);
   }
+  ut::setRunFormats({6, 5, -1});  // no such numbers
   EXPECT_EQ("1,023 B|1,023.99 KB|15.99 EB|18,446,744,073,709,551,615|123,456",
             ut::formatSize(1023).text + string("|") + ut::formatSize(1048575).text + "|" +
                 ut::formatSize(~0ull).text + "|" + ut::formatNumber(~0ull).text + "|" +
                 ut::formatNumber(123456).text);
-  ut::setRunFormats({6, 5, -1});  // no such numbers
   const std::time_t now = std::time(nullptr);
   EXPECT_EQ((std::ostringstream() << std::put_time(std::localtime(&now), "%m/%d/%Y")).str(),
             ut::formatDate(ut::localNow()).text);
