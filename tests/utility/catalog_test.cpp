@@ -25,11 +25,9 @@ string count(const string& n) { return "\n" + n + (n == "1" ? " row" : " rows") 
 string times(int n, const string& text) { return n > 0 ? text + times(n - 1, text) : ""; }
 string padded(string line) { return line.append(80 - line.size(), ' ') + "\n"; }
 
-// The test's directory is the current one; the query's files in it are "i.sql" and "o_3.out".
+// The query's files are "i.sql" and "o_3.out".
 class CatalogQuery : public WithErrorLog {
  protected:
-  CatalogQuery() { dir_.enter(); }
-
   // Puts an sqlplus first in the path that runs these shell lines. $i and $o are its files.
   void sqlplus(const string& lines = "echo piece >$o") {
     const char start[] = "#!/bin/sh\ni=${2#@} o=o_3.out\necho $1 >first\ncp $i seen\n";
@@ -72,12 +70,12 @@ TEST_F(CatalogQuery, HandsSqlplusThisScriptAndRemovesIt) {
   EXPECT_EQ(0, support::deeper([&] { return query(); }));
   EXPECT_FALSE(support::inMemory("an/pa'ss")) << "the script's text";
   EXPECT_EQ(
+      dir_.read("seen"),
       "r\"m'&; an/pa'ss \"&@;@pr;&'\"@d\nspool o_3.out\nset term off \nset heading on\n"
-      "set pagesize 0\nset linesize 80\nset recsep off\nset sqlterminator on\n"
-      "alter session set NLS_DATE_FORMAT='MM/DD/YYYY:hh24:mi:ss';\nselect handle from "
-      "rc_backup_piece where completion_time >="
-      "'1/1/2015:00:00:00' and completion_time <='11/21/2026:23:59:59';\nquit\nspool off",
-      dir_.read("seen"));
+      "set pagesize 0\nset linesize 80\nset recsep off\nset sqlterminator on\nalter session "
+      "set NLS_DATE_FORMAT='MM/DD/YYYY:hh24:mi:ss';\nselect handle from rc_backup_piece where "
+      "completion_time >='1/1/2015:00:00:00' and completion_time <='11/21/2026:23:59:59';\n"
+      "quit\nspool off");
   EXPECT_EQ("-L\n-rw-------\npiece\n", dir_.read("first") + dir_.read("o_3.out") + shown_);
   EXPECT_FALSE(dir_.has("i.sql")) << "it holds a password";
   TR_ORCLEVEL2 = 1;  // keeps the files
@@ -228,25 +226,25 @@ TEST_F(CatalogQuery, RefusesWhatSomebodyElsePutInThePlaceOfItsFiles) {
 }
 
 TEST_F(CatalogQuery, VoidsAListingThatIsNotSound) {
-  const string many = "a\nb\nc\nd\ne\nf\n", full(80, 'f');
+  const string six = "a\nb\nc\nd\ne\nf\n", full(80, 'f');
   const pair<const char*, std::vector<string>> rows[] = {
       {"QRB2642E",
        {"ORA-00942: table or view does not exist\n", "SP2-0606:\n", "TNS-12154: x\n", "PLS-1:x\n",
-        "ERROR\n\n\n  x\n", many + "ERROR:\n"}},
-      {": ORA-01555: snapshot ?too", {many + "  ORA-01555: snapshot \x1btoo old\n" + count("6")}},
-      {"\"7 rows selected.\", but 6 handles", {many + count("7")}},
+        "ERROR\n\n\n  x\n", six + "ERROR:\n"}},
+      {": ORA-01555: snapshot ?too", {six + "  ORA-01555: snapshot \x1btoo old\n" + count("6")}},
+      {"\"7 rows selected.\", but 6 handles", {six + count("7")}},
       {"QRB2643E",
-       {many + count("5"), count("1"), "a\nno rows selected\n",
-        many + count("18446744073709551622")}},
+       {six + count("5"), count("1"), "a\nno rows selected\n",
+        six + count("18446744073709551622")}},
       {"the handle in line 1 fills its line", {full + "\nrest\n" + count("2")}},
       {"the handle in line 2 fills its line", {"a\n" + full + "\n" + full + "\nb\n" + count("3")}},
       {"\"4 rows selected.\", but 2 handles", {"a\n" + full + "\nb\n" + count("4")}},
-      {": something without a code", {many + "ERROR at line 1:\nsomething without a code\n"}},
-      {"ORA-28001", {"ORA-28001: the password has expired\n" + many}},  // no warning
-      {"RMAN-06004", {"see RMAN-06004: no\n" + many}},
-      {"rows will be truncated", {many + "rows will be truncated\n" + count("6")}},
+      {": something without a code", {six + "ERROR at line 1:\nsomething without a code\n"}},
+      {"ORA-28001", {"ORA-28001: the password has expired\n" + six}},  // no warning
+      {"RMAN-06004", {"see RMAN-06004: no\n" + six}},
+      {"rows will be truncated", {six + "rows will be truncated\n" + count("6")}},
       {"but 2 handles", {"a\n\nb\n\n\n" + count("6")}},  // three blank ones, four missing
-      {"QRB2649E", {many + "cut", many + string(512, 'l'), string("\0\n", 2) + many}}};
+      {"QRB2649E", {six + "cut", six + string(512, 'l'), string("\0\n", 2) + six}}};
   for (const auto& [message, spools] : rows) {
     for (const string& spool : spools) {
       EXPECT_EQ(2533, loadText(spool)) << spool;

@@ -26,29 +26,25 @@ std::vector<Step> script(const string& text) {
 
 class Deletion : public WithErrorLog {
  protected:
-  Deletion() {
-    dir_.enter();
-    orc_.vltHandle = 7;
-  }
+  Deletion() { orc_.vltHandle = 7; }
 
   // Deletes from a list of the objects 1 to `count`; those named in `picked` are picked.
   int run(std::uint8_t count, const string& picked, const string& answer,
           utility::RunRecord* record = nullptr) {
     ObjectList list;
     for (std::uint8_t id = 1; id <= count; ++id) {
-      utZylObj_s object = {"/\xff",         "", "", {0, id}, {2026, 3, id, 8, 5, 9},
-                           {0, id * 1024u}, 0,  0,  0,       0};
-      if (id % 2 == 1) std::strcpy(object.name, "/a \"b\"\\\x01\xc3\xa9");
-      object.selected = picked.find(std::to_string(id)) != picked.npos;
-      EXPECT_EQ(0, list.addTail(object, 0));
+      utZylObj_s o = {"/\xff",         "", "", {0, id}, {2026, 3, id, 8, 5, 9},
+                      {0, id * 1024u}, 0,  0,  0,       0};
+      if (id % 2 == 1) std::strcpy(o.name, "/a \"b\"\\\x01\xc3\xa9");
+      o.selected = picked.find(std::to_string(id)) != picked.npos;
+      EXPECT_EQ(0, list.addTail(o, 0));
     }
     support::FedInput input(answer);
     support::Captured output;
     const int rc = utDeleteFiles(&list, &orc_, record);
     shown_ = output.take();
     left_.clear();
-    for (auto* o = list.getFirst(); o != nullptr; o = list.getNext(o))
-      left_ += std::to_string(o->objId.lo);
+    for (auto* o = list.getFirst(); o; o = list.getNext(o)) left_ += std::to_string(o->objId.lo);
     return rc;
   }
 

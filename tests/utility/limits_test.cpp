@@ -17,7 +17,6 @@ namespace {
 using Limits = WithErrorLog;
 
 TEST_F(Limits, EndWithTheNamedCodeAndDamageNoExistingFile) {
-  dir_.enter();
   const auto query = [] {
     const objCatInfo_s catalog = {};
     return utQueryCatalog(&catalog, "i.sql", "o_1.out", {}, {});

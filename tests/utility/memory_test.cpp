@@ -133,8 +133,7 @@ TEST(LinkedList, TracesThatMemoryRanOut) {
     EXPECT_EQ(ut::kListNoMemory, list.addTail(1, 1));
     countdown = -1;
   });
-  EXPECT_HOLDS(text,
-               "\nInsufficent memory, NEW() failed.\nExit CLinkedList::addTail(), rc = 102\n");
+  EXPECT_HOLDS(text, "\nInsufficent memory, NEW() failed.\nExit CLinkedList::addTail(), rc = 102");
 }
 
 // Breaks off a tree's growth at each copy, or each allocation, in turn: in leaves, inner nodes and
