@@ -70,12 +70,12 @@ TEST_F(CatalogQuery, HandsSqlplusThisScriptAndRemovesIt) {
   EXPECT_EQ(0, support::deeper([&] { return query(); }));
   EXPECT_FALSE(support::inMemory("an/pa'ss")) << "the script's text";
   EXPECT_EQ(
-      dir_.read("seen"),
       "r\"m'&; an/pa'ss \"&@;@pr;&'\"@d\nspool o_3.out\nset term off \nset heading on\n"
-      "set pagesize 0\nset linesize 80\nset recsep off\nset sqlterminator on\nalter session "
-      "set NLS_DATE_FORMAT='MM/DD/YYYY:hh24:mi:ss';\nselect handle from rc_backup_piece where "
-      "completion_time >='1/1/2015:00:00:00' and completion_time <='11/21/2026:23:59:59';\n"
-      "quit\nspool off");
+      "set pagesize 0\nset linesize 80\nset recsep off\nset sqlterminator on\n"
+      "alter session set NLS_DATE_FORMAT='MM/DD/YYYY:hh24:mi:ss';\nselect handle from "
+      "rc_backup_piece where completion_time >='1/1/2015:00:00:00' and completion_time <="
+      "'11/21/2026:23:59:59';\nquit\nspool off",
+      dir_.read("seen"));
   EXPECT_EQ("-L\n-rw-------\npiece\n", dir_.read("first") + dir_.read("o_3.out") + shown_);
   EXPECT_FALSE(dir_.has("i.sql")) << "it holds a password";
   TR_ORCLEVEL2 = 1;  // keeps the files
@@ -138,16 +138,16 @@ TEST_F(CatalogQuery, NeverRunsAScriptThatWouldBeCut) {
 
 // Interrupted, sqlplus stops its display and ends well.
 TEST_F(CatalogQuery, TakesNoAnswerFromAQueryThatFailsOrIsInterrupted) {
-  const string self = to_string(::getpid()) + "; exit 0";
-  for (const auto& [end, message] : {pair(string("exit 1"), "QRB2533E"),
-                                     {"kill -INT " + self, "QRB2660E"},
-                                     {"kill -QUIT " + self, "QRB2660E"}}) {
+  // The signal that it sends to this program, if not 0, and its status.
+  for (const auto& [number, status, message] :
+       {tuple("INT", "0", "QRB2660E"), {"QUIT", "0", "QRB2660E"}, {"0", "1", "QRB2533E"}}) {
     dir_.write("vexoerror.log", "");
-    sqlplus("trap : INT QUIT; echo half >$o; " + end);
-    EXPECT_EQ(2533, query()) << end;
+    const string kill = "kill -" + string(number) + " " + to_string(::getpid());
+    sqlplus("trap : INT QUIT; echo half >$o; " + kill + "; exit " + status);
+    EXPECT_EQ(2533, query()) << number;
     expectTold(message);
     EXPECT_TRUE(support::occurrences(shown_, "QRB") == 1 && shown_.starts_with("\nQRB")) << shown_;
-    EXPECT_EQ(0, files()) << end;
+    EXPECT_EQ(0, files()) << number;
   }
   // The parent may have this program ignore the end of its children.
   std::signal(SIGCHLD, SIG_IGN);
@@ -233,9 +233,8 @@ TEST_F(CatalogQuery, VoidsAListingThatIsNotSound) {
         "ERROR\n\n\n  x\n", six + "ERROR:\n"}},
       {": ORA-01555: snapshot ?too", {six + "  ORA-01555: snapshot \x1btoo old\n" + count("6")}},
       {"\"7 rows selected.\", but 6 handles", {six + count("7")}},
-      {"QRB2643E",
-       {six + count("5"), count("1"), "a\nno rows selected\n",
-        six + count("18446744073709551622")}},
+      {"but 6 handles", {six + count("5"), six + count("18446744073709551622")}},
+      {"QRB2643E", {"a\nno rows selected\n", count("1")}},
       {"the handle in line 1 fills its line", {full + "\nrest\n" + count("2")}},
       {"the handle in line 2 fills its line", {"a\n" + full + "\n" + full + "\nb\n" + count("3")}},
       {"\"4 rows selected.\", but 2 handles", {"a\n" + full + "\nb\n" + count("4")}},
@@ -264,8 +263,7 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
       {"\nSession altered.\n\n  first piece\nsecond,x\n\tthird\nfirst\nSessions\n", "3 2",
        "first|second|second,x|third|Sessions|first piece|!Session|!altered.|!piece|!x|!|"},
       {"\nno rows selected\n\n", "0 0", ""},
-      {"ERROR:\nORA-28002:\nORA-28011:\n\nORA-:\nORA-12\nxORA-1:\n", "3 3",
-       "ORA-:|ORA-12|xORA-1:|"},
+      {"ERROR:\nORA-28002:\nORA-28011:\n\nORA-:\nORA-1\nxORA-1:\n", "3 3", "ORA-:|ORA-1|xORA-1:|"},
       {a + "\n" + c + padded("d") + count("2"), "2 2", a + "|c|d|" + a + "c|!cd|!" + a + "cd|"},
       {a + "\n" + b + "\n" + c + count("1"), "1 1",
        a + "|" + b + "|" + a + b + "|" + b + "c|" + a + b + "c|"},
@@ -283,8 +281,7 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
       {padded("p1") + "\n" + padded("p2") + padded("p1") + count("3"), "3 2", "p1|p2|"},
       {padded("S_7") + padded("31_1") + padded("x"), "3 3",
        "S_731_1|S_731_1x|31_1x|31_1|S_7 31_1 x|S_7 31_1x|S_731_1 x|!S_7x|"},
-      {"SQL> x\nHANDLE of it\nsee xORA-1 x\n" + padded("p1") + count("1"), "1 1",
-       "p1|see xORA-1 x|"},
+      {"SQL> x\nHANDLE it\na xORA-1 x\n" + padded("p1") + count("1"), "1 1", "p1|a xORA-1 x|"},
       {string(600, 'l') + "\n", "2 2", string(512, 'l') + "|" + string(88, 'l') + "|"}};
   for (const auto& [spool, counts, handles] : rows) {
     SCOPED_TRACE(spool);
@@ -313,14 +310,13 @@ TEST_F(CatalogQuery, KeepsWhatTheAnswersOfAllCatalogsWereLike) {
 
 // Without a row count the answer may be whole or not; with few rows there is none.
 TEST_F(CatalogQuery, TellsWhetherTheRowsWereCounted) {
-  const string five = "1\n2\n3\n4\n5\n", six = five + "6\n", more = "of a profile\n";
+  const string few = "1\n2\n3\n4\n5\n", six = few + "6\n", text = "of a profile\n";
   const string full = string(80, 'f') + "\n";
   // Whether they were counted, whether some may be missing. A full line is two handles, or one;
   // 41 lines can be joined in too many ways; a count may be the profile's.
   const pair<pair<bool, bool>, std::vector<string>> rows[] = {
-      {{false, false}, {five, five + times(35, more)}},
-      {{false, true},
-       {six, full + five, six + "\n6 Zeilen ausgewaehlt.\n", five + times(36, more)}},
+      {{false, false}, {few, few + times(35, text)}},
+      {{false, true}, {six, full + few, six + "\n6 Zeilen ausgewaehlt.\n", few + times(36, text)}},
       {{true, false}, {six + count("6") + "\nSQL> exit\n", count("3") + six + count("6")}}};
   for (const auto& [judged, spools] : rows) {
     for (const string& spool : spools) {

@@ -28,8 +28,9 @@ struct Objects : ObjectList {
   }
   string picks() {
     string result;
-    for (auto* o = getFirst(); o != nullptr; o = getNext(o))
-      result += o->selected == 1 ? " " + std::to_string(o->objId.lo) : "";
+    for (auto* o = getFirst(); o != nullptr; o = getNext(o)) {
+      if (o->selected == 1) result += " " + std::to_string(o->objId.lo);
+    }
     return result;
   }
 };
@@ -237,7 +238,9 @@ TEST_F(PickList, LeavesOutWholePartsOfTheStateFromTheRight) {
   }
 }
 
-TEST_F(PickList, IsLikeQueryThatNamesOneEncryption) {
+using Query = PickList;
+
+TEST_F(Query, NamesOneEncryption) {
   for (const auto& [bits, name] :
        {pair(std::uint8_t{28}, "AES_128BIT"), {20, "AES_256BIT"}, {4, "DES_56BIT"}, {0, "None"}}) {
     utZylObj_s object = {};
