@@ -25,11 +25,9 @@ string count(const string& n) { return "\n" + n + (n == "1" ? " row" : " rows") 
 string times(int n, const string& text) { return n > 0 ? text + times(n - 1, text) : ""; }
 string padded(string line) { return line.append(80 - line.size(), ' ') + "\n"; }
 
-// The test's directory is the current one; the query's files in it are "i.sql" and "o_3.out".
+// The query's files are "i.sql" and "o_3.out".
 class CatalogQuery : public WithErrorLog {
  protected:
-  CatalogQuery() { dir_.enter(); }
-
   // Puts an sqlplus first in the path that runs these shell lines. $i and $o are its files.
   void sqlplus(const string& lines = "echo piece >$o") {
     const char start[] = "#!/bin/sh\ni=${2#@} o=o_3.out\necho $1 >first\ncp $i seen\n";
@@ -75,8 +73,8 @@ TEST_F(CatalogQuery, HandsSqlplusThisScriptAndRemovesIt) {
       "r\"m'&; an/pa'ss \"&@;@pr;&'\"@d\nspool o_3.out\nset term off \nset heading on\n"
       "set pagesize 0\nset linesize 80\nset recsep off\nset sqlterminator on\n"
       "alter session set NLS_DATE_FORMAT='MM/DD/YYYY:hh24:mi:ss';\nselect handle from "
-      "rc_backup_piece where completion_time >="
-      "'1/1/2015:00:00:00' and completion_time <='11/21/2026:23:59:59';\nquit\nspool off",
+      "rc_backup_piece where completion_time >='1/1/2015:00:00:00' and completion_time <="
+      "'11/21/2026:23:59:59';\nquit\nspool off",
       dir_.read("seen"));
   EXPECT_EQ("-L\n-rw-------\npiece\n", dir_.read("first") + dir_.read("o_3.out") + shown_);
   EXPECT_FALSE(dir_.has("i.sql")) << "it holds a password";
@@ -140,16 +138,16 @@ TEST_F(CatalogQuery, NeverRunsAScriptThatWouldBeCut) {
 
 // Interrupted, sqlplus stops its display and ends well.
 TEST_F(CatalogQuery, TakesNoAnswerFromAQueryThatFailsOrIsInterrupted) {
-  const string self = to_string(::getpid()) + "; exit 0";
-  for (const auto& [end, message] : {pair(string("exit 1"), "QRB2533E"),
-                                     {"kill -INT " + self, "QRB2660E"},
-                                     {"kill -QUIT " + self, "QRB2660E"}}) {
+  // The signal that it sends to this program, if not 0, and its status.
+  for (const auto& [number, status, message] :
+       {tuple("INT", "0", "QRB2660E"), {"QUIT", "0", "QRB2660E"}, {"0", "1", "QRB2533E"}}) {
     dir_.write("vexoerror.log", "");
-    sqlplus("trap : INT QUIT; echo half >$o; " + end);
-    EXPECT_EQ(2533, query()) << end;
+    const string kill = "kill -" + string(number) + " " + to_string(::getpid());
+    sqlplus("trap : INT QUIT; echo half >$o; " + kill + "; exit " + status);
+    EXPECT_EQ(2533, query()) << number;
     expectTold(message);
     EXPECT_TRUE(support::occurrences(shown_, "QRB") == 1 && shown_.starts_with("\nQRB")) << shown_;
-    EXPECT_EQ(0, files()) << end;
+    EXPECT_EQ(0, files()) << number;
   }
   // The parent may have this program ignore the end of its children.
   std::signal(SIGCHLD, SIG_IGN);
@@ -228,25 +226,24 @@ TEST_F(CatalogQuery, RefusesWhatSomebodyElsePutInThePlaceOfItsFiles) {
 }
 
 TEST_F(CatalogQuery, VoidsAListingThatIsNotSound) {
-  const string many = "a\nb\nc\nd\ne\nf\n", full(80, 'f');
+  const string six = "a\nb\nc\nd\ne\nf\n", full(80, 'f');
   const pair<const char*, std::vector<string>> rows[] = {
       {"QRB2642E",
        {"ORA-00942: table or view does not exist\n", "SP2-0606:\n", "TNS-12154: x\n", "PLS-1:x\n",
-        "ERROR\n\n\n  x\n", many + "ERROR:\n"}},
-      {": ORA-01555: snapshot ?too", {many + "  ORA-01555: snapshot \x1btoo old\n" + count("6")}},
-      {"\"7 rows selected.\", but 6 handles", {many + count("7")}},
-      {"QRB2643E",
-       {many + count("5"), count("1"), "a\nno rows selected\n",
-        many + count("18446744073709551622")}},
+        "ERROR\n\n\n  x\n", six + "ERROR:\n"}},
+      {": ORA-01555: snapshot ?too", {six + "  ORA-01555: snapshot \x1btoo old\n" + count("6")}},
+      {"\"7 rows selected.\", but 6 handles", {six + count("7")}},
+      {"but 6 handles", {six + count("5"), six + count("18446744073709551622")}},
+      {"QRB2643E", {"a\nno rows selected\n", count("1")}},
       {"the handle in line 1 fills its line", {full + "\nrest\n" + count("2")}},
       {"the handle in line 2 fills its line", {"a\n" + full + "\n" + full + "\nb\n" + count("3")}},
       {"\"4 rows selected.\", but 2 handles", {"a\n" + full + "\nb\n" + count("4")}},
-      {": something without a code", {many + "ERROR at line 1:\nsomething without a code\n"}},
-      {"ORA-28001", {"ORA-28001: the password has expired\n" + many}},  // no warning
-      {"RMAN-06004", {"see RMAN-06004: no\n" + many}},
-      {"rows will be truncated", {many + "rows will be truncated\n" + count("6")}},
+      {": something without a code", {six + "ERROR at line 1:\nsomething without a code\n"}},
+      {"ORA-28001", {"ORA-28001: the password has expired\n" + six}},  // no warning
+      {"RMAN-06004", {"see RMAN-06004: no\n" + six}},
+      {"rows will be truncated", {six + "rows will be truncated\n" + count("6")}},
       {"but 2 handles", {"a\n\nb\n\n\n" + count("6")}},  // three blank ones, four missing
-      {"QRB2649E", {many + "cut", many + string(512, 'l'), string("\0\n", 2) + many}}};
+      {"QRB2649E", {six + "cut", six + string(512, 'l'), string("\0\n", 2) + six}}};
   for (const auto& [message, spools] : rows) {
     for (const string& spool : spools) {
       EXPECT_EQ(2533, loadText(spool)) << spool;
@@ -266,8 +263,7 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
       {"\nSession altered.\n\n  first piece\nsecond,x\n\tthird\nfirst\nSessions\n", "3 2",
        "first|second|second,x|third|Sessions|first piece|!Session|!altered.|!piece|!x|!|"},
       {"\nno rows selected\n\n", "0 0", ""},
-      {"ERROR:\nORA-28002:\nORA-28011:\n\nORA-:\nORA-12\nxORA-1:\n", "3 3",
-       "ORA-:|ORA-12|xORA-1:|"},
+      {"ERROR:\nORA-28002:\nORA-28011:\n\nORA-:\nORA-1\nxORA-1:\n", "3 3", "ORA-:|ORA-1|xORA-1:|"},
       {a + "\n" + c + padded("d") + count("2"), "2 2", a + "|c|d|" + a + "c|!cd|!" + a + "cd|"},
       {a + "\n" + b + "\n" + c + count("1"), "1 1",
        a + "|" + b + "|" + a + b + "|" + b + "c|" + a + b + "c|"},
@@ -285,8 +281,7 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
       {padded("p1") + "\n" + padded("p2") + padded("p1") + count("3"), "3 2", "p1|p2|"},
       {padded("S_7") + padded("31_1") + padded("x"), "3 3",
        "S_731_1|S_731_1x|31_1x|31_1|S_7 31_1 x|S_7 31_1x|S_731_1 x|!S_7x|"},
-      {"SQL> x\nHANDLE of it\nsee xORA-1 x\n" + padded("p1") + count("1"), "1 1",
-       "p1|see xORA-1 x|"},
+      {"SQL> x\nHANDLE it\na xORA-1 x\n" + padded("p1") + count("1"), "1 1", "p1|a xORA-1 x|"},
       {string(600, 'l') + "\n", "2 2", string(512, 'l') + "|" + string(88, 'l') + "|"}};
   for (const auto& [spool, counts, handles] : rows) {
     SCOPED_TRACE(spool);
@@ -315,14 +310,13 @@ TEST_F(CatalogQuery, KeepsWhatTheAnswersOfAllCatalogsWereLike) {
 
 // Without a row count the answer may be whole or not; with few rows there is none.
 TEST_F(CatalogQuery, TellsWhetherTheRowsWereCounted) {
-  const string five = "1\n2\n3\n4\n5\n", six = five + "6\n", more = "of a profile\n";
+  const string few = "1\n2\n3\n4\n5\n", six = few + "6\n", text = "of a profile\n";
   const string full = string(80, 'f') + "\n";
   // Whether they were counted, whether some may be missing. A full line is two handles, or one;
   // 41 lines can be joined in too many ways; a count may be the profile's.
   const pair<pair<bool, bool>, std::vector<string>> rows[] = {
-      {{false, false}, {five, five + times(35, more)}},
-      {{false, true},
-       {six, full + five, six + "\n6 Zeilen ausgewaehlt.\n", five + times(36, more)}},
+      {{false, false}, {few, few + times(35, text)}},
+      {{false, true}, {six, full + few, six + "\n6 Zeilen ausgewaehlt.\n", few + times(36, text)}},
       {{true, false}, {six + count("6") + "\nSQL> exit\n", count("3") + six + count("6")}}};
   for (const auto& [judged, spools] : rows) {
     for (const string& spool : spools) {

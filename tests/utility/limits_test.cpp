@@ -17,7 +17,6 @@ namespace {
 using Limits = WithErrorLog;
 
 TEST_F(Limits, EndWithTheNamedCodeAndDamageNoExistingFile) {
-  dir_.enter();
   const auto query = [] {
     const objCatInfo_s catalog = {};
     return utQueryCatalog(&catalog, "i.sql", "o_1.out", {}, {});
@@ -40,7 +39,6 @@ TEST_F(Limits, EndWithTheNamedCodeAndDamageNoExistingFile) {
   dir_.write("vexoerror.log", "before\n");
   for (const auto limit : {RLIMIT_FSIZE, RLIMIT_NOFILE}) {
     for (const auto& [act, onFullDisk, withoutDescriptors, message] : rows) {
-      SCOPED_TRACE(onFullDisk);
       dir_.write("o_1.out", "piece\n");
       support::ScriptedApi api;
       if (limit == RLIMIT_FSIZE && onFullDisk == -1) api.add({support::Step("vltEncryptEx")});
@@ -52,7 +50,7 @@ TEST_F(Limits, EndWithTheNamedCodeAndDamageNoExistingFile) {
       const long rc = act();
       ::setrlimit(limit, &before);
       const std::string shown = output.take();
-      EXPECT_EQ(limit == RLIMIT_FSIZE ? onFullDisk : withoutDescriptors, rc);
+      EXPECT_EQ(limit == RLIMIT_FSIZE ? onFullDisk : withoutDescriptors, rc) << message;
       EXPECT_TRUE(*message == '\0' ? shown.empty() : shown.find(message) != shown.npos) << shown;
     }
   }

@@ -28,8 +28,7 @@ Step object(std::function<void(VltQryRespBackup&)> act) {
 }
 Step found(const string& lowLevel, VltDate date = {2026, 3, 7, 8, 5, 9}) {
   return object([=](VltQryRespBackup& object) {
-    object = {8,      0, {"/fs", "/oracle", "", 0}, "not the session's", {1, 2}, date, {1, 5}, 1,
-              8 + 16, 1};
+    object = {8, 0, {"/fs", "/oracle", "", 0}, "other", {1, 2}, date, {1, 5}, 1, 8 + 16, 1};
     std::strcpy(object.objName.lowLevel, lowLevel.c_str());
   });
 }
@@ -76,8 +75,7 @@ class FileList : public WithErrorLog {
   }
   string names() const {
     string text;
-    for (auto* o = list_.getFirst(); o != nullptr; o = list_.getNext(o))
-      text += o->name + string(" ");
+    for (auto* o = list_.getFirst(); o; o = list_.getNext(o)) text += o->name + string(" ");
     return text;
   }
 
@@ -106,12 +104,11 @@ TEST_F(FileList, LeavesOutWhatTheTreeHolds) {
 
 // With handles of at most five characters. Only a query that was run to its end is complete.
 TEST_F(FileList, CountsWhatItFinds) {
-  for (const auto& [more, rc, complete] : {tuple(false, VLT_RC_FINISHED, true),
-                                           {false, 2410, false},
-                                           {true, VLT_RC_FINISHED, false}}) {
+  for (const auto& [more, rc, complete] :
+       {tuple(0, VLT_RC_FINISHED, true), {0, 2410, false}, {1, VLT_RC_FINISHED, false}}) {
     std::vector<Step> objects = {found("/known"), found("/known_2"), found("/k\xc3\xa4se1"),
                                  found("/k\xc3\xa4se12"), found("/\xc3\xa4")};
-    if (more) objects.push_back(Step("vltGetNextQObj", "7", VLT_RC_UNKNOWN_FORMAT));
+    if (more == 1) objects.push_back(Step("vltGetNextQObj", "7", VLT_RC_UNKNOWN_FORMAT));
     utility::RangeCounts counts = {5, 0, 0, 0, 0, 0};
     list(objects, know({"k\xc3\xa4se1", "known"}).get(), &counts, static_cast<std::int16_t>(rc));
     EXPECT_EQ(tuple(5u, 2u, 1u, 2u, 2u, complete),

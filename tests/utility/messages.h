@@ -19,8 +19,11 @@ class WithMessages : public testing::Test {
   }
 };
 
+// The test's directory is the current one.
 class WithErrorLog : public WithMessages {
  protected:
+  WithErrorLog() { dir_.enter(); }
+
   support::TempDir dir_;
   support::ScopedEnv options_{"VEXO_OPTFILE",
                               dir_.write("vexo.opt", "VLTI_LOG " + dir_.path() + "\n").c_str()};

@@ -28,8 +28,9 @@ struct Objects : ObjectList {
   }
   string picks() {
     string result;
-    for (auto* o = getFirst(); o != nullptr; o = getNext(o))
-      result += o->selected == 1 ? " " + std::to_string(o->objId.lo) : "";
+    for (auto* o = getFirst(); o != nullptr; o = getNext(o)) {
+      if (o->selected == 1) result += " " + std::to_string(o->objId.lo);
+    }
     return result;
   }
 };
@@ -177,15 +178,16 @@ TEST_F(PickList, MovesByWholePagesAndStaysInTheList) {
 TEST_F(PickList, ReturnsThePicksOnlyWhenTheyAreConfirmed) {
   Objects list(20);
   list.getFirst()->selected = 1;  // picked earlier: forgotten
-  for (const auto& [input, picked, rc] :
-       {tuple(string("3 5\no\n"), " 3 5", 0),
-        {"+ 3\nO whatever\n", " 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20", 0},
-        {"c\n", "", 300},
-        {"Quit\n", "", 300},
-        // Half of an answer could pick what the user did not mean: 255 characters are one too many.
-        {"3" + string(253, ' ') + "5\no\n", "", 0},
-        {"3 " + string(250, ',') + "5+\no\n", " 3 5", 0},
-        {"3 " + string(5000, ' ') + "O\no\n", "", 0}}) {  // its rest is no command
+  const char* const all = " 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20";
+  // Half of an answer could pick what the user did not mean: 255 characters are one too many, and
+  // the rest is no command.
+  const tuple<string, string, int> rows[] = {
+      {"3 5\no\n", " 3 5", 0}, {"3" + string(253, ' ') + "5\no\n", "", 0},
+      {"+ 3\nO x\n", all, 0},  {"3 " + string(250, ',') + "5+\no\n", " 3 5", 0},
+      {"Quit\n", "", 300},     {"3 " + string(5000, ' ') + "O\no\n", "", 0},
+      {"c\n", "", 300},
+  };
+  for (const auto& [input, picked, rc] : rows) {
     run(list, input, rc);
     EXPECT_EQ(picked, list.picks()) << input;
   }
