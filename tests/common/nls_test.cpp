@@ -96,7 +96,7 @@ TEST(Wrapped, EndsLinesBetweenWordsAndKeepsColumns) {
       {"1234567 9", "1234567\n9"},     {"a longer-than-a-line x", "a\nlonger-than-a-line\nx"},
       {"12345678 0", "12345678\n0"},   {"one\ntwo three four", "one\ntwo\nthree\nfour"},
       {"  a:  b c d", "  a:  b\nc d"}, {"    indented", "    indented"},
-      {"äöü äö x y", "äöü äö x\ny"}};
+      {"äöü äö x y", "äöü äö x\ny"},   {"a b\n123456789", "a b\n123456789"}};
   for (const auto& [text, expected] : rows) {
     EXPECT_EQ(expected, ut::wrapped(text, 8));
   }

@@ -120,10 +120,11 @@ TEST_F(Trace, KeepsErrnoCutsLongLinesAndEvaluatesNothingWhileOff) {
   const string longest(ut::kMaxTraceLine - 1, 'x');
   TRACE(TR_API, "%s\n", longest.c_str());
   TRACE(TR_API, "%sx\n", longest.c_str());
+  TRACE(TR_API, "%sy", longest.c_str());
   TRACE(TR_API, "next\n");
   trClose();
   TRACE(TR_API, "after the end\n");
-  EXPECT_EQ(longest + "\n" + longest + "\n" + longest + "\nnext\n", lines());
+  EXPECT_EQ(longest + "\n" + longest + "\n" + longest + "\n" + longest + "ynext\n", lines());
 }
 
 // The numbers of the first and the last "line NUMBER" of a text.

@@ -50,6 +50,7 @@ int __wrap_posix_spawn(pid_t* child, const char*, const posix_spawn_file_actions
   if (file == nullptr) return 0;
   char spool[1024] = "";  // the script's second line names it
   EXPECT_EQ(1, std::fscanf(file, "%*[^\n] spool %1000s", spool));
+  EXPECT_EQ('/', *spool) << "in the temporary directory";
   std::fclose(file);
   file = std::fopen(spool, "w");
   for (int i = 0; i < 40; ++i) std::fprintf(file, "KNOWN_%d\n", i * 7 % 40);

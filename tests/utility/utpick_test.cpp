@@ -152,6 +152,8 @@ TEST_F(PickList, ScrollsTextHeadingAndRulerTogether) {
   EXPECT_EQ("       1| /marlorc/oracle/PIECE_1", shifted[5]);
   EXPECT_EQ("        -----40--------50--------60-----", shifted[8]);
   EXPECT_EQ(" |       1|  ", past[3] + "|" + past[5]);
+  std::strcpy(list.getFirst()->name, "/\xe2\x82\xacuro");
+  EXPECT_EQ("       1| uro", page(list, 12, 40, 37)[5]) << "no half of a character";
   // One column too many after each number from 100 to 999.
   EXPECT_EQ(0u, page(list, 12, 60, 90)[8].find(
                     "        90--------100------110------120------130------140"));
@@ -200,12 +202,19 @@ const string kLeave = "  O delete  C Q leave";
 TEST_F(PickList, SaysWhatTheLastAnswerDid) {
   const string none = "0 (0 B)", three = "1 (3.00 KB)", tooLong(300, '5');
   const tuple<string, string, const char*> rows[] = {
-      {"3\n3 4", "1 (4.00 KB)", "  +1 -1"}, {"+", "20 (4.00 GB)", "  +20 -0  7 picked elsewhere"},
-      {"+\n-", none, "  +0 -20"},           {"+\n1", "19 (4.00 GB)", "  +0 -1  7 picked elsewhere"},
-      {"zzz", none, "  no such entry"},     {"3 21:25+", three, "  +1 -0, no such entry"},
-      {"g 21", none, "  no such entry"},    {tooLong, none, "  ignored: too long"},
-      {"19:25+\n19:25-", none, "  +0 -2"},  {"g 2", none, ""},
-      {tooLong + "\n3", three, "  +1 -0"},  {"3+\n3+", three, ""},
+      {"3\n3 4", "1 (4.00 KB)", "  +1 -1"},
+      {"+", "20 (4.00 GB)", "  +20 -0  7 picked elsewhere"},
+      {"+\n-", none, "  +0 -20"},
+      {"+\n1", "19 (4.00 GB)", "  +0 -1  7 picked elsewhere"},
+      {"zzz", none, "  no such entry"},
+      {"3 21:25+", three, "  +1 -0, no such entry"},
+      {"g 21", none, "  no such entry"},
+      {tooLong, none, "  ignored: too long"},
+      {"19:25+\n19:25-", none, "  +0 -2"},
+      {"g 2", none, ""},
+      {tooLong + "\n3", three, "  +1 -0"},
+      {"3+\n3+", three, ""},
+      {"20:25+", "1 (4.00 GB)", "  +1 -0  1 picked elsewhere"},
   };
   for (const auto& [answers, picked, changes] : rows) {
     Objects list(20);
