@@ -228,7 +228,7 @@ TEST_F(Session, LogonWipesThePasswordRightAfterTheLastCall) {
   string left = "not looked at";
   ScriptedApi api(
       {Step("vltInitEx", "node=null owner=null password='secret'", 51)
-           .fill<const VltInitExIn>([&](auto& in) { buffer = in.clientPassword; }),
+           .fill<const VltInitExIn>([&](const auto& in) { buffer = in.clientPassword; }),
        Step("vltRCMsgEx").fill<VltRcMsgOut>([&](auto&) { left.assign(buffer, kPasswordSize); }),
        Step("vltRCMsg").text("")});
   EXPECT_EQ(51, vexoSession(&orc));

@@ -21,11 +21,9 @@ TEST(Wrapper, PassesArgumentsAndCodesUnchanged) {
                      EXPECT_EQ(1, VltApiStatusObjP->insideApiCall);
                      ::usleep(20000);
                      reason = 9;
-                   })});
-  const string exit = support::traced("API", [&] {
-    EXPECT_EQ(-32768, api.dvltBeginQuery(VltApiStatusObjP, 0xFFFFFFFF, 1, &query));
-  });
-  EXPECT_HOLDS(exit, "Exit DVltApi::dvltBeginQuery(), rc = -32768\n");
+                   }),
+                   Step("vltTerminate", "7", 2402)});
+  EXPECT_EQ(-32768, api.dvltBeginQuery(VltApiStatusObjP, 0xFFFFFFFF, 1, &query));
   std::uint16_t reason = 0;
   const string line = support::traced("PERFORMANCE", [&] {
     EXPECT_EQ(0, api.dvltEndTxn(VltApiStatusObjP, 7, VLT_VOTE_ABORT, &reason));
@@ -33,6 +31,8 @@ TEST(Wrapper, PassesArgumentsAndCodesUnchanged) {
     api.LogApiStatus(VltApiStatusObjP);
   });
   EXPECT_EQ(pair(9, 0), pair(int{reason}, int{VltApiStatusObjP->insideApiCall}));
+  const auto end = [&] { EXPECT_EQ(2402, api.dvltTerminate(VltApiStatusObjP, 7)); };
+  EXPECT_HOLDS(support::traced("API", end), "Exit DVltApi::dvltTerminate(), rc = 2402\n");
   EXPECT_GE(VltApiStatusObjP->totalTime, 20) << "milliseconds, which the trace calls seconds";
   EXPECT_GE(std::stoi(line.substr(line.rfind(':') + 1)), 20);
   EXPECT_EQ(
