@@ -160,8 +160,8 @@ TEST_F(CatalogQuery, TakesNoAnswerFromAQueryThatFailsOrIsInterrupted) {
 
 // The environment that a profile and the user's language would come from, and nobody's answers.
 TEST_F(CatalogQuery, RunsSqlplusInEnglishWithoutTheUsersProfileAndInput) {
-  const support::ScopedEnv path("SQLPATH", "/p"), old("ORACLE_PATH", "/p"), sid("ORACLE_SID", "DB");
-  sqlplus("echo piece >$o; read x; echo \"$NLS_LANG|$SQLPATH$ORACLE_PATH|$ORACLE_SID|$x\" >is");
+  const support::ScopedEnv path("SQLPATH", "/p"), old("ORACLE_PATH", "/p"), sid("SID", "DB");
+  sqlplus("echo piece >$o; read x; echo \"$NLS_LANG|${SQLPATH-n}${ORACLE_PATH-n}|$SID|$x\" >is");
   const pair<const char*, string> rows[] = {
       {nullptr, ""},     {"GERMAN_GERMANY.WE8", "AMERICAN_GERMANY.WE8"},
       {"", ""},          {".AL32UTF8", "AMERICAN.AL32UTF8"},
@@ -171,7 +171,7 @@ TEST_F(CatalogQuery, RunsSqlplusInEnglishWithoutTheUsersProfileAndInput) {
     const support::ScopedEnv language("NLS_LANG", before);
     const support::FedInput answers("1+\n");
     EXPECT_EQ(0, query());
-    EXPECT_EQ(after + "||DB|\n", dir_.read("is"));
+    EXPECT_EQ(after + "|nn|DB|\n", dir_.read("is"));
   }
 }
 
