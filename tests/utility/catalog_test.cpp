@@ -160,8 +160,8 @@ TEST_F(CatalogQuery, TakesNoAnswerFromAQueryThatFailsOrIsInterrupted) {
 
 // The environment that a profile and the user's language would come from, and nobody's answers.
 TEST_F(CatalogQuery, RunsSqlplusInEnglishWithoutTheUsersProfileAndInput) {
-  const support::ScopedEnv path("SQLPATH", "/p"), old("ORACLE_PATH", "/p"), sid("ORACLE_SID", "DB");
-  sqlplus("echo piece >$o; read x; echo \"$NLS_LANG|$SQLPATH$ORACLE_PATH|$ORACLE_SID|$x\" >is");
+  const support::ScopedEnv path("SQLPATH", "/p"), old("ORACLE_PATH", "/p"), sid("SID", "DB");
+  sqlplus("echo piece >$o; read x; echo \"$NLS_LANG|${SQLPATH-n}${ORACLE_PATH-n}|$SID|$x\" >is");
   const pair<const char*, string> rows[] = {
       {nullptr, ""},     {"GERMAN_GERMANY.WE8", "AMERICAN_GERMANY.WE8"},
       {"", ""},          {".AL32UTF8", "AMERICAN.AL32UTF8"},
@@ -171,7 +171,7 @@ TEST_F(CatalogQuery, RunsSqlplusInEnglishWithoutTheUsersProfileAndInput) {
     const support::ScopedEnv language("NLS_LANG", before);
     const support::FedInput answers("1+\n");
     EXPECT_EQ(0, query());
-    EXPECT_EQ(after + "||DB|\n", dir_.read("is"));
+    EXPECT_EQ(after + "|nn|DB|\n", dir_.read("is"));
   }
 }
 
@@ -195,10 +195,10 @@ TEST_F(CatalogQuery, RejectsAFileThatTheQueryDidNotWrite) {
   dir_.write("other", "keep me\n");
   // The last one is written, and empty: an answer.
   const tuple<const char*, int, const char*> rows[] = {
-      {"touch -d2020-01-01 $o", 2533, "QRB2644E"}, {"exit 0", 2533, "QRB2644E"},
-      {"rm $o; ln -s other $o", 2533, "QRB2644E"}, {"rm $o; echo piece >$o", 0, ""},
-      {"rm $o; ln other $o", 2533, "QRB2644E"},    {"rm $o", 2576, "QRB2576E"},
-      {"rm $o; mkfifo $o", 2533, "QRB2644E"},      {": >$o", 0, ""},
+      {"touch -d2020-01-01 $o", 2533, "QRB2644E"},    {"exit 0", 2533, "QRB2644E"},
+      {"rm $o; ln -s other $o", 2533, "QRB2644E"},    {"rm $o; echo piece >$o", 0, ""},
+      {"ln -f other $o; touch $o", 2533, "QRB2644E"}, {"rm $o", 2576, "QRB2576E"},
+      {"rm $o; mkfifo $o", 2533, "QRB2644E"},         {": >$o", 0, ""},
   };
   for (const auto& [lines, rc, message] : rows) {
     SCOPED_TRACE(lines);
@@ -301,7 +301,7 @@ TEST_F(CatalogQuery, KeepsWhatTheAnswersOfAllCatalogsWereLike) {
     utility::Knowledge all;
     utility::RunRecord run(utility::ListKind::kOrphans);
     dsBPlusTree tree;
-    for (const string& spool : {string(80, 'f') + "\nlost" + sign + "\n", string("x\n")}) {
+    for (const string& spool : {string(80, 'f') + "\nlost" + sign + "\nx\n", string("x\n")}) {
       EXPECT_EQ(0, takeAnswer(record_, dir_.write("o_3.out", spool).c_str(), &tree, &all, &run));
       EXPECT_TRUE(all.longestHandle == 85 && all.lettersLost) << sign;
     }
