@@ -66,7 +66,7 @@ TEST_F(CommandLine, TakesEachWordFromItsShortestFormOnAndEachOptionWhereItBelong
 // A line, its result, and as much as is kept of the argument that is refused.
 TEST_F(CommandLine, GivesAResultForEveryLine) {
   const string cat = "-numcat=2", orc = "-numorcinst=2", big = "-numcat=2147483648";
-  const string file = "-vexo_opt=" + string(1024, 'x');
+  const string file = "-vexo_opt=" + string(1024, 'x'), huge = "-numcat=99999999999999999999";
   const tuple<string, int, string> rows[] = {
       {"sync -numcat=10", 14, "-numcat=10"},  {"sync " + cat + " -nocat -bad", 4, "-nocat"},
       {"sync -numcat=", 13, "-numcat="},      {"sync " + big, 14, big},
@@ -75,7 +75,7 @@ TEST_F(CommandLine, GivesAResultForEveryLine) {
       {"sync -nocatalog " + cat, 4, cat},     {"q " + file, 0, ""},
       {"passw a b -bad", 4, "(not shown)"},   {"synx", 1, ""},
       {"passw a b -vexo_opt=f", 0, ""},       {"", 12, ""},
-      {"sync -nocat=whatever " + orc, 0, ""},
+      {"sync -nocat=whatever " + orc, 0, ""}, {"sync " + huge, 14, huge},
   };
   for (const auto& [line, rc, refused] : rows) {
     EXPECT_EQ(rc, parse(line)) << line;
