@@ -4,7 +4,7 @@
 
 namespace {
 
-using std::string_literals::operator""s, std::tuple;
+using std::tuple, std::string_literals::operator""s;
 
 class Run : public Site {};
 

@@ -3,7 +3,7 @@
 
 namespace {
 
-using std::string_literals::operator""s, std::tuple;
+using std::tuple, std::string_literals::operator""s;
 
 constexpr int kLeft = 300;  // the code of a pick list that was left
 

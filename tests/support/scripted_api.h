@@ -97,7 +97,10 @@ class ScriptedApi : public DVltApi {
   template <typename... Args>
   std::int16_t answer(const char* function, Args... args) {
     std::string text;
-    ((text += text.empty() || described(args).empty() ? "" : " ", text += described(args)), ...);
+    const auto append = [&text](const std::string& argument) {
+      text += (text.empty() || argument.empty() ? "" : " ") + argument;
+    };
+    (append(described(args)), ...);
     const Step* step = match(function, text);
     if (step != nullptr) (applyAll(*step, args), ...);
     return step == nullptr ? kOffScript : step->rc;

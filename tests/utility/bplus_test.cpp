@@ -13,13 +13,15 @@ namespace {
 
 using std::string;
 
-short insert(dsBPlusTree& tree, string name, dsBPlusTree::CopyFn copy = utInsertFilename,
+short insert(dsBPlusTree& tree, const string& name, dsBPlusTree::CopyFn copy = utInsertFilename,
              dsBPlusTree::CompareFn compare = utFindFilename) {
-  return tree.IsertItem(name.data(), static_cast<int>(name.size()) + 1, copy, compare);
+  return tree.IsertItem(const_cast<char*>(name.data()), static_cast<int>(name.size()) + 1, copy,
+                        compare);
 }
 
-const char* find(dsBPlusTree& tree, string name, dsBPlusTree::CompareFn compare = utFindFilename) {
-  return static_cast<const char*>(tree.SearchItem(name.data(), compare));
+const char* find(dsBPlusTree& tree, const string& name,
+                 dsBPlusTree::CompareFn compare = utFindFilename) {
+  return static_cast<const char*>(tree.SearchItem(const_cast<char*>(name.data()), compare));
 }
 
 // Names of very different lengths: a buffer that is reused would overflow if its size were mixed up

@@ -120,8 +120,8 @@ TEST_F(FileList, CountsWhatItFinds) {
 // A library may leave fields alone, or claim an object and fill nothing.
 TEST_F(FileList, TakesNothingFromTheObjectBefore) {
   list({found("/first"), object([](auto&) {}), found("/second"),
-        object([](auto& object) { std::strcpy(object.objName.lowLevel, "/low"); }),
-        object([](auto& object) { std::strcpy(object.objName.fileSpace, "/f"); })});
+        object([](VltQryRespBackup& object) { std::strcpy(object.objName.lowLevel, "/low"); }),
+        object([](VltQryRespBackup& object) { std::strcpy(object.objName.fileSpace, "/f"); })});
   EXPECT_EQ("/fs/oracle/first /fs/oracle/second /low /f ", names());
   const utZylObj_s *first = list_.getFirst(), *low = list_.elementAt(3);
   ASSERT_NE(nullptr, low);
