@@ -47,9 +47,9 @@ TEST(Dates, CountDaysAheadUpToTheEndOfTheCalendar) {
     EXPECT_TRUE(parses(answer, &date)) << answer;
     return sys_days(year(static_cast<int>(ut::yearOf(date))) / date.month / date.day);
   };
-  const long left = (sys_days(year(9999) / 12 / 31) - ahead("+")).count();
-  const long gone = (ahead("+") - sys_days(year(1) / 1 / 1)).count();
-  for (const long days : {0L, 31L, 36525L, -366L, left, -gone}) {
+  const long long left = (sys_days(year(9999) / 12 / 31) - ahead("+")).count();
+  const long long gone = (ahead("+") - sys_days(year(1) / 1 / 1)).count();
+  for (const long long days : {0LL, 31LL, 36525LL, -366LL, left, -gone}) {
     EXPECT_EQ(days, (ahead("+" + to_string(days)) - ahead("+0")).count());
   }
   for (const auto& [answer, same] :
