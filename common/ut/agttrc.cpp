@@ -82,9 +82,9 @@ void forEachWord(const char* list, bool on, Action act) {
   }
 }
 
-bool switchClass(std::string_view name, bool on) {
+bool switchOn(std::string_view name) {
   const FlagRow* row = findRow(vexTrcClassTable, name);
-  if (row != nullptr) *row->flag = on ? 1 : 0;
+  if (row != nullptr) *row->flag = 1;
   return row != nullptr;
 }
 
@@ -160,7 +160,7 @@ VEXCTrace::~VEXCTrace() {
 }
 
 std::uint32_t VEXCTrace::trBegin(const char* fileName, int banner) {
-  if (!switchClass("PID", true) || !switchClass("TID", true)) return ut::kTraceClassUnknown;
+  if (!switchOn("PID") || !switchOn("TID")) return ut::kTraceClassUnknown;
   if (created_ != 0) return created_;
   const std::uint32_t rc = ut::openTrace(fileName);
   if (rc == 0 && banner != 0) writeBanner();

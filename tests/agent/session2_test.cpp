@@ -156,6 +156,7 @@ TEST_F(Session, TheLegacyWayAsksANewLibraryWithAnEmptyFileInTmpdir) {
            Step("vltQueryCliOptions", "*", 2409)});
   api.add(support::textSteps("0", 2409, "ZYL2409E why"));
   EXPECT_EQ(2409, psDoVltSetUp(&orc));
+  EXPECT_HOLDS(log(), "> ==> ZYL2409E why");
   EXPECT_EQ(0u, asked.find(dir.path("vexo"))) << asked;
   EXPECT_FALSE(fs::exists(asked));
   temporary.set("/proc");  // a directory in which nobody makes a file

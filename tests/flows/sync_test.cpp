@@ -136,6 +136,10 @@ TEST_F(Sync, EndsAfterThreeEmptyAnswers) {
     ends(65535, {"QRB2623E"});
   }
   EXPECT_EQ(2u, support::occurrences(zylstore("calls show"), "Terminate")) << "once in each run";
+  // Without a terminal nobody can be asked for a password.
+  dir_.write("answers", "\n+0\nrman\n");
+  run("setsid -w vexosync syncdb <answers");
+  ends(65535, {"QRB0003"});
 }
 
 TEST_F(Sync, DeletesToTheLastObjectAndLeavesTheEmptyList) {
