@@ -1,7 +1,9 @@
 // change_password.cpp: the password change as a separate program, because no command of vexosync
-// reaches it: `change_password [OLD NEW] [nobody]`. Prints "rc=CODE" in the end. With "nobody" it
-// gives up root's rights before the change.
+// reaches it: `change_password [OLD NEW] [nobody]`. Prints "rc=CODE" in the end, after a word if
+// a password of the tests is still in its memory. With "nobody" it gives up root's rights before.
 #include <unistd.h>
+
+#include <cstring>
 
 #include "agent/parser2.h"
 #include "agent/session2.h"
@@ -10,7 +12,9 @@
 #include "common/nls/nls.h"
 #include "common/ut/agttrc.h"
 #include "common/ut/psmem.h"
+#include "common/ut/secret.h"
 #include "common/ut/strutil.h"
+#include "tests/support/memory.h"
 #include "utility/unx/psutpswd.h"
 
 int main(int argc, char** argv) {
@@ -31,5 +35,7 @@ int main(int argc, char** argv) {
   vexoOptionsInfo_t info = {};
   if (argc > 2 && !ut::copyText(info.oldPassword, argv[1])) return 5;
   if (argc > 2 && !ut::copyText(info.newPassword, argv[2])) return 6;
-  std::printf("rc=%d\n", psvexoPassWord(&orc, info));
+  for (int i = 1; i < argc; ++i) ut::wipe(argv[i], std::strlen(argv[i]));
+  const int rc = support::deeper([&] { return psvexoPassWord(&orc, info); });
+  std::printf("%src=%d\n", support::inMemory("MaRk-4711") ? "kept, " : "", rc);
 }

@@ -27,7 +27,7 @@ class Password : public Site {
   // The end of a password change, and a whole one: its arguments, its code and what it shows.
   void changed(int rc, const strings& texts = {}) {
     ends(0, texts);
-    see("rc=" + std::to_string(rc) + "\r\n");
+    see("\nrc=" + std::to_string(rc) + "\r\n");
   }
   void change(const string& arguments, int rc, const strings& texts = {}) {
     run("exec change_password " + arguments);
