@@ -94,6 +94,11 @@ class Site : public testing::Test {
     EXPECT_EQ(code & 0xff, terminal_->wait(std::chrono::seconds(30))) << terminal_->transcript();
     for (const string& text : texts) EXPECT_TRUE(showed(text)) << text << terminal_->transcript();
   }
+  // The beginning of every line of a text; lines in a row that begin alike are one.
+  static string beginnings(const string& text) {
+    const std::regex line("([^\r\n]{0,8}).*\r?\n"), again("([^|]+\\|)\\1+");
+    return std::regex_replace(std::regex_replace(text + "\n", line, "$1|"), again, "$1");
+  }
   // How often the terminal showed a text.
   unsigned count(const string& text) const {
     return support::occurrences(terminal_->transcript(), text);

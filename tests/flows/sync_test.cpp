@@ -173,4 +173,55 @@ TEST_F(Sync, LeavesThePickListWhenTheTerminalIsTooSmall) {
   ends(kLeft, {"QRB2530E"});
 }
 
+// What is told to zylstore first, a command, its answers, and the beginning of every line that it
+// shows, empty ones included; lines in a row that begin alike count as one.
+TEST_F(Sync, ShowsTheseLinesInThisOrder) {
+  objects("/a", "--date 2026-03-07T14:05:36");
+  objects("/b", "--date 2026-03-07T14:05:37");
+  catalog("prod", "a");
+  option("VEXO_ENABLESCRIPTINPUT y");
+  const string top = "vexosync|Version |(C) 1997||", dates = top + "|Start da||End date|";
+  const string item = "Backup o|  Name: |  Owner:|  Backed|  Size: |  Compre|  Encryp|  Dedupl||";
+  const string page = "|  Mark: |  Move: |  O dele|Command |",
+               first = "Node:  O||        |       1", picked = "Node:  O||        |x      1",
+               both = "|       2|        ",
+               doubted = "QRB2580W||  Picked|  Oldest|  Newest|  Oracle||";
+  const string usage = "|" + top +
+                       "Usage: v|  SYNCdb|        |  Query |  DELETE|  HELP  ||  -VEXO_|  -NUMCA|"
+                       "  -NOCAT|  -NUMOR|  n: dig||  vexosy|Only obj||||";
+  const string sure = dates + "Backup o|" + first + both + page + picked + both + page + doubted;
+  const string asked = "QRB2581I||SQL*Plus|";
+  const tuple<string, string, string, string> rows[] = {
+      {"", "query", "x\n03/08/2026\n03/07/2026\n03/07/2026\n03/07/2026\n",
+       top + "|Start da|QRB2525E||Start da|End date||QRB2529E||Start da||End date|" + item + item +
+           "Backup o||"},
+      {"", "query", "01/01/1999\n01/01/1999\n", dates + "||QRB2599I||||"},
+      {"", "syncdb", "03/07/2026\n03/07/2026\n\nrman\nrman\n\tx\nprod\n1 9\nO\nx\nn\nq\n",
+       dates + "|Catalog |QRB2623E|||Catalog |QRB2648E||Catalog |" + asked +
+           "|Connecte||Disconne|Backup o|" + first + "|        " + page + picked + "|        " +
+           page + doubted + "QRB2666W||Do you w|" + first + "|        " + page},
+      {"fault DeleteObj 54", "delete", "\n03/07/2026\n1\nO\ny\n", sure + "Do you w|ZYL0054E|||"},
+      {"fault EndTxn 2302 --reason 54", "delete", "\n03/07/2026\n1\nO\ny\n",
+       sure + "Do you w|ZYL0054E|||"},
+      {"fault BeginQuery 2410", "query", "\n03/07/2026\n", dates + "|ZYL2410S|||"},
+      {"fault InitEx 51", "query", "", top + "ZYL0051E|||"},
+      {"catalog load prod " + dir_.path("both"), "syncdb", "\n+0\nrman\nrman\nprod\n",
+       dates + "QRB2665W||Catalog |" + asked + "|Connecte||Disconne|||QRB2599I|||QRB2695I|||"},
+      {"", "syncdb", "\n+0\nrman\nno\nprod\n",
+       dates + "QRB2665W||Catalog |" + asked + "ERROR:|ORA-0101|||SP2-0751||QRB2533E|||"},
+      {"", "synx", "", usage + "QRB0102E|SYNX|||"},
+      {"", "delete -nocat", "", usage + "QRB0103E|DELETE|||"},
+      {"", "sync -numcat", "", usage + "QRB0105E|||"},
+      {"", "sync -numcat=0", "", usage + "QRB2622E|||"},
+  };
+  dir_.write("both", "a\t2026-03-07\nb\t2026-03-07\n");
+  for (const auto& [before, command, given, lines] : rows) {
+    dir_.write("answers", given);
+    if (!before.empty()) zylstore(before);
+    run("unset TERM; vexosync " + command + " <answers >seen 2>&1");
+    terminal_->wait(std::chrono::seconds(30));
+    EXPECT_EQ(lines, beginnings(dir_.read("seen"))) << command;
+  }
+}
+
 }  // namespace
