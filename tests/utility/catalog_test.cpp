@@ -241,6 +241,7 @@ TEST_F(CatalogQuery, VoidsAListingThatIsNotSound) {
       {": something without a code", {six + "ERROR at line 1:\nsomething without a code\n"}},
       {"ORA-28001", {"ORA-28001: the password has expired\n" + six}},  // no warning
       {"RMAN-06004", {"see RMAN-06004: no\n" + six}},
+      {"see ORA-12", {"see ORA-12: no\n" + six}},
       {"rows will be truncated", {six + "rows will be truncated\n" + count("6")}},
       {"but 2 handles", {"a\n\nb\n\n\n" + count("6")}},  // three blank ones, four missing
       {"QRB2649E", {six + "cut", six + string(512, 'l'), string("\0\n", 2) + six}}};

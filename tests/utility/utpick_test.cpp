@@ -118,7 +118,8 @@ TEST_F(PickList, DrawsThreeEntriesOnTwentyFourLines) {
 
 TEST_F(PickList, LinesUpAtEveryWidthAndInEveryFormat) {
   Objects list(30, "DBA");
-  for (int i = 0; i < 40; ++i) std::strcat(list.elementAt(3)->name, "\xe2\x82\xac");
+  // Characters of three, three and four bytes, whose first bytes are the first of their kind.
+  for (int i = 0; i < 40; ++i) std::strcat(list.elementAt(3)->name, "€ठ𐐀");
   for (int format = 0; format < 30; ++format) {
     ut::setRunFormats({format % 6, format / 6, format % 7});
     const Lines lines = page(list, 22, 200, 0);
