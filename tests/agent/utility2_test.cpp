@@ -34,9 +34,9 @@ TEST_F(ErrorLog, LinesCarryTimeAndProcess) {
 // Through both functions that write to the log, with some lines longer than a stream's buffer,
 // after a line whose writer was killed.
 TEST_F(ErrorLog, KeepsLinesWholeAcrossProcesses) {
-  dir.write("installed/agent/vexoerror.log", "torn");
+  dir.write("installed/agent/vexoerror.log", "t");
   const Captured quiet(STDERR_FILENO);
-  std::map<string, int> counts, wanted = {{"torn", 1}};
+  std::map<string, int> counts, wanted = {{"t", 1}};
   for (char name = 'a'; name < 'i'; ++name) {
     const string text(name < 'c' ? 5000 : 99, name);
     wanted[text] = 1000;

@@ -282,7 +282,11 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
       {padded("p1") + "\n" + padded("p2") + padded("p1") + count("3"), "3 2", "p1|p2|"},
       {padded("S_7") + padded("31_1") + padded("x"), "3 3",
        "S_731_1|S_731_1x|31_1x|31_1|S_7 31_1 x|S_7 31_1x|S_731_1 x|!S_7x|"},
-      {"SQL> x\nHANDLE it\na xORA-1 x\n" + padded("p1") + count("1"), "1 1", "p1|a xORA-1 x|"},
+      {"SQL> x\nHANDLE it\n" + padded("p1") + count("1"), "1 1", "p1|"},
+      // Words that end like a code; six lines, too many to be joined uncounted.
+      {"a aORA-1 zORA-1 AORA-1 ZORA-1 0ORA-1 9ORA-1 x\n" + padded("p1") + count("1"), "1 1",
+       "p1|a aORA-1 zORA-1 AORA-1 ZORA-1 0ORA-1 9ORA-1 x|"},
+      {"1\n2\n3\n4\n5\n6\n", "6 6", "1|6|!12|!56|"},
       {string(600, 'l') + "\n", "2 2", string(512, 'l') + "|" + string(88, 'l') + "|"}};
   for (const auto& [spool, counts, handles] : rows) {
     SCOPED_TRACE(spool);
