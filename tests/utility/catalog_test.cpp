@@ -284,8 +284,8 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
        "S_731_1|S_731_1x|31_1x|31_1|S_7 31_1 x|S_7 31_1x|S_731_1 x|!S_7x|"},
       {"SQL> x\nHANDLE it\n" + padded("p1") + count("1"), "1 1", "p1|"},
       // Words that end like a code; six lines, too many to be joined uncounted.
-      {"a aORA-1 zORA-1 AORA-1 ZORA-1 0ORA-1 9ORA-1 x\n" + padded("p1") + count("1"), "1 1",
-       "p1|a aORA-1 zORA-1 AORA-1 ZORA-1 0ORA-1 9ORA-1 x|"},
+      {"a aORA-1 zORA-1 AORA-1 ZORA-1 0ORA-1 9ORA-1 ORA-x\n" + padded("p1") + count("1"), "1 1",
+       "p1|a aORA-1 zORA-1 AORA-1 ZORA-1 0ORA-1 9ORA-1 ORA-x|"},
       {"1\n2\n3\n4\n5\n6\n", "6 6", "1|6|!12|!56|"},
       {string(600, 'l') + "\n", "2 2", string(512, 'l') + "|" + string(88, 'l') + "|"}};
   for (const auto& [spool, counts, handles] : rows) {
