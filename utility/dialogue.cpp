@@ -21,21 +21,11 @@ struct DateParts {
   char day[3];
 };
 
-// Joins the three parts in the order that the positions of year and day in the format give.
+// Joins the three parts, each at its position in the format.
 void arrange(const DateParts& parts, int yearAt, int dayAt, char separator, char* out) {
-  const char* order[3] = {parts.month, parts.day, parts.year};
-  if (yearAt == 0) {
-    order[0] = parts.year;
-    order[1] = dayAt == 1 ? parts.day : parts.month;
-    order[2] = dayAt == 1 ? parts.month : parts.day;
-  } else if (yearAt == 1) {
-    order[0] = dayAt == 0 ? parts.day : parts.month;
-    order[1] = parts.year;
-    order[2] = dayAt == 0 ? parts.month : parts.day;
-  } else if (dayAt == 0) {
-    order[0] = parts.day;
-    order[1] = parts.month;
-  }
+  const char* order[3] = {parts.month, parts.month, parts.month};
+  order[yearAt] = parts.year;
+  order[dayAt] = parts.day;
   std::snprintf(out, kDateTextSize, "%s%c%s%c%s", order[0], separator, order[1], separator,
                 order[2]);
 }

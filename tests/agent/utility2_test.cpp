@@ -156,10 +156,10 @@ TEST_F(Start, GoesOnWithoutATraceThatCannotBeOpened) {
   EXPECT_EQ(tuple(1, 0), tuple(TEST_SYNCDBNORMAN, TR_API)) << "without a trace no class is on";
   EXPECT_EQ(string::npos, log().find("SERVCIE")) << "nor judged";
   const string file = dir.path("trace");
-  set(orc.VEXO_TEST_FLAGS, "nosuch", orc.VEXO_TRACE_FILE, file, orc.VEXO_TRACE_MAX, "2");
+  set(orc.VEXO_TEST_FLAGS, "nosuch", orc.VEXO_TRACE_FILE, file, orc.VEXO_TRACE_MAX, "12x");
   vexoInitTrace(&orc);
   EXPECT_EQ(1, TR_API);
-  EXPECT_HOLDS(dir.read("trace"), "\nTracefile maximum length set to 2 MB.\n");
+  EXPECT_HOLDS(dir.read("trace"), "\nTracefile maximum length set to 12 MB.\n");
   EXPECT_HOLDS(support::masked(dir.read("trace")), "\n[#] [#] :  vexoInitTrace(): QRB#");
   for (const char* words : {": VEXO_TEST_FLAGS, NOSUCH\n", ": VEXO_TRACE_FLAGS, SERVCIE\n"}) {
     EXPECT_HOLDS(dir.read("trace"), words);

@@ -95,7 +95,7 @@ TEST_F(Trace, WordsSwitchClassesAndAggregates) {
 TEST_F(Trace, InsertsAreMadePrintableAndEverythingElseIsWrittenAsPrintfWould) {
   start("API -PID -TID");
   TRACE(TR_API, " %s: Found '%s'\n", "f()", "X\x1b[2J\nf(): Exit\r\xff\u202e\u00e9");
-  TRACE(TR_API, "%c%c%c %.3s|%6s|%-6s|\n", 'a', '\n', 0, "abc\n", "a\nb", "a\tb");
+  TRACE(TR_API, "%c%c%c %.3s|%12s|%-6s|\n", 'a', '\n', 0, "abc\n", "a\nb", "a\tb");
   const char unterminated[2] = {'o', 'k'};
   TRACE(TR_API, "%.*s %*d\n", 2, unterminated, 4, 7);
   TRACE_LINES(TR_API, "%s:\n%s\n", "script", "one\ntwo\x1b\n\n");
@@ -104,7 +104,7 @@ TEST_F(Trace, InsertsAreMadePrintableAndEverythingElseIsWrittenAsPrintfWould) {
         reinterpret_cast<void*>(16), 1.5, 3);
   EXPECT_EQ(
       " f(): Found 'X?[2J?f(): Exit???\u00e9'\n"
-      "a?? abc|   a?b|a?b   |\nok    7\nscript:\none\ntwo?\n\n\n"
+      "a?? abc|         a?b|a?b   |\nok    7\nscript:\none\ntwo?\n\n\n"
       "%-1    42|42   |00042 4294967295 0XFF " +
           std::to_string(~0ul) + " -9 4 65535 127 10000000000 0x10 1.50 +3%\n",
       lines());
@@ -173,7 +173,7 @@ TEST_F(Trace, BeginsWithABannerIfOneIsWanted) {
 
 TEST_F(Trace, TargetsThatCannotBeUsedAreLeftAlone) {
   trace.emplace();
-  const string foreign = "precious, and longer than the mark of a trace file";
+  const string foreign = "precious, and longer than the mark of a trace file\n";
   dir.write("foreign", foreign);
   dir.write("short", "ZYL Trace   12");
   for (const char* name : {"foreign", "short", "no/directory", "."}) {

@@ -165,11 +165,15 @@ TEST_F(Password, ReplacesAnExpiredOneAndReportsWhatTheServerRefuses) {
   zylstore("node ORANODE --password " + kOld + " --expired");
   run("vexosync query");
   ends(52);
+  zylstore("calls on");
   change(kMark + " " + kNew, 51, {"ZYL0051"});
   zylstore("fault ChangePW 54");
-  zylstore("calls on");
   for (const int rc : {54, 0}) change(kOld + " " + kNew, rc);
-  EXPECT_EQ(2u, support::occurrences(zylstore("calls show"), "Terminate")) << "refused or not";
+  zylstore("fault InitEx 256");
+  change(kNew + " " + kOld, 256);  // without a session nothing is changed
+  for (const char* call : {"ChangePW", "Terminate"}) {  // refused or not
+    EXPECT_EQ(3u, support::occurrences(zylstore("calls show"), call)) << call;
+  }
   logsOn();
 }
 

@@ -100,7 +100,8 @@ TEST_F(Sync, EndsWithoutAListWhenOracleRefusesThePasswordOrTheQuery) {
        {tuple("wrong", 65535, "ORA-01017", "QRB2533E"),
         {"rman", 2533, "ORA-00942: table or", "QRB2642E"}}) {
     begin("vexosync syncdb");
-    logon("prod", password);
+    answers({{"user name: ", "rman"}, {"password: ", "wr\0ng"s}});  // is asked again
+    answers({{"password: ", password}, {"connect string", "prod"}});
     ends(code, {error, message});
     EXPECT_TRUE(logged(message)) << message;
     EXPECT_FALSE(showed("Command ==>") || showed("wrong"));
@@ -148,6 +149,7 @@ TEST_F(Sync, DeletesToTheLastObjectAndLeavesTheEmptyList) {
   begin("vexosync delete");
   leaves({{"Command ==>", "+"}, {"Command ==>", "O"}, {"Do you want to continue?", "Y"}},
          {"QRB2599I"});
+  EXPECT_TRUE(beginnings(terminal_->transcript()).ends_with("|Do you w||QRB2599I||||"));
   EXPECT_EQ("", stored());
 }
 

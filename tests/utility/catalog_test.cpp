@@ -243,7 +243,8 @@ TEST_F(CatalogQuery, VoidsAListingThatIsNotSound) {
       {"RMAN-06004", {"see RMAN-06004: no\n" + six}},
       {"see ORA-12", {"see ORA-12: no\n" + six}},
       {"rows will be truncated", {six + "rows will be truncated\n" + count("6")}},
-      {"but 2 handles", {"a\n\nb\n\n\n" + count("6")}},  // three blank ones, four missing
+      // Three blank lines: four and two handles that are missing.
+      {"but 2 handles", {"a\n\nb\n\n\n" + count("6"), "a\n\nb\n\n\n" + count("4")}},
       {"QRB2649E", {six + "cut", six + string(512, 'l'), string("\0\n", 2) + six}}};
   for (const auto& [message, spools] : rows) {
     for (const string& spool : spools) {
@@ -276,7 +277,7 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
       {"p1\r\n" + padded("p2").substr(0, 80) + "\r\n" + a + "\r\nend\r\n\n3 rows selected.\r\n",
        "3 3", "p1|p2|p1\r|" + a + "|" + a + "end|"},
       {padded(",p1,") + padded("  p2 , x") + padded("\"p3\"\"q\"") + padded("x ORA-1") + count("4"),
-       "4 4", ",p1,|p1|p2|p2 , x|  p2 , x|p3\"q|\"p3\"\"q\"|x ORA-1|!p1,|!p3|"},
+       "4 4", ",p1,|p1|p2|p2 , x|  p2 , x|p3\"q|\"p3\"\"q\"|x ORA-1|!p1,|!p3|!2 , |"},
       // Three pieces without a handle; one that is not counted.
       {padded("") + padded("p1") + "\n" + padded("p2") + "\n" + count("5"), "2 2", "p1|p2|!|"},
       {padded("p1") + "\n" + padded("p2") + padded("p1") + count("3"), "3 2", "p1|p2|"},

@@ -65,10 +65,10 @@ TEST_F(CommandLine, TakesEachWordFromItsShortestFormOnAndEachOptionWhereItBelong
 
 // A line, its result, and as much as is kept of the argument that is refused.
 TEST_F(CommandLine, GivesAResultForEveryLine) {
-  const string cat = "-numcat=2", orc = "-numorcinst=2", big = "-numcat=2147483648";
+  const string cat = "-numcat=1", orc = "-numorcinst=1", big = "-numcat=2147483648";
   const string file = "-vexo_opt=" + string(1024, 'x'), huge = "-numcat=99999999999999999999";
   const tuple<string, int, string> rows[] = {
-      {"sync -numcat=10", 14, "-numcat=10"},  {"sync " + cat + " -nocat -bad", 4, "-nocat"},
+      {"sync -numcat=10", 14, "-numcat=10"},  {"sync -numcat=1 -nocat -bad", 4, "-nocat"},
       {"sync -numcat=", 13, "-numcat="},      {"sync " + big, 14, big},
       {"sync " + orc + " " + cat, 4, cat},    {"passw -vexo_opt=f a b", 13, "(not shown)"},
       {"sync " + cat + " " + orc, 4, orc},    {"q " + file + "x", 4, file.substr(0, 255)},

@@ -76,7 +76,6 @@ int takePasswords(vexoOptionsInfo_t& options, Passwords* passwords) {
   }
   ut::ignoreResult(ut::copyText(passwords->old, options.oldPassword), "of the same size");
   ut::ignoreResult(ut::copyText(passwords->fresh, options.newPassword), "of the same size");
-  ut::ignoreResult(ut::copyText(passwords->confirmed, options.newPassword), "of the same size");
   ut::wipe(options.oldPassword, sizeof options.oldPassword);
   ut::wipe(options.newPassword, sizeof options.newPassword);
   return 0;
