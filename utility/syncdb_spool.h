@@ -32,7 +32,8 @@ struct CatalogAnswer {
 // Puts the handles of a spool file into the tree and removes the file. Returns 0, 2576 when the
 // file cannot be read, 2533 after a message when the answer is not sound (an error of Oracle in it,
 // a row count that differs, a missing end, a file that the query did not write), or the tree's
-// code. After anything but 0 the tree is of no use. `answer`, if not null, receives what was read.
+// code (after a message when memory ran out). After anything but 0 the tree is of no use. `answer`,
+// if not null, receives what was read.
 [[nodiscard]] unsigned short utLoadBTree(const char* spoolPath, dsBPlusTree** tree,
                                          utility::CatalogAnswer* answer = nullptr);
 

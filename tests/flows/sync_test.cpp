@@ -125,6 +125,8 @@ TEST_F(Sync, RunsNoCommandThatTmpdirCouldChange) {
     begin("vexosync syncdb");
     logon("prod");
     ends(2531);
+    const string lines = beginnings(terminal_->transcript());
+    EXPECT_TRUE(lines.ends_with("|Catalog ||QRB2531E|write to||QRB2531E|write to|||")) << lines;
   }
 }
 

@@ -213,6 +213,7 @@ TEST_F(PickList, SaysWhatTheLastAnswerDid) {
       {tooLong, none, "  ignored: too long"},
       {"19:25+\n19:25-", none, "  +0 -2"},
       {"g 2", none, ""},
+      {"u", none, ""},
       {tooLong + "\n3", three, "  +1 -0"},
       {"3+\n3+", three, ""},
       {"20:25+", "1 (4.00 GB)", "  +1 -0  1 picked elsewhere"},
