@@ -74,8 +74,8 @@ TEST_F(Run, EndsIfAFileIsMissingOrDoesNotFit) {
     run("unset VEXO_OPTFILE; vexosync "s + arguments);
     ends(code, {text});
   }
-  EXPECT_EQ("\x1b[H\x1b[Jve|Version |(C) 1997||QRB2615E||QRB2699I|  cp /wo||QRB2534E|||",
-            beginnings(terminal_->transcript()));
+  const string lines = "|(C) 1997||QRB2615E||QRB2699I|  cp " + agent.substr(0, 3) + "||QRB2534E|||";
+  EXPECT_TRUE(beginnings(terminal_->transcript()).ends_with(lines)) << terminal_->transcript();
 }
 
 // The answers are two empty dates. What standard output and error hold is in the files seen and
