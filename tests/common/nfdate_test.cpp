@@ -14,7 +14,7 @@ bool parses(const string& answer, nfDate* date) { return dateParse(answer.c_str(
 TEST(Dates, FollowTheirFormatToTheLetter) {
   const string kLeapDay[] = {"02/29/2024", "02/29/2024", "29-02-2024",
                              "2024-02-29", "29.02.2024", "2024.02.29"};
-  const nfDate untouched = ut::makeDate(1, 2, 3, 4, 5, 6), leapDay = ut::makeDate(2024, 2, 29);
+  const nfDate untouched = ut::makeDate(1, 2, 3, 4, 5, 6), leapDay = {{7, 232}, 2, 29, 0, 0, 0};
   nfDate date;
   for (int format = 0; format < 6; ++format) {
     ut::setRunFormats({format, 1, 1});

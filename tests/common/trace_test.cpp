@@ -175,13 +175,13 @@ TEST_F(Trace, TargetsThatCannotBeUsedAreLeftAlone) {
   trace.emplace();
   const string foreign = "precious, and longer than the mark of a trace file\n";
   dir.write("foreign", foreign);
-  dir.write("short", "ZYL Trace   12");
+  dir.write("short", "ZYL Trace   12\n");
   for (const char* name : {"foreign", "short", "no/directory", "."}) {
     Captured out;
     EXPECT_EQ(ut::kTraceNotOpened, trace->trBegin(dir.path(name).c_str(), 1)) << name;
     EXPECT_EQ("Unable to open trace output file " + dir.path(name) + "\n", out.take());
   }
-  EXPECT_EQ(foreign + "|ZYL Trace   12", dir.read("foreign") + "|" + dir.read("short"));
+  EXPECT_EQ(foreign + "|ZYL Trace   12\n", dir.read("foreign") + "|" + dir.read("short"));
   trSetMaxTraceSize(1);
   for (const string position : {"000000000025", "000000009999"}) {  // outside the file
     dir.write("damaged", "ZYL Trace   " + position + "x\nold\n");

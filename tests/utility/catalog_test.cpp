@@ -283,7 +283,7 @@ TEST_F(CatalogQuery, KnowsEveryHandleThatALineCanMean) {
       {padded("p1") + "\n" + padded("p2") + padded("p1") + count("3"), "3 2", "p1|p2|"},
       {padded("S_7") + padded("31_1") + padded("x"), "3 3",
        "S_731_1|S_731_1x|31_1x|31_1|S_7 31_1 x|S_7 31_1x|S_731_1 x|!S_7x|"},
-      {"SQL> x\nHANDLE it\n" + padded("p1") + count("1"), "1 1", "p1|"},
+      {"SQL> x\nHANDLE it\n" + padded("p1") + count("1") + "3 rows updated.\n", "1 1", "p1|"},
       // Words that end like a code; six lines, too many to be joined uncounted.
       {"a aORA-1 zORA-1 AORA-1 ZORA-1 0ORA-1 9ORA-1 ORA-x\n" + padded("p1") + count("1"), "1 1",
        "p1|a aORA-1 zORA-1 AORA-1 ZORA-1 0ORA-1 9ORA-1 ORA-x|"},
