@@ -348,9 +348,9 @@ unsigned short utLoadBTree(const char* spoolPath, dsBPlusTree** tree,
   } catch (const std::bad_alloc&) {
     TRACE(TR_ORCLEVEL0, " %s: Exit - no memory. rc = %d\n\n", kFunction, rc);
   }
-  if (rc == kTreeNoMemory) nlprintf(msg::kNoMemory);
   file.reset();
   utility::removeUnlessTraced(spoolPath);
+  if (rc == kTreeNoMemory) nlprintf(msg::kNoMemory);
   if (rc == 0) TRACE(TR_ORCLEVEL1, " %s: Exit - OK\n\n", kFunction);
   return rc;
 }
